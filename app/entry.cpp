@@ -1,0 +1,87 @@
+// SPDX-FileCopyrightText: 2026 Halvik
+// SPDX-License-Identifier: Apache-2.0
+
+#include "app/entry.h"
+
+#include <cstdlib>
+#include <string>
+
+#include "app/options.h"
+#include "platform/boundary.h"
+#include "platform/http_connection.h"
+#include "platform/log.h"
+#include "ui/main_window.h"
+
+namespace app {
+
+namespace {
+
+OptionTable programOptions() {
+  const diagnostics::Endpoints& endpoints = diagnostics::builtInEndpoints();
+  return makeOptionTable(endpoints.serviceDomain, platform::hostOfUrl(endpoints.submitUrl));
+}
+
+// Returns only when the run is not to be headless.
+void maybeRunWithoutGUIAndExit(const OptionValues& values, int& argc, char** argv,
+                               const ControllerFactory& makeController) {
+  if (!isSet(values, "silentSig")) {
+    return;
+  }
+  platform::Application application(platform::Application::Mode::headless, argc, argv);
+  const std::unique_ptr<MainController> controller = makeController(application);
+  controller->initArgsWithSilent(isSet(values, "silentSig"), isSet(values, "consoleSig"),
+                                 isSet(values, "skvSig"), isSet(values, "noskvSig"),
+                                 isSet(values, "internetSig"));
+  if (const std::string* domain = textOf(values, "domainSig")) {
+    controller->setDomain(*domain);
+  }
+  if (const std::string* path = textOf(values, "outputSig")) {
+    controller->setOutputFile(*path);
+  }
+  controller->awakeFromNib();
+  controller->runTests();
+  application.run();
+  application.exit(EXIT_SUCCESS);
+}
+
+int runWindowed(int& argc, char** argv, const ControllerFactory& makeController) {
+  platform::Application application(platform::Application::Mode::windowed, argc, argv);
+  ui::MainWindow window;
+  const std::unique_ptr<MainController> controller = makeController(application);
+  controller->window.connect(window.window());
+  controller->awakeFromNib();
+  window.show();
+  return application.run();
+}
+
+}  // namespace
+
+bool handleGateKeeperArgument(int argc, const char* const* argv) {
+  for (int i = 0; i < argc; ++i) {
+    // Padded, so that five characters can be taken of the shortest argument.
+    if ((std::string(argv[i]) + "     ").substr(0, 5) == "-psn_") {
+      return true;
+    }
+  }
+  return false;
+}
+
+int runProgram(int argc, char** argv, const ControllerFactory& makeController) {
+  int status = EXIT_SUCCESS;
+  platform::enter([&] {
+    const OptionTable table = programOptions();
+    const std::vector<std::string> arguments(argv, argv + argc);
+    const OptionValues values = getValues(parseArguments(arguments), table);
+    if (isSet(values, "helpSig")) {
+      platform::log('\n' + generateHelp(table) + '\n');
+      return;
+    }
+    if (!handleGateKeeperArgument(argc, argv)) {
+      maybeRunWithoutGUIAndExit(values, argc, argv, makeController);
+    }
+    status = runWindowed(argc, argv, makeController);
+  });
+  return status;
+}
+
+}  // namespace app

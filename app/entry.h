@@ -1,0 +1,28 @@
+// SPDX-FileCopyrightText: 2026 Halvik
+// SPDX-License-Identifier: Apache-2.0
+
+// From the process's arguments to one of its three modes: usage, headless or windowed.
+
+#pragma once
+
+#include <functional>
+#include <memory>
+
+#include "app/main_controller.h"
+
+namespace app {
+
+/// Makes the controller of a process.
+using ControllerFactory =
+    std::function<std::unique_ptr<MainController>(platform::Application& application)>;
+
+/// The whole program: decides on the mode and carries it out. Ends the process in the modes without
+/// a window, and returns the exit status after the window has been closed. An uncaught error ends
+/// the process.
+int runProgram(int argc, char** argv, const ControllerFactory& makeController);
+
+/// Whether an argument begins with "-psn_", which desktops of another system add when they launch a
+/// program.
+bool handleGateKeeperArgument(int argc, const char* const* argv);
+
+}  // namespace app

@@ -1,0 +1,164 @@
+// SPDX-FileCopyrightText: 2026 Halvik
+// SPDX-License-Identifier: Apache-2.0
+
+// The one central object of the program: it owns the run, from the options to the delivered report.
+// Its operations are defined in the folder of their subject, in the order in which they are grouped
+// here. Main thread only.
+
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "diagnostics/endpoints.h"
+#include "diagnostics/process_list.h"
+#include "diagnostics/test_starter.h"
+#include "platform/application.h"
+#include "report/http.h"
+#include "ui/controls.h"
+#include "ui/outlet.h"
+
+namespace app {
+
+/// Carries the runs of one process. Every operation on a control does nothing where the run has no
+/// window.
+class MainController : public platform::ApplicationDelegate,
+                       public report::HttpProtocol,
+                       public diagnostics::TestStarter {
+ public:
+  using Text = std::optional<std::string>;
+
+  /// `application` must outlive the controller.
+  explicit MainController(platform::Application& application,
+                          diagnostics::Endpoints endpoints = diagnostics::builtInEndpoints());
+  virtual ~MainController();
+  MainController(const MainController&) = delete;
+  MainController& operator=(const MainController&) = delete;
+
+  // State and set-up: app/main_controller.cpp
+
+  /// Sets the five options that a headless run takes from the command line.
+  void initArgsWithSilent(bool silent, bool console, bool forceSKV, bool skipSKV, bool internet);
+  /// The domain to test in place of the window's field; bytes, unchanged.
+  void setDomain(const std::string& text);
+  /// The file that the report is written to; a leading tilde is expanded. Empty means none.
+  void setOutputFile(const std::string& path);
+  /// Makes the controller ready for its first run; called once, after the options and the outlets
+  /// are set.
+  void awakeFromNib();
+  bool applicationShouldTerminateAfterLastWindowClosed() override;
+  /// Kept as an empty operation: all that the controller owns goes with it.
+  void deallocate() {}
+
+  // The plan of a run: diagnostics/test_plan_run.cpp
+
+  /// Starts a run: the start button's action.
+  void runTests();
+  /// Launches every command of the plan at once and returns. Throws std::system_error when one
+  /// cannot be launched.
+  void startTests();
+  using TestStarter::startTest;
+  /// Launches one command as the next process of the run.
+  void startTest(const std::string& launchPath, const std::vector<std::string>& args,
+                 const Text& comment) override;
+
+  // The Skivra's logs: diagnostics/beacon_log_run.cpp
+
+  /// Launches a reader for every entry of the three beacon-log folders.
+  void tailBeaconLogs();
+  /// Launches a reader for every entry of `folder`, which ends in "/", the oldest entry first.
+  void tailBeaconSubfolderLog(const std::string& folder);
+
+  // Progress and completion: diagnostics/run_tracking.cpp
+
+  std::uint32_t finishedTasksCount() const;
+  /// Also true when the run has no processes.
+  bool didAllTestsFinished() const;
+  /// Refreshes the progress display in a later turn of the main loop.
+  void updateProgress();
+  /// The end of one process: when it was the last one, the report is built and delivered, once.
+  void processTerminatedNotification();
+  /// Builds the report, prints and writes it as the options ask, then uploads it or ends the
+  /// process.
+  void handleAllTestsFinished();
+
+  // The report: report/report_run.cpp
+
+  /// Takes account and ticket from the window for the run that begins.
+  void rememberAccountAndTicketNo();
+  void freeAccountAndTicketNo();
+  /// Joins the results of all processes into `results`.
+  void buildResults();
+
+  // Delivery: report/delivery.cpp
+
+  /// Starts the upload of the report, trimmed where it is too large. Always true.
+  bool submitResults();
+  void onHttpDone(const report::Http& client) override;
+  void onHttpError(const report::Http& client) override;
+  /// Writes the report to `path`; a failure is logged. In a windowed run the file is then opened in
+  /// an editor.
+  void writeToPath(const std::string& path);
+  /// Writes the report to where it is kept when it could not be delivered.
+  void saveToDesktop();
+
+  // The window: ui/window_control.cpp
+
+  void enableUI();
+  void disableUI();
+  void showProgress();
+  void hideProgress();
+  /// Replaces what `view` shows by `text`, with every web address in it made a link.
+  void setTextView(const ui::Outlet<ui::RichTextView>& view, const std::string& text);
+  void hiliteAndActivateURLs(const ui::Outlet<ui::RichTextView>& view);
+  /// Puts the results' URL on the clipboard: the copy button's action.
+  void copyToClipBoardLinkButtonPressed();
+  /// Opens the results' URL in the browser: the open button's action.
+  void shareButtonPressed();
+
+  // Fields
+
+  diagnostics::ProcessList processes;
+  std::vector<diagnostics::ProcessList> container;
+  ui::Outlet<ui::Button> buttonStartTests;
+  ui::Outlet<ui::TextField> textHalvikAccount;
+  ui::Outlet<ui::TextField> textTicketNo;
+  ui::Outlet<ui::TextField> textDomainToTest;
+  ui::Outlet<ui::ProgressBar> progressIndicator;
+  ui::Outlet<ui::Label> textStatus;
+  ui::Outlet<ui::Label> textCopyPaste;
+  ui::Outlet<ui::ScrollView> textResultsLinkView;
+  ui::Outlet<ui::RichTextView> textResultsLink;
+  ui::Outlet<ui::Window> window;
+  ui::Outlet<ui::Button> copyToClipBoardLink;
+  ui::Outlet<ui::Button> shareButton;
+  Text txtHalvikAccount;
+  Text txtTicketNo;
+  std::string results;
+  std::string resultsUrl;
+  Text outputFile;
+  bool isSilent = false;
+  bool isConsole = false;
+  bool forceSkv = false;
+  bool skipSkv = false;
+  bool isSkv = false;
+  bool isFinishing = false;
+  bool isInternet = false;
+  Text domain;
+  std::int32_t tailSize = 0;
+  std::int32_t maxPostSize = 0;
+  std::unique_ptr<report::Http> http;
+  /// How long an upload may stand still.
+  std::chrono::milliseconds stallLimit = report::Http::usualStallLimit;
+
+ private:
+  platform::Application& application;
+  const diagnostics::Endpoints endpoints;
+};
+
+}  // namespace app

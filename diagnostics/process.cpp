@@ -1,0 +1,94 @@
+// SPDX-FileCopyrightText: 2026 Halvik
+// SPDX-License-Identifier: Apache-2.0
+
+#include "diagnostics/process.h"
+
+#include <stdexcept>
+#include <utility>
+
+#include "platform/notification_center.h"
+#include "platform/text.h"
+
+namespace diagnostics {
+
+namespace {
+
+using Stream = platform::ChildProcess::Stream;
+
+std::optional<std::string_view> decode(const platform::ByteBuffer& data) {
+  const std::string_view text = data.view();
+  return platform::isUtf8(text) ? std::optional(text) : std::nullopt;
+}
+
+}  // namespace
+
+Process::Process(platform::DescriptorSet& watched) : descriptors(watched) {}
+
+Process::~Process() {
+  platform::NotificationCenter::defaultCenter().forget(this);
+}
+
+void Process::start(const std::string& launchPath, const std::vector<std::string>& args,
+                    const std::optional<std::string>& comment) {
+  buildDisplayName(launchPath, args, comment);
+  task = std::make_unique<platform::ChildProcess>(descriptors, launchPath, args);
+  task->observeTermination([this] { terminatedNotification(*task); });
+  task->waitForData(Stream::output, [this] { stdOutNotification(); });
+  task->waitForData(Stream::error, [this] { stdErrNotification(); });
+  task->launch();
+}
+
+std::string Process::getResult() const {
+  return report::formatBlock(resultBlock());
+}
+
+report::ResultBlock Process::resultBlock() const {
+  return {.displayName = displayName, .standardOutput = stdOutStr, .standardError = stdErrStr};
+}
+
+void Process::countWhenFinished(std::shared_ptr<std::uint32_t> tally) {
+  finishedTally = std::move(tally);
+}
+
+void Process::buildDisplayName(const std::string& launchPath, const std::vector<std::string>& args,
+                               const std::optional<std::string>& comment) {
+  std::string name = launchPath;
+  for (const std::string& arg : args) {
+    name += ' ' + arg;
+  }
+  if (comment) {
+    name += ' ' + *comment;
+  }
+  // File names and arguments may be any bytes; the report is text.
+  displayName = platform::toUtf8(name);
+}
+
+void Process::stdOutNotification() {
+  if (!finished) {
+    task->readAvailable(Stream::output, stdOutData);
+  }
+}
+
+void Process::stdErrNotification() {
+  if (!finished) {
+    task->readAvailable(Stream::error, stdErrData);
+  }
+}
+
+void Process::terminatedNotification(const platform::ChildProcess& ended) {
+  if (&ended != task.get()) {
+    throw std::logic_error("assertion failed in terminatedNotification of Process");
+  }
+  // Before the streams are drained: what the loop may still have to say about new data is then
+  // passed over.
+  finished = true;
+  task->readToEnd(stdOutData, stdErrData);
+  stdOutStr = decode(stdOutData);
+  stdErrStr = decode(stdErrData);
+  if (finishedTally) {
+    ++*finishedTally;
+  }
+  platform::NotificationCenter::defaultCenter().post(ProcessTerminatedNotification, this);
+}
+
+}  // namespace diagnostics

@@ -1,0 +1,74 @@
+// SPDX-FileCopyrightText: 2026 Halvik
+// SPDX-License-Identifier: Apache-2.0
+
+// One command of a run: started, captured while it runs, and turned into its block of the report.
+// Main thread only.
+
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/byte_buffer.h"
+#include "platform/child_process.h"
+#include "report/report.h"
+
+namespace diagnostics {
+
+/// Posted by a Process, with itself as the object, after its command has ended and both streams
+/// have been read.
+inline constexpr std::string_view ProcessTerminatedNotification = "ProcessTerminatedNotification";
+
+/// Runs one command and keeps every byte that it writes to standard output and standard error. How
+/// the command ends is not looked at: what it prints is its result. It is started once and never
+/// restarted.
+class Process {
+ public:
+  /// `descriptors` must outlive the process.
+  explicit Process(platform::DescriptorSet& descriptors);
+  ~Process();
+  Process(const Process&) = delete;
+  Process& operator=(const Process&) = delete;
+
+  /// Starts the command, named in the report by its path, its arguments and `comment`. Throws
+  /// std::system_error when it cannot be started; the process then never finishes.
+  void start(const std::string& launchPath, const std::vector<std::string>& args,
+             const std::optional<std::string>& comment);
+
+  /// Whether the command has ended.
+  bool isFinished() const { return finished; }
+
+  /// This command's block of the report as a new text. Before the end it holds no streams.
+  std::string getResult() const;
+
+  /// The same as views, valid as long as the process: the report is joined from these without
+  /// copying a block twice.
+  report::ResultBlock resultBlock() const;
+
+  /// Adds one to `tally` when the command ends, right before it is announced.
+  void countWhenFinished(std::shared_ptr<std::uint32_t> tally);
+
+ private:
+  void buildDisplayName(const std::string& launchPath, const std::vector<std::string>& args,
+                        const std::optional<std::string>& comment);
+  void stdOutNotification();
+  void stdErrNotification();
+  void terminatedNotification(const platform::ChildProcess& ended);
+
+  std::unique_ptr<platform::ChildProcess> task;
+  platform::ByteBuffer stdOutData;
+  platform::ByteBuffer stdErrData;
+  std::optional<std::string_view> stdOutStr;
+  std::optional<std::string_view> stdErrStr;
+  std::string displayName;
+  bool finished = false;
+
+  platform::DescriptorSet& descriptors;
+  std::shared_ptr<std::uint32_t> finishedTally;
+};
+
+}  // namespace diagnostics

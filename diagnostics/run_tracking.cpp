@@ -1,0 +1,57 @@
+// SPDX-FileCopyrightText: 2026 Halvik
+// SPDX-License-Identifier: Apache-2.0
+
+// Progress and completion of a run.
+
+#include "app/main_controller.h"
+#include "platform/standard_streams.h"
+#include "platform/text.h"
+
+namespace app {
+
+std::uint32_t MainController::finishedTasksCount() const {
+  return processes.finishedCount();
+}
+
+bool MainController::didAllTestsFinished() const {
+  return finishedTasksCount() == processes.size();
+}
+
+void MainController::updateProgress() {
+  application.post([this] {
+    const std::uint32_t done = finishedTasksCount();
+    textStatus.send(&ui::Label::setStringValue, "Please wait. Finished " + std::to_string(done) +
+                                                    " out of " + std::to_string(processes.size()) +
+                                                    " tests.");
+    progressIndicator.send(&ui::ProgressBar::setDoubleValue, static_cast<double>(done));
+  });
+}
+
+void MainController::processTerminatedNotification() {
+  updateProgress();
+  if (!didAllTestsFinished() || isFinishing) {
+    return;
+  }
+  isFinishing = true;
+  handleAllTestsFinished();
+}
+
+void MainController::handleAllTestsFinished() {
+  buildResults();
+  if (isConsole) {
+    platform::writeStandardOutput(platform::untilNul(results));
+    platform::writeStandardOutput("\n");
+  }
+  const bool hasOutputFile = outputFile && !outputFile->empty();
+  if (hasOutputFile) {
+    writeToPath(*outputFile);
+    platform::writeStandardOutput("outputFile=" + *outputFile + '\n');
+  }
+  if (isInternet || !isSilent || (!isConsole && !hasOutputFile)) {
+    submitResults();
+  } else {
+    application.exit(0);
+  }
+}
+
+}  // namespace app

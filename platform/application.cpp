@@ -1,0 +1,116 @@
+// SPDX-FileCopyrightText: 2026 Halvik
+// SPDX-License-Identifier: Apache-2.0
+
+#include "platform/application.h"
+
+#include <QApplication>
+#include <QMessageBox>
+#include <QNetworkProxyFactory>
+#include <QSocketNotifier>
+
+#include <cstdlib>
+#include <utility>
+
+#include "platform/boundary.h"
+#include "platform/log.h"
+#include "platform/process_setup.h"
+
+namespace platform {
+
+namespace {
+
+// The toolkit's own remarks go where ours go. Its fatal ones come while it looks for a display: an
+// abort would look like a defect of the program, so it ends with a line and a status instead.
+void logToolkitMessage(QtMsgType type, const QMessageLogContext& /*context*/,
+                       const QString& message) {
+  const bool isAboutLocale = message.startsWith(QLatin1String("Detected locale"));
+  if (type == QtDebugMsg || type == QtInfoMsg || isAboutLocale) {
+    return;
+  }
+  log(message.toStdString());
+  if (type == QtFatalMsg) {
+    log("no window can be opened here; the option -s runs without one");
+    std::_Exit(EXIT_FAILURE);
+  }
+}
+
+std::unique_ptr<QCoreApplication> makeToolkit(Application::Mode mode, int& argc, char** argv) {
+  if (mode == Application::Mode::windowed) {
+    return std::make_unique<QApplication>(argc, argv);
+  }
+  return std::make_unique<QCoreApplication>(argc, argv);
+}
+
+void showError(const char* reason) {
+  QMessageBox::critical(nullptr, QStringLiteral("Halvik Diagnostic"),
+                        QStringLiteral("Halvik Diagnostic has to end because of an error:\n\n%1")
+                            .arg(QString::fromUtf8(reason)));
+}
+
+}  // namespace
+
+class Application::Parts {
+ public:
+  Parts(Mode mode, int& argc, char** argv)
+      : toolkit(makeToolkit(mode, argc, argv)),
+        notifier(descriptors.descriptor(), QSocketNotifier::Read) {
+    QObject::connect(&notifier, &QSocketNotifier::activated, &notifier,
+                     [this] { enter([this] { descriptors.dispatch(); }); });
+  }
+
+  std::unique_ptr<QCoreApplication> toolkit;
+  DescriptorSet descriptors;
+  QSocketNotifier notifier;
+};
+
+Application::Application(Mode mode, int& argc, char** argv) {
+  setUpProcess();
+  qInstallMessageHandler(logToolkitMessage);
+  QNetworkProxyFactory::setUseSystemConfiguration(true);
+  parts = std::make_unique<Parts>(mode, argc, argv);
+  if (mode == Mode::windowed) {
+    QGuiApplication::setQuitOnLastWindowClosed(false);
+    lastMeasures().tellUser = showError;
+  }
+}
+
+Application::~Application() = default;
+
+void Application::setDelegate(ApplicationDelegate& delegate) {
+  auto* windows = qobject_cast<QGuiApplication*>(parts->toolkit.get());
+  if (windows == nullptr) {
+    return;
+  }
+  QObject::connect(windows, &QGuiApplication::lastWindowClosed, windows, [&delegate] {
+    enter([&delegate] {
+      if (delegate.applicationShouldTerminateAfterLastWindowClosed()) {
+        QCoreApplication::quit();
+      }
+    });
+  });
+}
+
+int Application::run() {
+  return QCoreApplication::exec();
+}
+
+void Application::turn() {
+  QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+}
+
+void Application::post(std::function<void()> task) {
+  QMetaObject::invokeMethod(
+      parts->toolkit.get(), [task = std::move(task)] { enter(task); }, Qt::QueuedConnection);
+}
+
+void Application::exit(int status) {
+  // Not std::exit: threads of the HTTP library may still be at work, and nothing of ours waits to
+  // be written.
+  std::_Exit(status);
+}
+
+DescriptorSet& Application::descriptors() {
+  return parts->descriptors;
+}
+
+}  // namespace platform

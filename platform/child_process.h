@@ -1,0 +1,84 @@
+// SPDX-FileCopyrightText: 2026 Halvik
+// SPDX-License-Identifier: Apache-2.0
+
+// One external command as a child process: two pipes, its launch and its end. Driven by the main
+// loop through a DescriptorSet; used by the main thread only.
+
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "platform/byte_buffer.h"
+#include "platform/descriptor_set.h"
+
+namespace platform {
+
+/// A command whose standard output and standard error are read through pipes. It inherits standard
+/// input, environment and working directory, starts with no signal ignored or blocked, and has no
+/// descriptor of this program but 0, 1 and
+/// 2. What it prints and how it ends is for the owner to judge: the exit status is not kept.
+class ChildProcess {
+ public:
+  enum class Stream { output, error };
+  using Handler = std::function<void()>;
+
+  /// `descriptors` must outlive the child. Throws std::system_error, which names `launchPath`, when
+  /// no pipe is to be had.
+  ChildProcess(DescriptorSet& descriptors, std::string launchPath, std::vector<std::string> args);
+
+  /// A command that still runs is sent the termination signal and left to itself.
+  ~ChildProcess();
+  ChildProcess(const ChildProcess&) = delete;
+  ChildProcess& operator=(const ChildProcess&) = delete;
+
+  /// Calls `handler` once, when the command has ended (its pipes may still hold data). To be set
+  /// before the launch.
+  void observeTermination(Handler handler);
+
+  /// Calls `handler` whenever there is something to read, until the stream's end has been read.
+  void waitForData(Stream stream, Handler handler);
+
+  /// Starts the command. Throws std::system_error naming the path and the reason when it cannot be
+  /// started.
+  void launch();
+
+  /// Appends what is there to be read now to `buffer`, with one read.
+  void readAvailable(Stream stream, ByteBuffer& buffer);
+
+  /// Reads both streams to their end and closes them. Waits as long as any descendant of the
+  /// command holds one open; the two are read side by side, since a writer that fills the one may
+  /// come to the other only afterwards.
+  void readToEnd(ByteBuffer& output, ByteBuffer& error);
+
+ private:
+  struct Watched final : DescriptorWatcher {
+    void descriptorReady() override { handler(); }
+    int fd = -1;
+    Handler handler;
+  };
+  struct Pipe {
+    Watched readEnd;
+    int writeEnd = -1;
+    bool enlarged = false;
+  };
+
+  Pipe& pipeOf(Stream stream) { return stream == Stream::output ? output : error; }
+  void open(Pipe& pipe) const;
+  bool read(Pipe& pipe, ByteBuffer& buffer);
+  void spawn();
+  void reap();
+  void close(Watched& watched);
+  [[noreturn]] void fail(int errorNumber) const;
+
+  DescriptorSet& descriptors;
+  std::string launchPath;
+  std::vector<std::string> args;
+  Pipe output;
+  Pipe error;
+  Watched termination;
+  int pid = -1;
+};
+
+}  // namespace platform

@@ -1,0 +1,79 @@
+// SPDX-FileCopyrightText: 2026 Halvik
+// SPDX-License-Identifier: Apache-2.0
+
+#include "platform/files.h"
+
+#include <QFile>
+#include <QStandardPaths>
+#include <pwd.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <system_error>
+
+namespace platform {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string homeFromEnvironment() {
+  const char* home = std::getenv("HOME");
+  return home == nullptr ? "" : home;
+}
+
+std::string homeOf(const passwd* user) {
+  return user == nullptr ? "" : user->pw_dir;
+}
+
+std::string homeFolder() {
+  const std::string home = homeFromEnvironment();
+  return home.empty() ? homeOf(getpwuid(getuid())) : home;
+}
+
+bool isFolder(const fs::path& path) {
+  std::error_code ignored;
+  return fs::is_directory(path, ignored);
+}
+
+// What the desktop environment names, unless it names the home folder, its way of saying that there
+// is none.
+fs::path namedDesktop(const fs::path& home) {
+  const QString named = QStandardPaths::writableLocation(QStandardPaths::DesktopLocation);
+  const fs::path folder = fs::path(QFile::encodeName(named).toStdString()).lexically_normal();
+  const fs::path homeItself = (home / "").lexically_normal();
+  return folder / "" == homeItself ? home / "Desktop" : folder;
+}
+
+}  // namespace
+
+bool pathExists(const std::string& path) {
+  std::error_code ignored;
+  return fs::exists(path, ignored);
+}
+
+std::string expandTilde(const std::string& path) {
+  if (!path.starts_with('~')) {
+    return path;
+  }
+  const std::size_t end = std::min(path.find('/'), path.size());
+  const std::string user = path.substr(1, end - 1);
+  const std::string home = user.empty() ? homeFolder() : homeOf(getpwnam(user.c_str()));
+  return home.empty() ? path : home + path.substr(end);
+}
+
+std::string desktopFolder() {
+  const bool desktopKnowsHome = !homeFromEnvironment().empty();
+  fs::path home = homeFolder();
+  std::error_code ignored;
+  if (!isFolder(home)) {
+    home = fs::temp_directory_path(ignored);
+  }
+  const fs::path folder =
+      desktopKnowsHome && home == homeFromEnvironment() ? namedDesktop(home) : home / "Desktop";
+  fs::create_directories(folder, ignored);
+  return folder.string();
+}
+
+}  // namespace platform

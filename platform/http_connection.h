@@ -1,0 +1,73 @@
+// SPDX-FileCopyrightText: 2026 Halvik
+// SPDX-License-Identifier: Apache-2.0
+
+// One HTTP request and the events of its reply on the main loop. HTTP, TLS and proxies are the
+// toolkit's.
+
+#pragma once
+
+#include <chrono>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace platform {
+
+/// A POST request, ready to send. URL and header texts are UTF-8, the body is bytes.
+struct HttpRequest {
+  std::string url;
+  std::vector<std::pair<std::string, std::string>> headers;
+  std::string body;
+};
+
+/// The head of a reply.
+struct HttpResponse {
+  int statusCode;
+};
+
+/// Whether `url` is one that a request can go to: http or https, with a host.
+bool isHttpUrl(const std::string& url);
+
+/// The host of `url`; empty when it has none.
+std::string hostOfUrl(const std::string& url);
+
+/// Told of a reply: at most one head at a time, then its data in pieces as they arrive, then
+/// exactly one end.
+class HttpConnectionDelegate {
+ public:
+  virtual void connectionDidReceiveResponse(const HttpResponse& response) = 0;
+  /// `data` is valid during the call only.
+  virtual void connectionDidReceiveData(std::string_view data) = 0;
+  /// The reply is complete, whatever its status.
+  virtual void connectionDidFinishLoading() = 0;
+  /// The connection failed before the reply was complete.
+  virtual void connectionDidFailWithError() = 0;
+
+ protected:
+  HttpConnectionDelegate() = default;
+  HttpConnectionDelegate(const HttpConnectionDelegate&) = default;
+  HttpConnectionDelegate& operator=(const HttpConnectionDelegate&) = default;
+  ~HttpConnectionDelegate() = default;
+};
+
+/// A request under way, sent over HTTP/1.1 with certificate checks against the system's store and
+/// through the system's proxy. Redirects are followed, but not from https to http. Destroying it,
+/// which must not be done from within one of its events, ends the request without a further event.
+class HttpConnection {
+ public:
+  /// Sends `request`; the events follow in later turns of the main loop, so an Application must
+  /// exist. A request in which nothing moves for `stallLimit` fails. A failure's reason is logged.
+  HttpConnection(HttpRequest request, HttpConnectionDelegate& delegate,
+                 std::chrono::milliseconds stallLimit);
+  ~HttpConnection();
+  HttpConnection(const HttpConnection&) = delete;
+  HttpConnection& operator=(const HttpConnection&) = delete;
+
+ private:
+  class Parts;
+  std::unique_ptr<Parts> parts;
+};
+
+}  // namespace platform

@@ -1,0 +1,57 @@
+// SPDX-FileCopyrightText: 2026 Halvik
+// SPDX-License-Identifier: Apache-2.0
+
+#include "platform/tools.h"
+
+#include <unistd.h>
+
+#include <filesystem>
+#include <map>
+
+namespace platform {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+bool exists(const std::string& path) {
+  return access(path.c_str(), F_OK) == 0;
+}
+
+// The scripts that answer for tools that Linux lacks: beside an executable that has not been
+// installed, in the libexec folder of one that has.
+std::string scriptPath(const std::string& name) {
+  std::error_code ignored;
+  const fs::path folder = fs::read_symlink("/proc/self/exe", ignored).parent_path();
+  const fs::path inBuildTree = folder / "libexec" / name;
+  if (exists(inBuildTree.string())) {
+    return inBuildTree.string();
+  }
+  return (folder / HALVIK_LIBEXEC_FROM_BIN / name).lexically_normal().string();
+}
+
+std::string locate(const std::string& path) {
+  static const std::map<std::string, std::string> elsewhere{
+      {"/sbin/ping", "/usr/bin/ping"},
+      {"/usr/sbin/netstat", "/usr/bin/netstat"},
+      {"/usr/sbin/scutil", scriptPath("scutil")},
+      {"/usr/sbin/system_profiler", scriptPath("system_profiler")},
+      {"/usr/sbin/traceroute", "/usr/bin/traceroute"},
+  };
+  const auto known = elsewhere.find(path);
+  return known == elsewhere.end() || exists(path) ? path : known->second;
+}
+
+}  // namespace
+
+Command locateCommand(const std::string& path, const std::vector<std::string>& args) {
+  Command command{.path = locate(path), .args = args};
+  if (path == "/bin/sh" && args.size() == 2 && args[0] == "-c") {
+    const std::string& line = args[1];
+    const std::string tool = line.substr(0, line.find(' '));
+    command.args[1] = locate(tool) + line.substr(tool.size());
+  }
+  return command;
+}
+
+}  // namespace platform

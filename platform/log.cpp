@@ -1,0 +1,46 @@
+// SPDX-FileCopyrightText: 2026 Halvik
+// SPDX-License-Identifier: Apache-2.0
+
+#include "platform/log.h"
+
+#include <sys/time.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <ctime>
+#include <string>
+
+#include "platform/standard_streams.h"
+
+namespace platform {
+
+namespace {
+
+std::string prefix() {
+  timeval now{};
+  gettimeofday(&now, nullptr);
+  tm local{};
+  localtime_r(&now.tv_sec, &local);
+  std::array<char, 32> time{};
+  std::strftime(time.data(), time.size(), "%Y-%m-%d %H:%M:%S", &local);
+  std::array<char, 8> milliseconds{};
+  std::snprintf(milliseconds.data(), milliseconds.size(), ".%03d",
+                static_cast<int>(now.tv_usec / 1000));
+  return std::string(time.data()) + milliseconds.data() + ' ' + program_invocation_short_name +
+         '[' + std::to_string(getpid()) + "] ";
+}
+
+}  // namespace
+
+void log(std::string_view message) {
+  std::string line = prefix();
+  line += message;
+  if (!message.ends_with('\n')) {
+    line += '\n';
+  }
+  writeAll(STDERR_FILENO, line);
+}
+
+}  // namespace platform

@@ -1,0 +1,34 @@
+// SPDX-FileCopyrightText: 2026 Halvik
+// SPDX-License-Identifier: Apache-2.0
+
+// Text is UTF-8 in std::string; these are the questions about it that the program asks.
+
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace platform {
+
+/// Whether `bytes` are valid UTF-8. NUL and non-characters are valid; surrogates and overlong forms
+/// are not.
+bool isUtf8(std::string_view bytes);
+
+/// `bytes` with every invalid sequence replaced by U+FFFD.
+std::string toUtf8(std::string_view bytes);
+
+/// The length of valid UTF-8 `text` in UTF-16 code units.
+std::size_t utf16Length(std::string_view text);
+
+/// Whether a cut before byte `position` of valid UTF-8 `text` falls inside a character. `position`
+/// may be the length.
+bool isInsideCharacter(std::string_view text, std::size_t position);
+
+/// `text` up to, not including, its first NUL byte.
+std::string_view untilNul(std::string_view text);
+
+/// `text` without the tabs and the spaces of Unicode (category Zs) at both ends; line breaks stay.
+std::string trimSpaces(std::string_view text);
+
+}  // namespace platform

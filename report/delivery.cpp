@@ -1,0 +1,80 @@
+// SPDX-FileCopyrightText: 2026 Halvik
+// SPDX-License-Identifier: Apache-2.0
+
+// Delivery of the report: to the submission endpoint, or to a file.
+
+#include "app/main_controller.h"
+#include "platform/desktop.h"
+#include "platform/files.h"
+#include "platform/log.h"
+#include "platform/standard_streams.h"
+#include "platform/text.h"
+#include "report/trim.h"
+
+namespace app {
+
+namespace {
+
+constexpr int internalServerError = 500;
+
+}  // namespace
+
+bool MainController::submitResults() {
+  std::string_view body = platform::untilNul(results);
+  std::string trimmed;
+  if (body.size() > static_cast<std::size_t>(maxPostSize)) {
+    trimmed = report::trimTailData(body, maxPostSize);
+    body = trimmed;
+  }
+  http = std::make_unique<report::Http>(endpoints.submitUrl, body, *this, stallLimit);
+  return true;
+}
+
+void MainController::onHttpDone(const report::Http& client) {
+  resultsUrl = client.reply().value_or(std::string());
+  if (!isSilent) {
+    enableUI();
+    hideProgress();
+  }
+  setTextView(textResultsLink, "See results at " + resultsUrl);
+  textResultsLinkView.send(&ui::ScrollView::setHidden, false);
+  textCopyPaste.send(&ui::Label::setHidden, false);
+  if (isSilent) {
+    platform::writeStandardOutput("url=" + std::string(platform::untilNul(resultsUrl)) + '\n');
+    application.exit(0);
+  }
+}
+
+void MainController::onHttpError(const report::Http& client) {
+  if (!isSilent) {
+    enableUI();
+    hideProgress();
+  }
+  if (!client.didResponseSucceed()) {
+    if (client.responseCode() == internalServerError) {
+      setTextView(textResultsLink, "There was an internal server errror");
+    }
+    // Also after a status of 500: the general message is the one that stays.
+    setTextView(textResultsLink, "There was an error submitting the results");
+  }
+  textResultsLinkView.send(&ui::ScrollView::setHidden, false);
+  saveToDesktop();
+  if (isSilent) {
+    platform::log("could not send log, saved to Desktop\n");
+    application.exit(1);
+  }
+}
+
+void MainController::writeToPath(const std::string& path) {
+  if (!platform::writeAtomically(path, results)) {
+    platform::log("could not save diagnostic_results.txt");
+  } else if (!isSilent) {
+    platform::openInTextEditor(path);
+  }
+}
+
+void MainController::saveToDesktop() {
+  writeToPath(platform::desktopFolder() + "/diagnostic_results.txt");
+}
+
+}  // namespace app

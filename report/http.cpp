@@ -1,0 +1,81 @@
+// SPDX-FileCopyrightText: 2026 Halvik
+// SPDX-License-Identifier: Apache-2.0
+
+#include "report/http.h"
+
+#include <utility>
+
+#include "platform/text.h"
+#include "report/multipart.h"
+
+namespace report {
+
+namespace {
+
+constexpr std::string_view boundary = "0xKhTmLbOuNdArY";
+constexpr int firstErrorStatus = 400;
+
+}  // namespace
+
+Http::Http(const std::string& url, std::string_view data, HttpProtocol& receiver,
+           std::chrono::milliseconds stallLimit)
+    : serverURL(url), delegate(receiver) {
+  upload(data, stallLimit);
+}
+
+void Http::upload(std::string_view data, std::chrono::milliseconds stallLimit) {
+  if (data.empty()) {
+    uploadSucceeded(false);
+    return;
+  }
+  std::optional<platform::HttpRequest> request = postRequestWithURL(serverURL, boundary, data);
+  if (!request) {
+    uploadSucceeded(false);
+    return;
+  }
+  platform::HttpConnectionDelegate& events = *this;
+  connection = std::make_unique<platform::HttpConnection>(std::move(*request), events, stallLimit);
+}
+
+std::optional<platform::HttpRequest> Http::postRequestWithURL(const std::string& url,
+                                                              std::string_view boundry,
+                                                              std::string_view data) const {
+  if (!platform::isHttpUrl(url)) {
+    return std::nullopt;
+  }
+  return platform::HttpRequest{.url = url,
+                               .headers = {{"Content-Type", multipartContentType(boundry)}},
+                               .body = multipartBody(boundry, data)};
+}
+
+void Http::uploadSucceeded(bool ok) {
+  if (ok && responseDidSucceed) {
+    delegate.onHttpDone(*this);
+  } else {
+    delegate.onHttpError(*this);
+  }
+}
+
+void Http::connectionDidReceiveResponse(const platform::HttpResponse& response) {
+  httpResponse = response;
+}
+
+void Http::connectionDidReceiveData(std::string_view data) {
+  replyText = platform::isUtf8(data) ? std::optional<std::string>(data) : std::nullopt;
+  uploadDidSucceed = true;
+  responseDidSucceed = true;
+  if (httpResponse) {
+    rCode = httpResponse->statusCode;
+    responseDidSucceed = rCode < firstErrorStatus;
+  }
+}
+
+void Http::connectionDidFinishLoading() {
+  uploadSucceeded(uploadDidSucceed);
+}
+
+void Http::connectionDidFailWithError() {
+  uploadSucceeded(false);
+}
+
+}  // namespace report

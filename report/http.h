@@ -1,0 +1,82 @@
+// SPDX-FileCopyrightText: 2026 Halvik
+// SPDX-License-Identifier: Apache-2.0
+
+// The upload client: one block of bytes, one POST, one outcome. Main thread only.
+
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "platform/http_connection.h"
+
+namespace report {
+
+class Http;
+
+/// Told how an upload ended, once for each client.
+class HttpProtocol {
+ public:
+  /// The upload succeeded; the reply is in the client.
+  virtual void onHttpDone(const Http& client) = 0;
+  /// The upload failed; didResponseSucceed and responseCode of the client tell more.
+  virtual void onHttpError(const Http& client) = 0;
+
+ protected:
+  HttpProtocol() = default;
+  HttpProtocol(const HttpProtocol&) = default;
+  HttpProtocol& operator=(const HttpProtocol&) = default;
+  ~HttpProtocol() = default;
+};
+
+/// Uploads one report as multipart/form-data and collects the reply. It starts in its constructor
+/// and is not reused. An upload has succeeded when the connection finished, at least one piece of
+/// reply data arrived and the status at that moment was below 400. It never retries.
+class Http : private platform::HttpConnectionDelegate {
+ public:
+  /// How long an upload may stand still before it fails.
+  static constexpr std::chrono::milliseconds usualStallLimit{60'000};
+
+  /// Starts the upload of `data` to `url`. With no data, or with a URL that nothing can be sent to,
+  /// `delegate` is told before the constructor returns; otherwise later, from the main loop.
+  /// `delegate` must outlive the client.
+  Http(const std::string& url, std::string_view data, HttpProtocol& delegate,
+       std::chrono::milliseconds stallLimit = usualStallLimit);
+
+  /// Whether reply data has arrived and the status was below 400.
+  bool didResponseSucceed() const { return responseDidSucceed; }
+
+  /// The HTTP status as of the last piece of reply data; 0 when none arrived.
+  std::int64_t responseCode() const { return rCode; }
+
+  /// The last piece of the reply, as text; absent when none arrived or when it was not valid UTF-8.
+  /// Earlier pieces are dropped.
+  const std::optional<std::string>& reply() const { return replyText; }
+
+ private:
+  void upload(std::string_view data, std::chrono::milliseconds stallLimit);
+  std::optional<platform::HttpRequest> postRequestWithURL(const std::string& url,
+                                                          std::string_view boundry,
+                                                          std::string_view data) const;
+  void uploadSucceeded(bool ok);
+
+  void connectionDidReceiveResponse(const platform::HttpResponse& response) override;
+  void connectionDidReceiveData(std::string_view data) override;
+  void connectionDidFinishLoading() override;
+  void connectionDidFailWithError() override;
+
+  std::string serverURL;
+  HttpProtocol& delegate;
+  std::optional<std::string> replyText;
+  bool uploadDidSucceed = false;
+  bool responseDidSucceed = false;
+  std::optional<platform::HttpResponse> httpResponse;
+  std::int64_t rCode = 0;
+  std::unique_ptr<platform::HttpConnection> connection;
+};
+
+}  // namespace report

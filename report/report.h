@@ -1,0 +1,36 @@
+// SPDX-FileCopyrightText: 2026 Halvik
+// SPDX-License-Identifier: Apache-2.0
+
+// The report: a head that names account and ticket, then one block for every command.
+
+#pragma once
+
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace report {
+
+/// Opens every block; 45 hyphen-minus characters. What a command prints may hold it as well.
+inline constexpr std::string_view separator = "---------------------------------------------";
+
+/// What stands in the report about one command. The texts are views, valid UTF-8; a stream that
+/// printed nothing, or that was not valid UTF-8, is absent or empty.
+struct ResultBlock {
+  std::string_view displayName;
+  std::optional<std::string_view> standardOutput;
+  std::optional<std::string_view> standardError;
+};
+
+/// The block as text: the separator with the command's name, then each stream that printed
+/// anything.
+std::string formatBlock(const ResultBlock& block);
+
+/// The whole report, built in one pass in a buffer of its final size. An absent account or ticket
+/// has no line.
+std::string buildReport(const std::optional<std::string>& account,
+                        const std::optional<std::string>& ticket,
+                        std::span<const ResultBlock> blocks);
+
+}  // namespace report

@@ -1,0 +1,58 @@
+// SPDX-FileCopyrightText: 2026 Halvik
+// SPDX-License-Identifier: Apache-2.0
+
+// The whole program with other commands in place of the plan's and another submission endpoint, so
+// that it can be run and measured on any machine without a packet leaving it. Driven by the
+// environment:
+//   STAND_IN_COMMANDS    a file of shell command lines: the n-th test of the plan runs the n-th
+//   line, or nothing at all
+//                        where there is no such line
+//   STAND_IN_SUBMIT_URL  where the report is uploaded to
+//   STAND_IN_STALL_MS    how long an upload may stand still, in milliseconds
+
+#include <cstdlib>
+#include <fstream>
+
+#include "app/entry.h"
+
+namespace {
+
+std::string setting(const char* name) {
+  const char* value = std::getenv(name);
+  return value == nullptr ? "" : value;
+}
+
+diagnostics::Endpoints standInEndpoints() {
+  diagnostics::Endpoints endpoints = diagnostics::builtInEndpoints();
+  endpoints.submitUrl = setting("STAND_IN_SUBMIT_URL");
+  return endpoints;
+}
+
+class StandInController final : public app::MainController {
+ public:
+  explicit StandInController(platform::Application& loop)
+      : MainController(loop, standInEndpoints()), lines(setting("STAND_IN_COMMANDS")) {
+    if (const std::string limit = setting("STAND_IN_STALL_MS"); !limit.empty()) {
+      stallLimit = std::chrono::milliseconds(std::stoi(limit));
+    }
+  }
+
+  using MainController::startTest;
+  void startTest(const std::string& /*launchPath*/, const std::vector<std::string>& /*args*/,
+                 const Text& comment) override {
+    std::string line;
+    std::getline(lines, line);
+    MainController::startTest("/bin/sh", {"-c", line.empty() ? ":" : line}, comment);
+  }
+
+ private:
+  std::ifstream lines;
+};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  return app::runProgram(argc, argv, [](platform::Application& application) {
+    return std::make_unique<StandInController>(application);
+  });
+}

@@ -1,0 +1,21 @@
+// SPDX-FileCopyrightText: 2026 Halvik
+// SPDX-License-Identifier: Apache-2.0
+
+// Finding web addresses in a text.
+
+#pragma once
+
+#include <string_view>
+#include <vector>
+
+#include "ui/text_range.h"
+
+namespace ui {
+
+/// The ranges of `text` that are shown as links, in the order in which they are found. A link
+/// begins with "http://" or "https://" and ends with the white space that follows it, that one
+/// character included. An address with "http://" that stands before one with "https://" is passed
+/// over, and an address inside another one is a link of its own.
+std::vector<TextRange> findLinks(std::u16string_view text);
+
+}  // namespace ui
