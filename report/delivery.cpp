@@ -74,7 +74,9 @@ void MainController::writeToPath(const std::string& path) {
 }
 
 void MainController::saveToDesktop() {
-  writeToPath(platform::desktopFolder() + "/diagnostic_results.txt");
+  const std::string path = platform::desktopFolder() + "/diagnostic_results.txt";
+  platform::log("saving the report to " + path);
+  writeToPath(path);
 }
 
 }  // namespace app

@@ -1,0 +1,190 @@
+// SPDX-FileCopyrightText: 2026 Halvik
+// SPDX-License-Identifier: Apache-2.0
+
+#include "platform/files.h"
+
+#include <gtest/gtest.h>
+#include <pwd.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+
+#include "support/environment.h"
+#include "support/temporary_folder.h"
+
+namespace platform {
+namespace {
+
+using support::contentsOf;
+using support::ScopedVariable;
+using support::TemporaryFolder;
+
+std::size_t entryCount(const TemporaryFolder& folder) {
+  return listFolder(folder.path()).size();
+}
+
+TEST(Files, WritesANewFile) {
+  const TemporaryFolder folder;
+  const std::string bytes("a\0b\xff", 4);
+  EXPECT_TRUE(writeAtomically(folder.path("new \xff.txt"), bytes));
+  EXPECT_EQ(contentsOf(folder.path("new \xff.txt")), bytes);
+  EXPECT_EQ(entryCount(folder), 1U);
+}
+
+TEST(Files, GivesANewFileTheUsersPermissions) {
+  const TemporaryFolder folder;
+  const mode_t before = umask(027);
+  EXPECT_TRUE(writeAtomically(folder.path("new"), "x"));
+  umask(before);
+  EXPECT_EQ(std::filesystem::status(folder.path("new")).permissions(),
+            std::filesystem::perms(0640));
+}
+
+TEST(Files, ReplacesAFileAndKeepsItsPermissions) {
+  const TemporaryFolder folder;
+  const std::string path = folder.write("file", "old and longer");
+  std::filesystem::permissions(path, std::filesystem::perms(0604));
+  EXPECT_TRUE(writeAtomically(path, "new"));
+  EXPECT_EQ(contentsOf(path), "new");
+  EXPECT_EQ(std::filesystem::status(path).permissions(), std::filesystem::perms(0604));
+  EXPECT_EQ(entryCount(folder), 1U);
+}
+
+TEST(Files, WritesThroughALink) {
+  const TemporaryFolder folder;
+  folder.write("file", "old");
+  std::filesystem::create_symlink("file", folder.path("link"));
+  EXPECT_TRUE(writeAtomically(folder.path("link"), "new"));
+  EXPECT_EQ(contentsOf(folder.path("file")), "new");
+  EXPECT_TRUE(std::filesystem::is_symlink(folder.path("link")));
+}
+
+TEST(Files, LeavesEverythingElseAlone) {
+  const TemporaryFolder folder;
+  std::filesystem::create_directory(folder.path("folder"));
+  ASSERT_EQ(mkfifo(folder.path("fifo").c_str(), 0600), 0);
+  for (const std::string& path :
+       {folder.path("folder"), folder.path("missing/file"), folder.path("fifo"),
+        folder.path("new/"), std::string("/dev/null"), std::string("/dev/full"), std::string()}) {
+    EXPECT_FALSE(writeAtomically(path, "x")) << path;
+  }
+  EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
+  EXPECT_EQ(entryCount(folder), 2U);
+}
+
+TEST(Files, AWriteThatFailsHalfWayLeavesTheOldFile) {
+  const TemporaryFolder folder;
+  const std::string path = folder.write("file", "old");
+  rlimit before{};
+  getrlimit(RLIMIT_FSIZE, &before);
+  const rlimit small{.rlim_cur = 100'000, .rlim_max = before.rlim_max};
+  setrlimit(RLIMIT_FSIZE, &small);
+  const bool written = writeAtomically(path, std::string(200'000, 'x'));
+  setrlimit(RLIMIT_FSIZE, &before);
+  EXPECT_FALSE(written);
+  EXPECT_EQ(contentsOf(path), "old");
+  EXPECT_EQ(entryCount(folder), 1U);
+}
+
+TEST(Files, ListsEveryEntryOfAFolder) {
+  const TemporaryFolder folder;
+  folder.write("file", "");
+  folder.write(".hidden", "");
+  folder.write("\xff", "");
+  std::filesystem::create_directory(folder.path("folder"));
+  std::filesystem::create_symlink("/nowhere", folder.path("link"));
+  std::vector<std::string> names;
+  for (const FolderEntry& entry : listFolder(folder.path())) {
+    names.push_back(entry.name);
+    EXPECT_GT(entry.createdNs, 0);
+  }
+  std::sort(names.begin(), names.end());
+  EXPECT_EQ(names, (std::vector<std::string>{".hidden", "file", "folder", "link", "\xff"}));
+  EXPECT_TRUE(listFolder(folder.path("missing")).empty());
+  EXPECT_TRUE(listFolder(folder.path("file")).empty());
+}
+
+TEST(Files, KnowWhetherAPathExists) {
+  const TemporaryFolder folder;
+  folder.write("file", "");
+  EXPECT_TRUE(pathExists(folder.path()));
+  EXPECT_TRUE(pathExists(folder.path("file")));
+  EXPECT_FALSE(pathExists(folder.path("missing")));
+  EXPECT_FALSE(pathExists(folder.path("file/below")));
+}
+
+TEST(Files, ExpandALeadingTilde) {
+  const ScopedVariable home("HOME", "/home/somebody");
+  const std::string root = getpwnam("root")->pw_dir;
+  const std::vector<std::pair<std::string, std::string>> cases{
+      {"~", "/home/somebody"},
+      {"~/r.txt", "/home/somebody/r.txt"},
+      {"~root", root},
+      {"~root/r.txt", root + "/r.txt"},
+      {"~nobody-has-this/x", "~nobody-has-this/x"},
+      {"/a/~/b", "/a/~/b"},
+      {"a~", "a~"},
+      {"", ""},
+  };
+  for (const auto& [path, expanded] : cases) {
+    EXPECT_EQ(expandTilde(path), expanded);
+  }
+}
+
+TEST(Files, ExpandATildeWithoutAHomeVariable) {
+  const ScopedVariable home("HOME", nullptr);
+  EXPECT_EQ(expandTilde("~/x"), std::string(getpwuid(getuid())->pw_dir) + "/x");
+}
+
+class Desktop : public testing::Test {
+ protected:
+  void nameDesktop(const std::string& line) {
+    std::filesystem::create_directories(home.path(".config"));
+    home.write(".config/user-dirs.dirs", line);
+  }
+
+  TemporaryFolder home;
+  ScopedVariable homeVariable{"HOME", home.path().c_str()};
+  ScopedVariable configVariable{"XDG_CONFIG_HOME", nullptr};
+};
+
+TEST_F(Desktop, IsMadeInTheHomeFolder) {
+  EXPECT_EQ(desktopFolder(), home.path("Desktop"));
+  EXPECT_TRUE(std::filesystem::is_directory(home.path("Desktop")));
+  EXPECT_EQ(desktopFolder(), home.path("Desktop"));
+}
+
+TEST_F(Desktop, IsTheOneThatTheDesktopEnvironmentNames) {
+  nameDesktop("XDG_DESKTOP_DIR=\"$HOME/Schreibtisch/neu\"\n");
+  EXPECT_EQ(desktopFolder(), home.path("Schreibtisch/neu"));
+  EXPECT_TRUE(std::filesystem::is_directory(home.path("Schreibtisch/neu")));
+}
+
+TEST_F(Desktop, IsNotTheHomeFolderItself) {
+  for (const char* line : {"XDG_DESKTOP_DIR=\"$HOME/\"\n", "XDG_DESKTOP_DIR=\"$HOME\"\n"}) {
+    nameDesktop(line);
+    EXPECT_EQ(desktopFolder(), home.path("Desktop")) << line;
+  }
+}
+
+TEST_F(Desktop, WithoutAHomeIsMadeWhereTemporaryFilesGo) {
+  const TemporaryFolder temporary;
+  const ScopedVariable place("TMPDIR", temporary.path().c_str());
+  const ScopedVariable nowhere("HOME", "/nowhere/at/all");
+  EXPECT_EQ(desktopFolder(), temporary.path("Desktop"));
+}
+
+TEST(DesktopOfTheSystem, IsUsedWithoutAHomeVariable) {
+  const ScopedVariable home("HOME", nullptr);
+  // Where it is, not whether it can be made: the account that runs the tests may be of any kind.
+  const std::string listed = getpwuid(getuid())->pw_dir;
+  if (!std::filesystem::is_directory(std::filesystem::path(listed) / "Desktop")) {
+    GTEST_SKIP() << "would make a folder in the home of this account";
+  }
+  EXPECT_EQ(desktopFolder(), listed + "/Desktop");
+}
+
+}  // namespace
+}  // namespace platform

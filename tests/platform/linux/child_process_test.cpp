@@ -1,0 +1,197 @@
+// SPDX-FileCopyrightText: 2026 Halvik
+// SPDX-License-Identifier: Apache-2.0
+
+#include "platform/child_process.h"
+
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <filesystem>
+#include <future>
+#include <iterator>
+#include <system_error>
+
+#include "support/application.h"
+#include "support/temporary_folder.h"
+
+namespace platform {
+namespace {
+
+using Stream = ChildProcess::Stream;
+
+std::size_t openDescriptors() {
+  const std::filesystem::directory_iterator listing("/proc/self/fd");
+  return static_cast<std::size_t>(std::distance(begin(listing), end(listing)));
+}
+
+// A shell command line with its handlers counted.
+class Shell {
+ public:
+  explicit Shell(const std::string& line)
+      : child(support::application().descriptors(), "/bin/sh", {"-c", line}) {
+    child.observeTermination([this] { ended = true; });
+    child.waitForData(Stream::output, [this] {
+      ++dataEvents;
+      child.readAvailable(Stream::output, output);
+    });
+    child.waitForData(Stream::error, [this] { child.readAvailable(Stream::error, error); });
+  }
+
+  void run() {
+    child.launch();
+    support::turnUntil([this] { return ended; });
+    child.readToEnd(output, error);
+  }
+
+  ChildProcess child;
+  ByteBuffer output;
+  ByteBuffer error;
+  bool ended = false;
+  int dataEvents = 0;
+};
+
+std::string outputOf(const std::string& line) {
+  Shell shell(line);
+  shell.run();
+  return std::string(shell.output.view());
+}
+
+TEST(ChildProcess, IsReadWhileItRuns) {
+  const support::TemporaryFolder folder;
+  Shell shell("echo early; while [ ! -e " + folder.path("go") + " ]; do :; done; echo late");
+  shell.child.launch();
+  support::turnUntil([&] { return shell.output.view() == "early\n"; });
+  EXPECT_FALSE(shell.ended);
+  folder.write("go", "");
+  support::turnUntil([&] { return shell.ended; });
+  shell.child.readToEnd(shell.output, shell.error);
+  EXPECT_EQ(shell.output.view(), "early\nlate\n");
+}
+
+TEST(ChildProcess, IsNotAskedForMoreAfterTheEndOfAStream) {
+  Shell shell("exec >&-; exec 2>&-; exec tail -f /dev/null");
+  shell.child.launch();
+  support::turnUntil([&] { return shell.dataEvents == 1; });
+  // The descriptor is closed by now; a watch that had stayed would fire on every turn.
+  for (int i = 0; i < 10; ++i) {
+    support::application().post([] {});
+    support::application().turn();
+  }
+  EXPECT_EQ(shell.dataEvents, 1);
+  EXPECT_FALSE(shell.ended);
+}
+
+TEST(ChildProcess, InheritsInputEnvironmentAndFolder) {
+  EXPECT_EQ(outputOf("pwd"), std::filesystem::current_path().string() + '\n');
+  setenv("HALVIK_TEST_VARIABLE", "a value", 1);
+  EXPECT_EQ(outputOf("echo \"$HALVIK_TEST_VARIABLE\""), "a value\n");
+  unsetenv("HALVIK_TEST_VARIABLE");
+
+  std::array<int, 2> ends;
+  ASSERT_EQ(pipe(ends.data()), 0);
+  const int before = dup(STDIN_FILENO);
+  dup2(ends[0], STDIN_FILENO);
+  ASSERT_EQ(write(ends[1], "typed\n", 6), 6);
+  EXPECT_EQ(outputOf("read line; echo \"$line\""), "typed\n");
+  dup2(before, STDIN_FILENO);
+  for (const int fd : {ends[0], ends[1], before}) {
+    close(fd);
+  }
+}
+
+TEST(ChildProcess, HasOnlyTheThreeStandardDescriptors) {
+  std::array<int, 2> inheritable;
+  ASSERT_EQ(pipe(inheritable.data()), 0);
+  // The shell lists its own folder without another process; the fourth is the one that it lists
+  // with.
+  const Shell sibling(":");
+  EXPECT_EQ(outputOf("cd /proc/self/fd && echo [0-9]*"), outputOf("echo 0 1 2 3"));
+  close(inheritable[0]);
+  close(inheritable[1]);
+}
+
+TEST(ChildProcess, HasDefaultSignals) {
+  sigset_t all;
+  sigset_t before;
+  sigfillset(&all);
+  const auto oldInt = std::signal(SIGINT, SIG_IGN);
+  const auto oldPipe = std::signal(SIGPIPE, SIG_IGN);
+  sigprocmask(SIG_SETMASK, &all, &before);
+  const std::string masks = [] {
+    Shell shell("grep -E '^Sig(Blk|Ign)' /proc/self/status; yes | head -1");
+    shell.child.launch();
+    support::turnUntil([&] { return shell.ended; });
+    shell.child.readToEnd(shell.output, shell.error);
+    return std::string(shell.output.view());
+  }();
+  sigprocmask(SIG_SETMASK, &before, nullptr);
+  std::signal(SIGINT, oldInt);
+  std::signal(SIGPIPE, oldPipe);
+  EXPECT_NE(masks.find("SigBlk:\t0000000000000000\n"), std::string::npos) << masks;
+  // Signals 32 and 33 belong to the C library, which never gives them back.
+  EXPECT_NE(masks.find("0000\n", masks.find("SigIgn:")), std::string::npos) << masks;
+  EXPECT_TRUE(masks.ends_with("y\n"));
+}
+
+TEST(ChildProcess, LeavesNothingBehind) {
+  outputOf(":");
+  const std::size_t before = openDescriptors();
+  for (int i = 0; i < 20; ++i) {
+    outputOf("echo x; echo y >&2");
+  }
+  EXPECT_EQ(openDescriptors(), before);
+  EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1);
+  EXPECT_EQ(errno, ECHILD);
+}
+
+TEST(ChildProcess, ThatCannotBeLaunchedLeavesNothingBehind) {
+  const std::size_t before = openDescriptors();
+  {
+    ChildProcess child(support::application().descriptors(), "/no/such/tool", {});
+    EXPECT_THROW(child.launch(), std::system_error);
+  }
+  EXPECT_EQ(openDescriptors(), before);
+}
+
+TEST(ChildProcess, ThatStillRunsIsAskedToEndWithItsOwner) {
+  const support::TemporaryFolder folder;
+  int status = 0;
+  {
+    Shell shell("trap 'exit 7' TERM; echo ready; while :; do :; done");
+    shell.child.launch();
+    support::turnUntil([&] { return shell.output.view() == "ready\n"; });
+  }
+  ASSERT_GT(waitpid(-1, &status, 0), 0);
+  EXPECT_EQ(WEXITSTATUS(status), 7);
+}
+
+TEST(ChildProcess, FailsWithAReasonWhenThereAreNoDescriptorsLeft) {
+  rlimit before{};
+  getrlimit(RLIMIT_NOFILE, &before);
+  const rlimit none{.rlim_cur = 3, .rlim_max = before.rlim_max};
+  setrlimit(RLIMIT_NOFILE, &none);
+  std::string reason;
+  try {
+    const ChildProcess child(support::application().descriptors(), "/bin/true", {});
+  } catch (const std::system_error& error) {
+    reason = error.what();
+  }
+  setrlimit(RLIMIT_NOFILE, &before);
+  EXPECT_EQ(reason, "cannot run /bin/true: Too many open files");
+}
+
+TEST(ChildProcess, ReadsMoreThanAPipeHolds) {
+  Shell shell("head -c 5000000 /dev/zero; head -c 3000000 /dev/zero >&2");
+  shell.run();
+  EXPECT_EQ(shell.output.view(), std::string(5'000'000, '\0'));
+  EXPECT_EQ(shell.error.view(), std::string(3'000'000, '\0'));
+}
+
+}  // namespace
+}  // namespace platform

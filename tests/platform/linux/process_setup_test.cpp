@@ -1,0 +1,63 @@
+// SPDX-FileCopyrightText: 2026 Halvik
+// SPDX-License-Identifier: Apache-2.0
+
+#include "platform/process_setup.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+
+namespace platform {
+namespace {
+
+rlim_t softLimit() {
+  rlimit limit{};
+  getrlimit(RLIMIT_NOFILE, &limit);
+  return limit.rlim_cur;
+}
+
+// Each case begins in a process of its own, since the set-up is one of the process.
+TEST(ProcessSetupDeathTest, OpensMissingStandardDescriptors) {
+  EXPECT_EXIT(
+      {
+        for (const int fd : {0, 1, 2}) {
+          close(fd);
+        }
+        setUpProcess();
+        char byte = 0;
+        const bool readable = read(0, &byte, 1) >= 0 || errno != EBADF;
+        const bool writable = write(1, &byte, 1) >= 0 || write(2, &byte, 1) >= 0;
+        const bool free = open("/dev/null", O_RDONLY) > 2;
+        std::_Exit(!readable && !writable && free ? 0 : 1);
+      },
+      testing::ExitedWithCode(0), "");
+}
+
+TEST(ProcessSetup, RaisesTheLimitForItselfAndNotForItsCommands) {
+  rlimit limit{};
+  getrlimit(RLIMIT_NOFILE, &limit);
+  EXPECT_EQ(limit.rlim_cur, limit.rlim_max);
+  {
+    const StartingDescriptorLimit starting;
+    EXPECT_LE(softLimit(), limit.rlim_max);
+  }
+  EXPECT_EQ(softLimit(), limit.rlim_max);
+}
+
+TEST(ProcessSetup, TurnsClosedPipesAndFullQuotasIntoErrors) {
+  struct sigaction action {};
+  for (const int signal : {SIGPIPE, SIGXFSZ}) {
+    sigaction(signal, nullptr, &action);
+    EXPECT_EQ(action.sa_handler, SIG_IGN);
+  }
+  sigaction(SIGCHLD, nullptr, &action);
+  EXPECT_EQ(action.sa_handler, SIG_DFL);
+}
+
+}  // namespace
+}  // namespace platform

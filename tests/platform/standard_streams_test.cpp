@@ -1,0 +1,98 @@
+// SPDX-FileCopyrightText: 2026 Halvik
+// SPDX-License-Identifier: Apache-2.0
+
+#include "platform/standard_streams.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <string>
+#include <system_error>
+#include <thread>
+
+namespace platform {
+namespace {
+
+class Pipe {
+ public:
+  Pipe() { EXPECT_EQ(pipe(ends.data()), 0); }
+  ~Pipe() {
+    closeReadEnd();
+    closeWriteEnd();
+  }
+  Pipe(const Pipe&) = delete;
+  Pipe& operator=(const Pipe&) = delete;
+  void closeReadEnd() { shut(0); }
+  void closeWriteEnd() { shut(1); }
+  int readEnd() const { return ends[0]; }
+  int writeEnd() const { return ends[1]; }
+
+ private:
+  void shut(std::size_t i) {
+    if (ends[i] >= 0) {
+      close(ends[i]);
+      ends[i] = -1;
+    }
+  }
+  std::array<int, 2> ends{};
+};
+
+// Standard output replaced by another descriptor for the time of a test.
+class StandardOutput {
+ public:
+  explicit StandardOutput(int fd) : before(dup(STDOUT_FILENO)) { dup2(fd, STDOUT_FILENO); }
+  ~StandardOutput() {
+    dup2(before, STDOUT_FILENO);
+    close(before);
+  }
+  StandardOutput(const StandardOutput&) = delete;
+  StandardOutput& operator=(const StandardOutput&) = delete;
+
+ private:
+  int before;
+};
+
+TEST(StandardStreams, WritesAllBytesAlsoWhereItHasToWait) {
+  const std::string bytes(3'000'000, 'x');
+  for (const int flags : {0, O_NONBLOCK}) {
+    Pipe pipe;
+    fcntl(pipe.writeEnd(), F_SETFL, flags);
+    std::size_t received = 0;
+    std::thread reader([&] {
+      std::array<char, 4096> block;
+      for (ssize_t count = 1; count > 0; received += static_cast<std::size_t>(count)) {
+        count = read(pipe.readEnd(), block.data(), block.size());
+      }
+    });
+    EXPECT_EQ(writeAll(pipe.writeEnd(), bytes), 0);
+    pipe.closeWriteEnd();
+    reader.join();
+    EXPECT_EQ(received, bytes.size());
+  }
+}
+
+TEST(StandardStreams, ReportsTheSystemsError) {
+  EXPECT_EQ(writeAll(-1, "x"), EBADF);
+  EXPECT_EQ(writeAll(-1, ""), 0);
+}
+
+TEST(StandardStreams, AReaderThatHasGoneIsNoError) {
+  Pipe pipe;
+  pipe.closeReadEnd();
+  const StandardOutput replaced(pipe.writeEnd());
+  EXPECT_NO_THROW(writeStandardOutput("x"));
+}
+
+TEST(StandardStreams, AFullDiskIsAnError) {
+  const int full = open("/dev/full", O_WRONLY | O_CLOEXEC);
+  ASSERT_GE(full, 0);
+  const StandardOutput replaced(full);
+  EXPECT_THROW(writeStandardOutput("x"), std::system_error);
+  close(full);
+}
+
+}  // namespace
+}  // namespace platform

@@ -1,0 +1,119 @@
+// SPDX-FileCopyrightText: 2026 Halvik
+// SPDX-License-Identifier: Apache-2.0
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "support/environment.h"
+#include "support/http_server.h"
+#include "support/process_controller.h"
+#include "support/temporary_folder.h"
+
+// Deliveries that end the process are tested with the whole program; here the window is missing but
+// the run is not silent, so that the process goes on.
+
+namespace app {
+namespace {
+
+diagnostics::Endpoints endpointsAt(const std::string& url) {
+  diagnostics::Endpoints endpoints = diagnostics::builtInEndpoints();
+  endpoints.submitUrl = url;
+  return endpoints;
+}
+
+// Remembers the outcome and does nothing else with it.
+class Uploading final : public MainController {
+ public:
+  explicit Uploading(const std::string& url)
+      : MainController(support::application(), endpointsAt(url)) {
+    awakeFromNib();
+  }
+  void onHttpDone(const report::Http& client) override { outcome = client.reply(); }
+  void onHttpError(const report::Http& /*client*/) override { outcome = "failed"; }
+
+  Text outcome;
+};
+
+std::string uploadedBody(const std::string& results) {
+  std::string request;
+  {
+    support::HttpServer server({[&](const support::ServerConnection& connection) {
+      request = connection.readRequest();
+      connection.send(support::reply("200 OK", "done"));
+    }});
+    Uploading controller(server.url());
+    controller.results = results;
+    EXPECT_TRUE(controller.submitResults());
+    support::turnUntil([&] { return controller.outcome.has_value(); });
+    EXPECT_EQ(controller.outcome, "done");
+    EXPECT_EQ(controller.results, results);
+  }
+  const std::string body = request.substr(request.find("\r\n\r\n") + 4);
+  EXPECT_GE(body.size(), 110U);
+  return body.substr(87, body.size() - 110);
+}
+
+TEST(Delivery, AReportThatFitsIsUploadedWhole) {
+  EXPECT_EQ(uploadedBody("x"), "x");
+  const std::string million = "tail" + std::string(999'996, 'x');
+  EXPECT_EQ(uploadedBody(million), million);
+}
+
+TEST(Delivery, ALargerReportIsUploadedTrimmed) {
+  const std::string separator(45, '-');
+  const std::string report = separator + "tail" + std::string(1'000'001 - 49, 'x');
+  EXPECT_EQ(uploadedBody(report), report.substr(0, 1'000'001 - 28) + "<This log has been trimmed>");
+}
+
+TEST(Delivery, IsMeasuredAndUploadedUpToTheFirstNul) {
+  EXPECT_EQ(uploadedBody(std::string("a\0b", 3)), "a");
+  EXPECT_EQ(uploadedBody("tail" + std::string(1, '\0') + std::string(2'000'000, 'x')), "tail");
+}
+
+TEST(Delivery, AnEmptyReportFailsAtOnce) {
+  for (const std::string& results : {std::string(), std::string("\0x", 2)}) {
+    Uploading controller("http://127.0.0.1:1/");
+    controller.results = results;
+    controller.submitResults();
+    EXPECT_EQ(controller.outcome, "failed");
+  }
+}
+
+TEST(Delivery, KeepsTheReplyAsReceived) {
+  support::HttpServer server(
+      {support::answer(support::reply("200 OK", " https://r.example/1 \n"))});
+  MainController controller(support::application(), endpointsAt(server.url()));
+  controller.awakeFromNib();
+  controller.results = "x";
+  controller.submitResults();
+  support::turnUntil([&] { return !controller.resultsUrl.empty(); });
+  EXPECT_EQ(controller.resultsUrl, " https://r.example/1 \n");
+}
+
+class SavedReport : public testing::Test {
+ protected:
+  support::TemporaryFolder home;
+  support::ScopedVariable variable{"HOME", home.path().c_str()};
+  support::ScopedVariable config{"XDG_CONFIG_HOME", home.path("config").c_str()};
+};
+
+TEST_F(SavedReport, HoldsTheWholeText) {
+  MainController controller(support::application());
+  controller.isSilent = true;
+  controller.results = std::string("a\0b", 3) + std::string(1'200'000, 'x') + "tail";
+  controller.saveToDesktop();
+  EXPECT_EQ(support::contentsOf(home.path("Desktop/diagnostic_results.txt")), controller.results);
+}
+
+TEST_F(SavedReport, ThatCannotBeWrittenIsLogged) {
+  MainController controller(support::application());
+  controller.isSilent = true;
+  controller.results = "x";
+  testing::internal::CaptureStderr();
+  controller.writeToPath(home.path("missing/report.txt"));
+  EXPECT_THAT(testing::internal::GetCapturedStderr(),
+              testing::EndsWith("] could not save diagnostic_results.txt\n"));
+}
+
+}  // namespace
+}  // namespace app

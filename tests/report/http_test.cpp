@@ -1,0 +1,255 @@
+// SPDX-FileCopyrightText: 2026 Halvik
+// SPDX-License-Identifier: Apache-2.0
+
+#include "report/http.h"
+
+#include <gtest/gtest.h>
+
+#include "support/application.h"
+#include "support/http_server.h"
+
+namespace report {
+namespace {
+
+using support::HttpServer;
+using support::ServerConnection;
+
+struct Outcome final : HttpProtocol {
+  void onHttpDone(const Http& client) override { record("done", client); }
+  void onHttpError(const Http& client) override { record("error", client); }
+
+  void record(const char* callback, const Http& client) {
+    ++calls;
+    name = callback;
+    didResponseSucceed = client.didResponseSucceed();
+    responseCode = client.responseCode();
+    reply = client.reply();
+  }
+
+  int calls = 0;
+  std::string name;
+  bool didResponseSucceed = false;
+  std::int64_t responseCode = -1;
+  std::optional<std::string> reply;
+};
+
+constexpr std::chrono::milliseconds patient{60'000};
+
+Outcome upload(const std::string& url, const std::string& data,
+               std::chrono::milliseconds stallLimit = patient) {
+  Outcome outcome;
+  const Http client(url, data, outcome, stallLimit);
+  support::turnUntil([&] { return outcome.calls > 0; });
+  EXPECT_EQ(outcome.calls, 1);
+  return outcome;
+}
+
+TEST(Http, PostsTheDataAsAFormWithOneFile) {
+  std::string request;
+  const std::string data("every\0byte\r\n--0xKhTmLbOuNdArY--\r\n\xff", 33);
+  const Outcome outcome = [&] {
+    const HttpServer server({[&](const ServerConnection& connection) {
+      request = connection.readRequest();
+      connection.send(support::reply("200 OK", "https://results.example/1"));
+    }});
+    return upload(server.url("/diagnosticsubmit?x=1"), data);
+  }();
+  EXPECT_EQ(outcome.name, "done");
+  EXPECT_EQ(outcome.reply, "https://results.example/1");
+  EXPECT_TRUE(request.starts_with("POST /diagnosticsubmit?x=1 HTTP/1.1\r\n")) << request;
+  EXPECT_NE(request.find("\r\nContent-Type: multipart/form-data; boundary=0xKhTmLbOuNdArY\r\n"),
+            std::string::npos);
+  EXPECT_NE(request.find("\r\nContent-Length: " + std::to_string(data.size() + 110) + "\r\n"),
+            std::string::npos);
+  EXPECT_EQ(request.substr(request.find("\r\n\r\n") + 4),
+            "--0xKhTmLbOuNdArY\r\nContent-Disposition: form-data; name=\"file\"; "
+            "filename=\"test.bin\"\r\n\r\n" +
+                data + "\r\n--0xKhTmLbOuNdArY--\r\n");
+}
+
+struct ReplyCase {
+  const char* name;
+  std::string bytes;
+  const char* callback;
+  bool didResponseSucceed;
+  std::int64_t responseCode;
+  std::optional<std::string> reply;
+};
+
+TEST(Http, JudgesAReplyByItsBodyAndItsStatus) {
+  const std::vector<ReplyCase> cases{
+      {"200", support::reply("200 OK", "url"), "done", true, 200, "url"},
+      {"200 empty", support::reply("200 OK", ""), "error", false, 0, std::nullopt},
+      {"204", "HTTP/1.1 204 No Content\r\n\r\n", "error", false, 0, std::nullopt},
+      {"200 not UTF-8", support::reply("200 OK", "\xff"), "done", true, 200, std::nullopt},
+      {"300", support::reply("300 Multiple Choices", "url"), "done", true, 300, "url"},
+      // The toolkit takes this for an empty reply.
+      {"302 to nowhere", support::reply("302 Found", "moved"), "error", false, 0, std::nullopt},
+      {"400", support::reply("400 Bad Request", "x"), "error", false, 400, "x"},
+      {"401", support::reply("401 Unauthorized", "x"), "error", false, 401, "x"},
+      {"404", support::reply("404 Not Found", "gone"), "error", false, 404, "gone"},
+      {"404 empty", support::reply("404 Not Found", ""), "error", false, 0, std::nullopt},
+      {"418", support::reply("418 Teapot", "tea"), "error", false, 418, "tea"},
+      {"500", support::reply("500 Oops", "sorry"), "error", false, 500, "sorry"},
+      {"500 empty", support::reply("500 Oops", ""), "error", false, 0, std::nullopt},
+      {"without a length", "HTTP/1.1 200 OK\r\n\r\nurl", "done", true, 200, "url"},
+      {"closed before the head", "", "error", false, 0, std::nullopt},
+      {"closed inside the head", "HTTP/1.1 200 OK\r\nContent-", "error", false, 0, std::nullopt},
+      {"closed behind the head", "HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\n", "error", false, 0,
+       std::nullopt},
+      {"closed inside the body", "HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\nhttp", "error", true,
+       200, "http"},
+      {"closed inside a 404", "HTTP/1.1 404 Not Found\r\nContent-Length: 9\r\n\r\ngone", "error",
+       false, 404, "gone"},
+      {"chunked", "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n3\r\nurl\r\n0\r\n\r\n",
+       "done", true, 200, "url"},
+      {"no HTTP at all", "SSH-2.0-x\r\n\r\n", "error", false, 0, std::nullopt},
+  };
+  for (const ReplyCase& one : cases) {
+    // A connection that closes before any reply byte is tried once more by the HTTP layer, so two
+    // are served.
+    const HttpServer server({support::answer(one.bytes), support::answer(one.bytes)});
+    const Outcome outcome = upload(server.url(), "data");
+    EXPECT_EQ(outcome.name, one.callback) << one.name;
+    EXPECT_EQ(outcome.didResponseSucceed, one.didResponseSucceed) << one.name;
+    EXPECT_EQ(outcome.responseCode, one.responseCode) << one.name;
+    EXPECT_EQ(outcome.reply, one.reply) << one.name;
+  }
+}
+
+// Serves a reply in two pieces, the second one after the client has handled the first.
+class TwoPieces {
+ public:
+  Outcome upload(const std::string& first, const std::string& second) {
+    const HttpServer server({[&](const ServerConnection& connection) {
+      connection.readRequest();
+      connection.send(support::reply("200 OK", first + second)
+                          .substr(0, headSize(first + second) + first.size()));
+      firstHandled.get_future().wait();
+      connection.send(second);
+    }});
+    Outcome outcome;
+    const Http client(server.url(), "data", outcome, patient);
+    support::turnUntil([&] { return client.reply().has_value(); });
+    EXPECT_EQ(client.reply(), first);
+    EXPECT_EQ(outcome.calls, 0);
+    firstHandled.set_value();
+    support::turnUntil([&] { return outcome.calls > 0; });
+    return outcome;
+  }
+
+ private:
+  static std::size_t headSize(const std::string& body) {
+    return support::reply("200 OK", body).size() - body.size();
+  }
+
+  std::promise<void> firstHandled;
+};
+
+TEST(Http, KeepsTheLastPieceOfTheReplyOnly) {
+  const Outcome outcome = TwoPieces().upload("https://", "results.example/2");
+  EXPECT_EQ(outcome.name, "done");
+  EXPECT_EQ(outcome.reply, "results.example/2");
+}
+
+TEST(Http, DecodesEachPieceByItself) {
+  const Outcome outcome = TwoPieces().upload("caf\xC3\xA9", "\xC3");
+  EXPECT_EQ(outcome.name, "done");
+  EXPECT_EQ(outcome.reply, std::nullopt);
+}
+
+TEST(Http, FollowsARedirectToAPage) {
+  std::string second;
+  const Outcome outcome = [&] {
+    const HttpServer server(
+        {support::answer(support::reply("302 Found", "moved", "Location: /page\r\n")),
+         [&](const ServerConnection& connection) {
+           second = connection.readRequest();
+           connection.send(support::reply("200 OK", "page"));
+         }});
+    return upload(server.url(), "data");
+  }();
+  EXPECT_EQ(outcome.name, "done");
+  EXPECT_EQ(outcome.reply, "page");
+  EXPECT_TRUE(second.starts_with("GET /page ")) << second;
+}
+
+TEST(Http, SendsTheDataAgainWhereARedirectAsksForIt) {
+  std::string second;
+  const Outcome outcome = [&] {
+    const HttpServer server(
+        {support::answer(support::reply("307 Temporary Redirect", "", "Location: /again\r\n")),
+         [&](const ServerConnection& connection) {
+           second = connection.readRequest();
+           connection.send(support::reply("200 OK", "again"));
+         }});
+    return upload(server.url(), "data");
+  }();
+  EXPECT_EQ(outcome.name, "done");
+  EXPECT_TRUE(second.starts_with("POST /again ")) << second;
+  EXPECT_NE(second.find("\r\n\r\ndata\r\n--0xKhTmLbOuNdArY--\r\n"), std::string::npos);
+}
+
+TEST(Http, FailsWithoutAServer) {
+  std::string url;
+  {
+    const HttpServer gone({});
+    url = gone.url();
+  }
+  const Outcome outcome = upload(url, "data");
+  EXPECT_EQ(outcome.name, "error");
+  EXPECT_EQ(outcome.responseCode, 0);
+}
+
+TEST(Http, FailsWhenNothingMoves) {
+  const std::vector<std::string> starts{"", "HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\n",
+                                        "HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\nhttp"};
+  for (const std::string& start : starts) {
+    const HttpServer server({[&](const ServerConnection& connection) {
+      connection.readRequest();
+      connection.send(start);
+      connection.waitForClose();
+    }});
+    const Outcome outcome = upload(server.url(), "data", std::chrono::milliseconds(200));
+    EXPECT_EQ(outcome.name, "error");
+    EXPECT_EQ(outcome.didResponseSucceed, start.ends_with("http"));
+  }
+}
+
+TEST(Http, WaitsSixtySecondsByItself) {
+  EXPECT_EQ(Http::usualStallLimit, patient);
+}
+
+TEST(Http, ReportsBeforeItsConstructorReturnsWhenThereIsNothingToSend) {
+  Outcome outcome;
+  const Http client("http://127.0.0.1:1/", "", outcome);
+  EXPECT_EQ(outcome.name, "error");
+  EXPECT_FALSE(outcome.didResponseSucceed);
+  EXPECT_EQ(outcome.responseCode, 0);
+}
+
+TEST(Http, ReportsBeforeItsConstructorReturnsWhenThereIsNowhereToSendTo) {
+  for (const char* url : {"", "no url", "http://", "/diagnosticsubmit", "ftp://127.0.0.1/"}) {
+    Outcome outcome;
+    const Http client(url, "data", outcome);
+    EXPECT_EQ(outcome.name, "error") << url;
+  }
+}
+
+TEST(Http, SendsALargeReportWhole) {
+  const std::string data(20'000'000, 'x');
+  std::size_t received = 0;
+  const Outcome outcome = [&] {
+    const HttpServer server({[&](const ServerConnection& connection) {
+      const std::string request = connection.readRequest();
+      received = request.size() - request.find("\r\n\r\n") - 4;
+      connection.send(support::reply("200 OK", "url"));
+    }});
+    return upload(server.url(), data);
+  }();
+  EXPECT_EQ(outcome.name, "done");
+  EXPECT_EQ(received, data.size() + 110);
+}
+
+}  // namespace
+}  // namespace report

@@ -1,0 +1,61 @@
+// SPDX-FileCopyrightText: 2026 Halvik
+// SPDX-License-Identifier: Apache-2.0
+
+#include "report/report.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+namespace report {
+namespace {
+
+const std::string hyphens(45, '-');
+
+TEST(Report, TheSeparatorIsFortyFiveHyphens) {
+  EXPECT_EQ(separator, hyphens);
+}
+
+TEST(Report, ABlockHoldsWhatWasPrinted) {
+  const std::vector<std::pair<ResultBlock, std::string>> cases{
+      {{"cmd", std::nullopt, std::nullopt}, "Results for: cmd\n"},
+      {{"cmd", "", ""}, "Results for: cmd\n"},
+      {{"cmd", "out", std::nullopt}, "Results for: cmd\nstdout:\nout\n"},
+      {{"cmd", "out\n", ""}, "Results for: cmd\nstdout:\nout\n\n"},
+      {{"cmd", std::nullopt, "err\n"}, "Results for: cmd\nstderr:\nerr\n\n"},
+      {{"cmd", "out\n", "err"}, "Results for: cmd\nstdout:\nout\n\nstderr:\nerr\n"},
+  };
+  for (const auto& [block, text] : cases) {
+    EXPECT_EQ(formatBlock(block), hyphens + text);
+  }
+}
+
+TEST(Report, JoinsHeadAndBlocksInOrder) {
+  const std::vector<ResultBlock> blocks{{"first", "1\n", std::nullopt}, {"second", "", "2\n"}};
+  const std::string body = hyphens + "Results for: first\nstdout:\n1\n\n" + hyphens +
+                           "Results for: second\nstderr:\n2\n\n";
+  EXPECT_EQ(buildReport(std::nullopt, std::nullopt, blocks), body);
+  EXPECT_EQ(buildReport("acme-office", std::nullopt, blocks),
+            "Halvik account: acme-office\n" + body);
+  EXPECT_EQ(buildReport(std::nullopt, "12345", blocks), "Halvik ticket: 12345\n" + body);
+  EXPECT_EQ(buildReport("acme-office", "12345", blocks),
+            "Halvik account: acme-office\nHalvik ticket: 12345\n" + body);
+  EXPECT_EQ(buildReport(std::nullopt, std::nullopt, {}), "");
+}
+
+TEST(Report, KeepsEveryByteOfAText) {
+  const std::string text("a\0b\xC3\xA9", 5);
+  const std::vector<ResultBlock> blocks{{"cmd", text, std::nullopt}};
+  EXPECT_EQ(buildReport(std::nullopt, std::nullopt, blocks),
+            hyphens + "Results for: cmd\nstdout:\n" + text + '\n');
+}
+
+TEST(Report, IsBuiltInABufferOfItsOwnSize) {
+  const std::string text(1'000'000, 'x');
+  const std::vector<ResultBlock> blocks{{"cmd", text, text}};
+  const std::string built = buildReport(std::nullopt, std::nullopt, blocks);
+  EXPECT_EQ(built.capacity(), built.size());
+}
+
+}  // namespace
+}  // namespace report
