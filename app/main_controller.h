@@ -159,6 +159,8 @@ class MainController : public platform::ApplicationDelegate,
  private:
   platform::Application& application;
   const diagnostics::Endpoints endpoints;
+  /// Expires with the controller: what waits in the main loop asks whether there still is one.
+  const std::shared_ptr<const bool> lifetime = std::make_shared<const bool>(true);
 };
 
 }  // namespace app

@@ -18,7 +18,10 @@ bool MainController::didAllTestsFinished() const {
 }
 
 void MainController::updateProgress() {
-  application.post([this] {
+  application.post([this, controller = std::weak_ptr(lifetime)] {
+    if (controller.expired()) {
+      return;
+    }
     const std::uint32_t done = finishedTasksCount();
     textStatus.send(&ui::Label::setStringValue, "Please wait. Finished " + std::to_string(done) +
                                                     " out of " + std::to_string(processes.size()) +
