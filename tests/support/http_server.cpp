@@ -72,12 +72,18 @@ HttpServer::HttpServer(std::vector<Behaviour> behaviours)
   }
   port = ntohs(address.sin_port);
   thread = std::thread([this, todo = std::move(behaviours)] {
-    for (std::size_t i = 0; !todo.empty(); i = std::min(i + 1, todo.size() - 1)) {
+    std::size_t next = 0;
+    while (!todo.empty()) {
       const int fd = accept4(listener, nullptr, nullptr, SOCK_CLOEXEC);
       if (fd < 0) {
         return;
       }
-      todo[i](ServerConnection(fd));
+      // A client may open a connection in reserve and close it unused: that one does not count.
+      char first = 0;
+      if (recv(fd, &first, 1, MSG_PEEK) > 0) {
+        todo[next](ServerConnection(fd));
+        next = std::min(next + 1, todo.size() - 1);
+      }
       close(fd);
     }
   });
