@@ -33,9 +33,9 @@ class MainController : public platform::ApplicationDelegate,
  public:
   using Text = std::optional<std::string>;
 
-  /// `application` must outlive the controller.
-  explicit MainController(platform::Application& application,
-                          diagnostics::Endpoints endpoints = diagnostics::builtInEndpoints());
+  /// `owner` must outlive the controller; `asked` are the hosts that its runs ask.
+  explicit MainController(platform::Application& owner,
+                          diagnostics::Endpoints asked = diagnostics::builtInEndpoints());
   virtual ~MainController();
   MainController(const MainController&) = delete;
   MainController& operator=(const MainController&) = delete;

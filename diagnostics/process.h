@@ -28,8 +28,8 @@ inline constexpr std::string_view ProcessTerminatedNotification = "ProcessTermin
 /// restarted.
 class Process {
  public:
-  /// `descriptors` must outlive the process.
-  explicit Process(platform::DescriptorSet& descriptors);
+  /// `watched` must outlive the process.
+  explicit Process(platform::DescriptorSet& watched);
   ~Process();
   Process(const Process&) = delete;
   Process& operator=(const Process&) = delete;

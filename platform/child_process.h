@@ -24,9 +24,9 @@ class ChildProcess {
   enum class Stream { output, error };
   using Handler = std::function<void()>;
 
-  /// `descriptors` must outlive the child. Throws std::system_error, which names `launchPath`, when
+  /// `descriptorSet` must outlive the child. Throws std::system_error, which names `path`, when
   /// no pipe is to be had.
-  ChildProcess(DescriptorSet& descriptors, std::string launchPath, std::vector<std::string> args);
+  ChildProcess(DescriptorSet& descriptorSet, std::string path, std::vector<std::string> arguments);
 
   /// A command that still runs is sent the termination signal and left to itself.
   ~ChildProcess();

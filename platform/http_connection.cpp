@@ -15,7 +15,7 @@ namespace platform {
 namespace {
 
 QUrl toUrl(const std::string& text) {
-  return QUrl(QString::fromStdString(text), QUrl::StrictMode);
+  return {QString::fromStdString(text), QUrl::StrictMode};
 }
 
 QNetworkRequest toRequest(const HttpRequest& request, std::chrono::milliseconds stallLimit) {

@@ -53,7 +53,7 @@ std::string_view untilNul(std::string_view text) {
 
 std::string trimSpaces(std::string_view text) {
   const QString all = QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
-  const auto first = std::find_if_not(all.begin(), all.end(), isSpace);
+  const auto* const first = std::find_if_not(all.begin(), all.end(), isSpace);
   const auto last = std::find_if_not(all.rbegin(), std::make_reverse_iterator(first), isSpace);
   return QString(first, static_cast<qsizetype>(last.base() - first)).toStdString();
 }

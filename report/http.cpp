@@ -17,9 +17,9 @@ constexpr int firstErrorStatus = 400;
 
 }  // namespace
 
-Http::Http(const std::string& url, std::string_view data, HttpProtocol& receiver,
+Http::Http(std::string url, std::string_view data, HttpProtocol& receiver,
            std::chrono::milliseconds stallLimit)
-    : serverURL(url), delegate(receiver) {
+    : serverURL(std::move(url)), delegate(receiver) {
   upload(data, stallLimit);
 }
 

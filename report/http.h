@@ -42,9 +42,9 @@ class Http : private platform::HttpConnectionDelegate {
   static constexpr std::chrono::milliseconds usualStallLimit{60'000};
 
   /// Starts the upload of `data` to `url`. With no data, or with a URL that nothing can be sent to,
-  /// `delegate` is told before the constructor returns; otherwise later, from the main loop.
-  /// `delegate` must outlive the client.
-  Http(const std::string& url, std::string_view data, HttpProtocol& delegate,
+  /// `receiver` is told before the constructor returns; otherwise later, from the main loop.
+  /// `receiver` must outlive the client.
+  Http(std::string url, std::string_view data, HttpProtocol& receiver,
        std::chrono::milliseconds stallLimit = usualStallLimit);
 
   /// Whether reply data has arrived and the status was below 400.

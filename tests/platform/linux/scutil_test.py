@@ -174,7 +174,8 @@ class Resolved(ScutilTest):
                            "  if_index : 7 (tun0)\n")
 
     def test_wrapped_list(self):
-        self.write_links(dns="Global:\nLink 12 (enp0s31f6): 192.0.2.1\n        192.0.2.2 192.0.2.3\n        192.0.2.4\n",
+        self.write_links(dns="Global:\nLink 12 (enp0s31f6): 192.0.2.1\n        192.0.2.2 192.0.2.3\n"
+                             "        192.0.2.4\n",
                          domains="Global:\nLink 12 (enp0s31f6): a.example\n        ~b.example\n")
         self.assert_facts("domain   : b.example",
                           "search domain[0] : a.example",
@@ -224,7 +225,9 @@ class Resolved(ScutilTest):
 
     def test_odd_spellings_of_the_stub(self):
         self.write_links(dns="Global: 192.0.2.1\n", domains="Global:\n")
-        for content in (b"nameserver\t127.0.0.53\r\n", b"nameserver 127.0.0.53# stub\n", b"nameserver\nnameserver 127.0.0.53\n"):
+        for content in (b"nameserver\t127.0.0.53\r\n",
+                        b"nameserver 127.0.0.53# stub\n",
+                        b"nameserver\nnameserver 127.0.0.53\n"):
             with self.subTest(content):
                 self.write_resolv_conf(content)
                 self.assert_facts("nameserver[0] : 192.0.2.1")
