@@ -20,6 +20,7 @@
 #include "diagnostics/test_starter.h"
 #include "platform/application.h"
 #include "report/http.h"
+#include "report/report.h"
 #include "ui/controls.h"
 #include "ui/outlet.h"
 
@@ -139,7 +140,7 @@ class MainController : public platform::ApplicationDelegate,
   ui::Outlet<ui::Button> shareButton;
   Text txtHalvikAccount;
   Text txtTicketNo;
-  std::string results;
+  report::Report results;
   std::string resultsUrl;
   Text outputFile;
   bool isSilent = false;

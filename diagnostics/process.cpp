@@ -7,7 +7,6 @@
 #include <utility>
 
 #include "platform/notification_center.h"
-#include "platform/text.h"
 
 namespace diagnostics {
 
@@ -15,9 +14,9 @@ namespace {
 
 using Stream = platform::ChildProcess::Stream;
 
-std::optional<std::string_view> decode(const platform::ByteBuffer& data) {
-  const std::string_view text = data.view();
-  return platform::isUtf8(text) ? std::optional(text) : std::nullopt;
+std::optional<std::string_view> decode(const platform::ByteBuffer& data,
+                                       platform::Utf8Progress& check) {
+  return check.finish(data.view()) ? std::optional(data.view()) : std::nullopt;
 }
 
 }  // namespace
@@ -66,12 +65,14 @@ void Process::buildDisplayName(const std::string& launchPath, const std::vector<
 void Process::stdOutNotification() {
   if (!finished) {
     task->readAvailable(Stream::output, stdOutData);
+    stdOutCheck.advance(stdOutData.view());
   }
 }
 
 void Process::stdErrNotification() {
   if (!finished) {
     task->readAvailable(Stream::error, stdErrData);
+    stdErrCheck.advance(stdErrData.view());
   }
 }
 
@@ -83,8 +84,8 @@ void Process::terminatedNotification(const platform::ChildProcess& ended) {
   // passed over.
   finished = true;
   task->readToEnd(stdOutData, stdErrData);
-  stdOutStr = decode(stdOutData);
-  stdErrStr = decode(stdErrData);
+  stdOutStr = decode(stdOutData, stdOutCheck);
+  stdErrStr = decode(stdErrData, stdErrCheck);
   if (finishedTally) {
     ++*finishedTally;
   }

@@ -15,6 +15,7 @@
 
 #include "platform/byte_buffer.h"
 #include "platform/child_process.h"
+#include "platform/text.h"
 #include "report/report.h"
 
 namespace diagnostics {
@@ -68,6 +69,8 @@ class Process {
   bool finished = false;
 
   platform::DescriptorSet& descriptors;
+  platform::Utf8Progress stdOutCheck;
+  platform::Utf8Progress stdErrCheck;
   std::shared_ptr<std::uint32_t> finishedTally;
 };
 

@@ -42,13 +42,14 @@ void MainController::processTerminatedNotification() {
 void MainController::handleAllTestsFinished() {
   buildResults();
   if (isConsole) {
-    platform::writeStandardOutput(platform::untilNul(results));
-    platform::writeStandardOutput("\n");
+    platform::Pieces printed = platform::untilNul(results.pieces());
+    printed.emplace_back("\n");
+    platform::writeStandardOutput(printed);
   }
   const bool hasOutputFile = outputFile && !outputFile->empty();
   if (hasOutputFile) {
     writeToPath(*outputFile);
-    platform::writeStandardOutput("outputFile=" + *outputFile + '\n');
+    platform::writeStandardOutput({"outputFile=", *outputFile, "\n"});
   }
   if (isInternet || !isSilent || (!isConsole && !hasOutputFile)) {
     submitResults();

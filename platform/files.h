@@ -8,8 +8,9 @@
 
 #include <cstdint>
 #include <string>
-#include <string_view>
 #include <vector>
+
+#include "platform/text.h"
 
 namespace platform {
 
@@ -31,7 +32,7 @@ std::vector<FolderEntry> listFolder(const std::string& folder);
 /// Replaces the file at `path` by one that holds `bytes`, at once and whole: on failure the old
 /// file is untouched and nothing else is left behind. A link to a file stays a link. Anything but a
 /// regular file is never replaced. Returns whether it worked.
-bool writeAtomically(const std::string& path, std::string_view bytes);
+bool writeAtomically(const std::string& path, const Pieces& bytes);
 
 /// `path` with a leading "~" or "~user" replaced by that user's home folder; any other path
 /// unchanged.

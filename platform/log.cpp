@@ -40,7 +40,7 @@ void log(std::string_view message) {
   if (!message.ends_with('\n')) {
     line += '\n';
   }
-  writeAll(STDERR_FILENO, line);
+  writeAll(STDERR_FILENO, {line});
 }
 
 }  // namespace platform

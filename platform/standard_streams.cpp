@@ -4,25 +4,58 @@
 #include "platform/standard_streams.h"
 
 #include <poll.h>
+#include <sys/uio.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <climits>
+#include <span>
 #include <system_error>
 
 namespace platform {
 
-void writeStandardOutput(std::string_view bytes) {
+namespace {
+
+// As many pieces as one call takes; a report has several for each command.
+constexpr std::size_t piecesPerWrite = IOV_MAX;
+
+// Takes `count` written bytes off the front of `parts`.
+std::span<iovec> withoutWritten(std::span<iovec> parts, std::size_t count) {
+  while (!parts.empty() && count >= parts.front().iov_len) {
+    count -= parts.front().iov_len;
+    parts = parts.subspan(1);
+  }
+  if (!parts.empty()) {
+    parts.front().iov_base = static_cast<char*>(parts.front().iov_base) + count;
+    parts.front().iov_len -= count;
+  }
+  return parts;
+}
+
+}  // namespace
+
+void writeStandardOutput(const Pieces& bytes) {
   const int problem = writeAll(STDOUT_FILENO, bytes);
   if (problem != 0 && problem != EPIPE) {
     throw std::system_error(problem, std::generic_category(), "cannot write to standard output");
   }
 }
 
-int writeAll(int fd, std::string_view bytes) {
-  while (!bytes.empty()) {
-    const ssize_t count = write(fd, bytes.data(), bytes.size());
+int writeAll(int fd, const Pieces& bytes) {
+  std::vector<iovec> all;
+  all.reserve(bytes.size());
+  for (const std::string_view piece : bytes) {
+    if (!piece.empty()) {
+      all.push_back({.iov_base = const_cast<char*>(piece.data()), .iov_len = piece.size()});
+    }
+  }
+  std::span<iovec> parts(all);
+  while (!parts.empty()) {
+    const ssize_t count =
+        writev(fd, parts.data(), static_cast<int>(std::min(parts.size(), piecesPerWrite)));
     if (count >= 0) {
-      bytes.remove_prefix(static_cast<std::size_t>(count));
+      parts = withoutWritten(parts, static_cast<std::size_t>(count));
     } else if (errno == EAGAIN) {
       // Whoever shares the descriptor with us may have made it non-blocking.
       pollfd wait{.fd = fd, .events = POLLOUT, .revents = 0};

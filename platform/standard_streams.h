@@ -5,17 +5,17 @@
 
 #pragma once
 
-#include <string_view>
+#include "platform/text.h"
 
 namespace platform {
 
 /// Writes all of `bytes` to standard output, unbuffered. A reader that has gone away is not an
 /// error: it has seen what it wanted, and the rest of the delivery goes on. Throws
 /// std::system_error when the bytes cannot be written for any other reason.
-void writeStandardOutput(std::string_view bytes);
+void writeStandardOutput(const Pieces& bytes);
 
 /// Writes all of `bytes` to `fd`, waiting where it has to. Returns 0, or the number of the system's
 /// error.
-int writeAll(int fd, std::string_view bytes);
+int writeAll(int fd, const Pieces& bytes);
 
 }  // namespace platform

@@ -17,6 +17,10 @@ bool isContinuation(char byte) {
   return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
 }
 
+bool isLead(char byte) {
+  return static_cast<unsigned char>(byte) >= 0xC0U;
+}
+
 bool isSpace(QChar character) {
   return character == u'\t' || character.category() == QChar::Separator_Space;
 }
@@ -47,8 +51,56 @@ bool isInsideCharacter(std::string_view text, std::size_t position) {
   return position < text.size() && isContinuation(text[position]);
 }
 
+void Utf8Progress::advance(std::string_view text) {
+  // The last character may be incomplete: it is looked at with what comes next. It has three bytes
+  // behind its first.
+  std::size_t end = text.size();
+  for (int i = 0; i < 3 && end > checked && isContinuation(text[end - 1]); ++i) {
+    --end;
+  }
+  if (end > checked && isLead(text[end - 1])) {
+    --end;
+  }
+  check(text, end);
+}
+
+bool Utf8Progress::finish(std::string_view text) {
+  check(text, text.size());
+  return isValid;
+}
+
+void Utf8Progress::check(std::string_view text, std::size_t end) {
+  isValid = isValid && isUtf8(text.substr(checked, end - checked));
+  checked = end;
+}
+
 std::string_view untilNul(std::string_view text) {
   return text.substr(0, text.find('\0'));
+}
+
+Pieces untilNul(const Pieces& pieces) {
+  Pieces shortened;
+  shortened.reserve(pieces.size());
+  for (const std::string_view piece : pieces) {
+    shortened.push_back(untilNul(piece));
+    if (shortened.back().size() < piece.size()) {
+      break;
+    }
+  }
+  return shortened;
+}
+
+std::string join(const Pieces& pieces) {
+  std::size_t size = 0;
+  for (const std::string_view piece : pieces) {
+    size += piece.size();
+  }
+  std::string joined;
+  joined.reserve(size);
+  for (const std::string_view piece : pieces) {
+    joined += piece;
+  }
+  return joined;
 }
 
 std::string trimSpaces(std::string_view text) {

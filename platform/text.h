@@ -8,8 +8,15 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace platform {
+
+/// A text in pieces that are kept elsewhere.
+using Pieces = std::vector<std::string_view>;
+
+/// The pieces as one text.
+std::string join(const Pieces& pieces);
 
 /// Whether `bytes` are valid UTF-8. NUL and non-characters are valid; surrogates and overlong forms
 /// are not.
@@ -25,8 +32,26 @@ std::size_t utf16Length(std::string_view text);
 /// may be the length.
 bool isInsideCharacter(std::string_view text, std::size_t position);
 
+/// Checks a text that is growing, so that each byte is looked at once, soon after it has arrived.
+/// The same text, longer each time, is passed to every call.
+class Utf8Progress {
+ public:
+  /// Checks what has been added, up to the last character that is complete.
+  void advance(std::string_view text);
+
+  /// Whether the whole of `text`, which will not grow any more, is valid.
+  bool finish(std::string_view text);
+
+ private:
+  void check(std::string_view text, std::size_t end);
+
+  std::size_t checked = 0;
+  bool isValid = true;
+};
+
 /// `text` up to, not including, its first NUL byte.
 std::string_view untilNul(std::string_view text);
+Pieces untilNul(const Pieces& pieces);
 
 /// `text` without the tabs and the spaces of Unicode (category Zs) at both ends; line breaks stay.
 std::string trimSpaces(std::string_view text);

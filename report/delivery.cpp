@@ -20,11 +20,9 @@ constexpr int internalServerError = 500;
 }  // namespace
 
 bool MainController::submitResults() {
-  std::string_view body = platform::untilNul(results);
-  std::string trimmed;
+  std::string body = platform::join(platform::untilNul(results.pieces()));
   if (body.size() > static_cast<std::size_t>(maxPostSize)) {
-    trimmed = report::trimTailData(body, maxPostSize);
-    body = trimmed;
+    body = report::trimTailData(body, maxPostSize);
   }
   http = std::make_unique<report::Http>(endpoints.submitUrl, body, *this, stallLimit);
   return true;
@@ -40,7 +38,7 @@ void MainController::onHttpDone(const report::Http& client) {
   textResultsLinkView.send(&ui::ScrollView::setHidden, false);
   textCopyPaste.send(&ui::Label::setHidden, false);
   if (isSilent) {
-    platform::writeStandardOutput("url=" + std::string(platform::untilNul(resultsUrl)) + '\n');
+    platform::writeStandardOutput({"url=", platform::untilNul(resultsUrl), "\n"});
     application.exit(0);
   }
 }
@@ -66,7 +64,7 @@ void MainController::onHttpError(const report::Http& client) {
 }
 
 void MainController::writeToPath(const std::string& path) {
-  if (!platform::writeAtomically(path, results)) {
+  if (!platform::writeAtomically(path, results.pieces())) {
     platform::log("could not save diagnostic_results.txt");
   } else if (!isSilent) {
     platform::openInTextEditor(path);

@@ -3,24 +3,14 @@
 
 #include "report/report.h"
 
-#include <vector>
-
 namespace report {
 
 namespace {
 
-// The pieces of a report in order, as views, so that its size is known before the first byte is
-// copied.
-using Pieces = std::vector<std::string_view>;
+using platform::Pieces;
 
 void addLine(Pieces& pieces, std::string_view label, std::string_view text) {
   pieces.insert(pieces.end(), {label, text, "\n"});
-}
-
-void addHead(Pieces& pieces, std::string_view label, const std::optional<std::string>& text) {
-  if (text) {
-    addLine(pieces, label, *text);
-  }
 }
 
 void addStream(Pieces& pieces, std::string_view label, std::optional<std::string_view> text) {
@@ -36,17 +26,8 @@ void addBlock(Pieces& pieces, const ResultBlock& block) {
   addStream(pieces, "stderr:\n", block.standardError);
 }
 
-std::string join(const Pieces& pieces) {
-  std::size_t size = 0;
-  for (const std::string_view piece : pieces) {
-    size += piece.size();
-  }
-  std::string joined;
-  joined.reserve(size);
-  for (const std::string_view piece : pieces) {
-    joined += piece;
-  }
-  return joined;
+std::string headLine(std::string_view label, const std::optional<std::string>& text) {
+  return text ? std::string(label) + *text + '\n' : std::string();
 }
 
 }  // namespace
@@ -54,19 +35,19 @@ std::string join(const Pieces& pieces) {
 std::string formatBlock(const ResultBlock& block) {
   Pieces pieces;
   addBlock(pieces, block);
-  return join(pieces);
+  return platform::join(pieces);
 }
 
-std::string buildReport(const std::optional<std::string>& account,
-                        const std::optional<std::string>& ticket,
-                        std::span<const ResultBlock> blocks) {
-  Pieces pieces;
-  addHead(pieces, "Halvik account: ", account);
-  addHead(pieces, "Halvik ticket: ", ticket);
-  for (const ResultBlock& block : blocks) {
-    addBlock(pieces, block);
+Report::Report(const std::optional<std::string>& account, const std::optional<std::string>& ticket,
+               std::span<const ResultBlock> blocks)
+    : head(std::make_shared<const std::string>(headLine("Halvik account: ", account) +
+                                               headLine("Halvik ticket: ", ticket))) {
+  if (!head->empty()) {
+    parts.push_back(*head);
   }
-  return join(pieces);
+  for (const ResultBlock& block : blocks) {
+    addBlock(parts, block);
+  }
 }
 
 }  // namespace report

@@ -5,10 +5,13 @@
 
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
 #include <string_view>
+
+#include "platform/text.h"
 
 namespace report {
 
@@ -27,10 +30,25 @@ struct ResultBlock {
 /// anything.
 std::string formatBlock(const ResultBlock& block);
 
-/// The whole report, built in one pass in a buffer of its final size. An absent account or ticket
-/// has no line.
-std::string buildReport(const std::optional<std::string>& account,
-                        const std::optional<std::string>& ticket,
-                        std::span<const ResultBlock> blocks);
+/// The whole report, as a row of pieces: what the commands printed stays where it was captured and
+/// is not copied, so the blocks that a report was made of must outlive it. Copies share their head.
+class Report {
+ public:
+  Report() = default;
+
+  /// A report with a head line for the account and for the ticket, unless they are absent, then all
+  /// blocks.
+  Report(const std::optional<std::string>& account, const std::optional<std::string>& ticket,
+         std::span<const ResultBlock> blocks);
+
+  /// The report in order.
+  const platform::Pieces& pieces() const { return parts; }
+
+  bool empty() const { return parts.empty(); }
+
+ private:
+  std::shared_ptr<const std::string> head;
+  platform::Pieces parts;
+};
 
 }  // namespace report

@@ -36,7 +36,7 @@ void MainController::buildResults() {
   for (const auto& process : processes) {
     blocks.push_back(process->resultBlock());
   }
-  results = report::buildReport(txtHalvikAccount, txtTicketNo, blocks);
+  results = report::Report(txtHalvikAccount, txtTicketNo, blocks);
 }
 
 }  // namespace app

@@ -44,14 +44,14 @@ std::optional<Target> findTarget(const std::string& path) {
   return Target{.path = real, .mode = static_cast<mode_t>(facts.st_mode & 0777U)};
 }
 
-bool fill(int fd, mode_t mode, std::string_view bytes) {
+bool fill(int fd, mode_t mode, const Pieces& bytes) {
   const bool written = fchmod(fd, mode) == 0 && writeAll(fd, bytes) == 0 && fsync(fd) == 0;
   return close(fd) == 0 && written;
 }
 
 }  // namespace
 
-bool writeAtomically(const std::string& path, std::string_view bytes) {
+bool writeAtomically(const std::string& path, const Pieces& bytes) {
   const std::optional<Target> target = findTarget(path);
   if (!target) {
     return false;

@@ -36,7 +36,7 @@ TEST(RunTracking, ACompletionThatHasBegunIsNotRepeated) {
   MainController controller(support::application());
   controller.isFinishing = true;
   controller.processTerminatedNotification();
-  EXPECT_EQ(controller.results, "");
+  EXPECT_TRUE(controller.results.empty());
 }
 
 TEST(RunTracking, CompletionWaitsForTheLastCommandAndRunsOnce) {
@@ -63,9 +63,10 @@ TEST(RunTracking, CompletionWaitsForTheLastCommandAndRunsOnce) {
   controller.processTerminatedNotification();
   EXPECT_EQ(controller.completions, 1);
   EXPECT_TRUE(controller.isFinishing);
+  const std::string results = platform::join(controller.results.pieces());
   std::size_t position = 0;
   for (int i = 0; i < 20; ++i) {
-    position = controller.results.find("stdout:\n" + std::to_string(i) + "\n\n", position);
+    position = results.find("stdout:\n" + std::to_string(i) + "\n\n", position);
     ASSERT_NE(position, std::string::npos) << i;
   }
 }

@@ -28,7 +28,7 @@ std::size_t entryCount(const TemporaryFolder& folder) {
 TEST(Files, WritesANewFile) {
   const TemporaryFolder folder;
   const std::string bytes("a\0b\xff", 4);
-  EXPECT_TRUE(writeAtomically(folder.path("new \xff.txt"), bytes));
+  EXPECT_TRUE(writeAtomically(folder.path("new \xff.txt"), {bytes}));
   EXPECT_EQ(contentsOf(folder.path("new \xff.txt")), bytes);
   EXPECT_EQ(entryCount(folder), 1U);
 }
@@ -36,7 +36,7 @@ TEST(Files, WritesANewFile) {
 TEST(Files, GivesANewFileTheUsersPermissions) {
   const TemporaryFolder folder;
   const mode_t before = umask(027);
-  EXPECT_TRUE(writeAtomically(folder.path("new"), "x"));
+  EXPECT_TRUE(writeAtomically(folder.path("new"), {"x"}));
   umask(before);
   EXPECT_EQ(std::filesystem::status(folder.path("new")).permissions(),
             std::filesystem::perms(0640));
@@ -46,7 +46,7 @@ TEST(Files, ReplacesAFileAndKeepsItsPermissions) {
   const TemporaryFolder folder;
   const std::string path = folder.write("file", "old and longer");
   std::filesystem::permissions(path, std::filesystem::perms(0604));
-  EXPECT_TRUE(writeAtomically(path, "new"));
+  EXPECT_TRUE(writeAtomically(path, {"new"}));
   EXPECT_EQ(contentsOf(path), "new");
   EXPECT_EQ(std::filesystem::status(path).permissions(), std::filesystem::perms(0604));
   EXPECT_EQ(entryCount(folder), 1U);
@@ -56,7 +56,7 @@ TEST(Files, WritesThroughALink) {
   const TemporaryFolder folder;
   folder.write("file", "old");
   std::filesystem::create_symlink("file", folder.path("link"));
-  EXPECT_TRUE(writeAtomically(folder.path("link"), "new"));
+  EXPECT_TRUE(writeAtomically(folder.path("link"), {"new"}));
   EXPECT_EQ(contentsOf(folder.path("file")), "new");
   EXPECT_TRUE(std::filesystem::is_symlink(folder.path("link")));
 }
@@ -68,7 +68,7 @@ TEST(Files, LeavesEverythingElseAlone) {
   for (const std::string& path :
        {folder.path("folder"), folder.path("missing/file"), folder.path("fifo"),
         folder.path("new/"), std::string("/dev/null"), std::string("/dev/full"), std::string()}) {
-    EXPECT_FALSE(writeAtomically(path, "x")) << path;
+    EXPECT_FALSE(writeAtomically(path, {"x"})) << path;
   }
   EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
   EXPECT_EQ(entryCount(folder), 2U);
@@ -81,7 +81,7 @@ TEST(Files, AWriteThatFailsHalfWayLeavesTheOldFile) {
   getrlimit(RLIMIT_FSIZE, &before);
   const rlimit small{.rlim_cur = 100'000, .rlim_max = before.rlim_max};
   setrlimit(RLIMIT_FSIZE, &small);
-  const bool written = writeAtomically(path, std::string(200'000, 'x'));
+  const bool written = writeAtomically(path, {std::string(200'000, 'x')});
   setrlimit(RLIMIT_FSIZE, &before);
   EXPECT_FALSE(written);
   EXPECT_EQ(contentsOf(path), "old");

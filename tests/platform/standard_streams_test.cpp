@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <string>
@@ -56,41 +57,50 @@ class StandardOutput {
 };
 
 TEST(StandardStreams, WritesAllBytesAlsoWhereItHasToWait) {
-  const std::string bytes(3'000'000, 'x');
+  // More pieces than one call takes, of all sizes, some of them empty.
+  std::string bytes;
+  for (int i = 0; i < 3000; ++i) {
+    bytes += std::string(static_cast<std::size_t>(i), static_cast<char>('a' + i % 26));
+  }
+  Pieces pieces;
+  for (std::size_t i = 0, start = 0; i < 3000; start += i, ++i) {
+    pieces.push_back(std::string_view(bytes).substr(start, i));
+  }
   for (const int flags : {0, O_NONBLOCK}) {
     Pipe pipe;
     fcntl(pipe.writeEnd(), F_SETFL, flags);
-    std::size_t received = 0;
+    std::string received;
     std::thread reader([&] {
       std::array<char, 4096> block;
-      for (ssize_t count = 1; count > 0; received += static_cast<std::size_t>(count)) {
+      for (ssize_t count = 1; count > 0;) {
         count = read(pipe.readEnd(), block.data(), block.size());
+        received.append(block.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
       }
     });
-    EXPECT_EQ(writeAll(pipe.writeEnd(), bytes), 0);
+    EXPECT_EQ(writeAll(pipe.writeEnd(), pieces), 0);
     pipe.closeWriteEnd();
     reader.join();
-    EXPECT_EQ(received, bytes.size());
+    EXPECT_TRUE(received == bytes);
   }
 }
 
 TEST(StandardStreams, ReportsTheSystemsError) {
-  EXPECT_EQ(writeAll(-1, "x"), EBADF);
-  EXPECT_EQ(writeAll(-1, ""), 0);
+  EXPECT_EQ(writeAll(-1, {"x"}), EBADF);
+  EXPECT_EQ(writeAll(-1, {""}), 0);
 }
 
 TEST(StandardStreams, AReaderThatHasGoneIsNoError) {
   Pipe pipe;
   pipe.closeReadEnd();
   const StandardOutput replaced(pipe.writeEnd());
-  EXPECT_NO_THROW(writeStandardOutput("x"));
+  EXPECT_NO_THROW(writeStandardOutput({"x"}));
 }
 
 TEST(StandardStreams, AFullDiskIsAnError) {
   const int full = open("/dev/full", O_WRONLY | O_CLOEXEC);
   ASSERT_GE(full, 0);
   const StandardOutput replaced(full);
-  EXPECT_THROW(writeStandardOutput("x"), std::system_error);
+  EXPECT_THROW(writeStandardOutput({"x"}), std::system_error);
   close(full);
 }
 

@@ -34,7 +34,15 @@ class Uploading final : public MainController {
   Text outcome;
 };
 
-std::string uploadedBody(const std::string& results) {
+// A report of one command that printed `output`, which must outlive it.
+report::Report reportOf(const std::string& output) {
+  const std::vector<report::ResultBlock> blocks{{"cmd", output, std::nullopt}};
+  return {std::nullopt, std::nullopt, blocks};
+}
+
+const std::string start = std::string(45, '-') + "Results for: cmd\nstdout:\n";
+
+std::string uploadedBody(const std::string& output) {
   std::string request;
   {
     support::HttpServer server({[&](const support::ServerConnection& connection) {
@@ -42,41 +50,44 @@ std::string uploadedBody(const std::string& results) {
       connection.send(support::reply("200 OK", "done"));
     }});
     Uploading controller(server.url());
-    controller.results = results;
+    controller.results = reportOf(output);
     EXPECT_TRUE(controller.submitResults());
     support::turnUntil([&] { return controller.outcome.has_value(); });
     EXPECT_EQ(controller.outcome, "done");
-    EXPECT_EQ(controller.results, results);
+    EXPECT_EQ(platform::join(controller.results.pieces()), start + output + '\n');
   }
   const std::string body = request.substr(request.find("\r\n\r\n") + 4);
   EXPECT_GE(body.size(), 110U);
   return body.substr(87, body.size() - 110);
 }
 
+// Output that makes a report of `size` bytes.
+std::string outputForSize(std::size_t size) {
+  return "tail" + std::string(size - start.size() - 5, 'x');
+}
+
 TEST(Delivery, AReportThatFitsIsUploadedWhole) {
-  EXPECT_EQ(uploadedBody("x"), "x");
-  const std::string million = "tail" + std::string(999'996, 'x');
-  EXPECT_EQ(uploadedBody(million), million);
+  EXPECT_EQ(uploadedBody("x"), start + "x\n");
+  const std::string output = outputForSize(1'000'000);
+  EXPECT_EQ(uploadedBody(output), start + output + '\n');
 }
 
 TEST(Delivery, ALargerReportIsUploadedTrimmed) {
-  const std::string separator(45, '-');
-  const std::string report = separator + "tail" + std::string(1'000'001 - 49, 'x');
-  EXPECT_EQ(uploadedBody(report), report.substr(0, 1'000'001 - 28) + "<This log has been trimmed>");
+  const std::string output = outputForSize(1'000'001);
+  EXPECT_EQ(uploadedBody(output),
+            (start + output).substr(0, 1'000'001 - 28) + "<This log has been trimmed>");
 }
 
 TEST(Delivery, IsMeasuredAndUploadedUpToTheFirstNul) {
-  EXPECT_EQ(uploadedBody(std::string("a\0b", 3)), "a");
-  EXPECT_EQ(uploadedBody("tail" + std::string(1, '\0') + std::string(2'000'000, 'x')), "tail");
+  EXPECT_EQ(uploadedBody(std::string("a\0b", 3)), start + "a");
+  EXPECT_EQ(uploadedBody("tail" + std::string(1, '\0') + std::string(2'000'000, 'x')),
+            start + "tail");
 }
 
 TEST(Delivery, AnEmptyReportFailsAtOnce) {
-  for (const std::string& results : {std::string(), std::string("\0x", 2)}) {
-    Uploading controller("http://127.0.0.1:1/");
-    controller.results = results;
-    controller.submitResults();
-    EXPECT_EQ(controller.outcome, "failed");
-  }
+  Uploading controller("http://127.0.0.1:1/");
+  controller.submitResults();
+  EXPECT_EQ(controller.outcome, "failed");
 }
 
 TEST(Delivery, KeepsTheReplyAsReceived) {
@@ -84,7 +95,7 @@ TEST(Delivery, KeepsTheReplyAsReceived) {
       {support::answer(support::reply("200 OK", " https://r.example/1 \n"))});
   MainController controller(support::application(), endpointsAt(server.url()));
   controller.awakeFromNib();
-  controller.results = "x";
+  controller.results = reportOf("x");
   controller.submitResults();
   support::turnUntil([&] { return !controller.resultsUrl.empty(); });
   EXPECT_EQ(controller.resultsUrl, " https://r.example/1 \n");
@@ -100,15 +111,16 @@ class SavedReport : public testing::Test {
 TEST_F(SavedReport, HoldsTheWholeText) {
   MainController controller(support::application());
   controller.isSilent = true;
-  controller.results = std::string("a\0b", 3) + std::string(1'200'000, 'x') + "tail";
+  const std::string output = std::string("a\0b", 3) + outputForSize(1'200'000);
+  controller.results = reportOf(output);
   controller.saveToDesktop();
-  EXPECT_EQ(support::contentsOf(home.path("Desktop/diagnostic_results.txt")), controller.results);
+  EXPECT_EQ(support::contentsOf(home.path("Desktop/diagnostic_results.txt")),
+            start + output + '\n');
 }
 
 TEST_F(SavedReport, ThatCannotBeWrittenIsLogged) {
   MainController controller(support::application());
   controller.isSilent = true;
-  controller.results = "x";
   testing::internal::CaptureStderr();
   controller.writeToPath(home.path("missing/report.txt"));
   EXPECT_THAT(testing::internal::GetCapturedStderr(),

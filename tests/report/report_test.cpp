@@ -5,12 +5,18 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <vector>
 
 namespace report {
 namespace {
 
 const std::string hyphens(45, '-');
+
+std::string textOf(const std::optional<std::string>& account,
+                   const std::optional<std::string>& ticket, std::span<const ResultBlock> blocks) {
+  return platform::join(Report(account, ticket, blocks).pieces());
+}
 
 TEST(Report, TheSeparatorIsFortyFiveHyphens) {
   EXPECT_EQ(separator, hyphens);
@@ -34,27 +40,39 @@ TEST(Report, JoinsHeadAndBlocksInOrder) {
   const std::vector<ResultBlock> blocks{{"first", "1\n", std::nullopt}, {"second", "", "2\n"}};
   const std::string body = hyphens + "Results for: first\nstdout:\n1\n\n" + hyphens +
                            "Results for: second\nstderr:\n2\n\n";
-  EXPECT_EQ(buildReport(std::nullopt, std::nullopt, blocks), body);
-  EXPECT_EQ(buildReport("acme-office", std::nullopt, blocks),
-            "Halvik account: acme-office\n" + body);
-  EXPECT_EQ(buildReport(std::nullopt, "12345", blocks), "Halvik ticket: 12345\n" + body);
-  EXPECT_EQ(buildReport("acme-office", "12345", blocks),
+  EXPECT_EQ(textOf(std::nullopt, std::nullopt, blocks), body);
+  EXPECT_EQ(textOf("acme-office", std::nullopt, blocks), "Halvik account: acme-office\n" + body);
+  EXPECT_EQ(textOf(std::nullopt, "12345", blocks), "Halvik ticket: 12345\n" + body);
+  EXPECT_EQ(textOf("acme-office", "12345", blocks),
             "Halvik account: acme-office\nHalvik ticket: 12345\n" + body);
-  EXPECT_EQ(buildReport(std::nullopt, std::nullopt, {}), "");
+  EXPECT_EQ(textOf(std::nullopt, std::nullopt, {}), "");
 }
 
 TEST(Report, KeepsEveryByteOfAText) {
   const std::string text("a\0b\xC3\xA9", 5);
   const std::vector<ResultBlock> blocks{{"cmd", text, std::nullopt}};
-  EXPECT_EQ(buildReport(std::nullopt, std::nullopt, blocks),
+  EXPECT_EQ(textOf(std::nullopt, std::nullopt, blocks),
             hyphens + "Results for: cmd\nstdout:\n" + text + '\n');
 }
 
-TEST(Report, IsBuiltInABufferOfItsOwnSize) {
+TEST(Report, LeavesWhatWasPrintedWhereItIs) {
   const std::string text(1'000'000, 'x');
-  const std::vector<ResultBlock> blocks{{"cmd", text, text}};
-  const std::string built = buildReport(std::nullopt, std::nullopt, blocks);
-  EXPECT_EQ(built.capacity(), built.size());
+  const std::vector<ResultBlock> blocks{{"cmd", text, std::nullopt}};
+  const Report whole(std::nullopt, std::nullopt, blocks);
+  EXPECT_EQ(std::count_if(whole.pieces().begin(), whole.pieces().end(),
+                          [&](std::string_view piece) { return piece.data() == text.data(); }),
+            1);
+}
+
+TEST(Report, ACopyOutlivesTheOriginal) {
+  Report copy;
+  EXPECT_TRUE(copy.empty());
+  {
+    const Report original("an account", "a ticket", {});
+    copy = original;
+  }
+  EXPECT_FALSE(copy.empty());
+  EXPECT_EQ(platform::join(copy.pieces()), "Halvik account: an account\nHalvik ticket: a ticket\n");
 }
 
 }  // namespace

@@ -3,11 +3,30 @@
 
 #include "platform/byte_buffer.h"
 
+#include <sys/mman.h>
+
 #include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 #include <new>
 
 namespace platform {
+
+namespace {
+
+constexpr std::size_t hugePageBytes = 2UL << 20;
+
+// Most of what a very long output costs is the system's handing out of memory page by page. It may
+// refuse larger ones.
+void preferHugePages(char* bytes, std::size_t capacity) {
+  if (capacity >= 4 * hugePageBytes) {
+    const std::size_t offset = reinterpret_cast<std::uintptr_t>(bytes) % hugePageBytes;
+    char* first = bytes + (offset == 0 ? 0 : hugePageBytes - offset);
+    madvise(first, static_cast<std::size_t>(bytes + capacity - first), MADV_HUGEPAGE);
+  }
+}
+
+}  // namespace
 
 ByteBuffer::~ByteBuffer() {
   std::free(bytes);
@@ -32,6 +51,7 @@ void ByteBuffer::grow(std::size_t needed) {
   }
   bytes = static_cast<char*>(moved);
   capacity = wanted;
+  preferHugePages(bytes, capacity);
 }
 
 }  // namespace platform
