@@ -10,6 +10,7 @@
 #include "platform/boundary.h"
 #include "platform/http_connection.h"
 #include "platform/log.h"
+#include "platform/process_setup.h"
 #include "ui/main_window.h"
 
 namespace app {
@@ -68,6 +69,7 @@ bool handleGateKeeperArgument(int argc, const char* const* argv) {
 
 int runProgram(int argc, char** argv, const ControllerFactory& makeController) {
   int status = EXIT_SUCCESS;
+  platform::setUpProcess();
   platform::enter([&] {
     const OptionTable table = programOptions();
     const std::vector<std::string> arguments(argv, argv + argc);

@@ -13,7 +13,6 @@
 
 #include "platform/boundary.h"
 #include "platform/log.h"
-#include "platform/process_setup.h"
 
 namespace platform {
 
@@ -64,7 +63,6 @@ class Application::Parts {
 };
 
 Application::Application(Mode mode, int& argc, char** argv) {
-  setUpProcess();
   qInstallMessageHandler(logToolkitMessage);
   QNetworkProxyFactory::setUseSystemConfiguration(true);
   parts = std::make_unique<Parts>(mode, argc, argv);

@@ -37,13 +37,13 @@ bool isFolder(const fs::path& path) {
   return fs::is_directory(path, ignored);
 }
 
-// What the desktop environment names, unless it names the home folder, its way of saying that there
-// is none.
+// What the desktop environment names, unless that is no place or the home folder, its way of saying
+// that there is none.
 fs::path namedDesktop(const fs::path& home) {
   const QString named = QStandardPaths::writableLocation(QStandardPaths::DesktopLocation);
   const fs::path folder = fs::path(QFile::encodeName(named).toStdString()).lexically_normal();
   const fs::path homeItself = (home / "").lexically_normal();
-  return folder / "" == homeItself ? home / "Desktop" : folder;
+  return folder.is_absolute() && folder / "" != homeItself ? folder : home / "Desktop";
 }
 
 }  // namespace

@@ -14,19 +14,21 @@ namespace platform {
 
 namespace {
 
+constexpr int redirectsMax = 20;
+
+// These two ask for the same request again; after any other redirect only the page behind it is
+// fetched.
+constexpr int temporaryRedirect = 307;
+constexpr int permanentRedirect = 308;
+
 QUrl toUrl(const std::string& text) {
   return {QString::fromStdString(text), QUrl::StrictMode};
 }
 
-QNetworkRequest toRequest(const HttpRequest& request, std::chrono::milliseconds stallLimit) {
-  QNetworkRequest result(toUrl(request.url));
-  for (const auto& [name, value] : request.headers) {
-    result.setRawHeader(QByteArray::fromStdString(name), QByteArray::fromStdString(value));
-  }
-  result.setTransferTimeout(static_cast<int>(stallLimit.count()));
-  // One single POST gains nothing from HTTP/2.
-  result.setAttribute(QNetworkRequest::Http2AllowedAttribute, false);
-  return result;
+// Where a reply sends its reader on to; invalid when it does not.
+QUrl redirectionTarget(const QNetworkReply& reply) {
+  const QUrl target = reply.attribute(QNetworkRequest::RedirectionTargetAttribute).toUrl();
+  return target.isEmpty() ? QUrl() : reply.url().resolved(target);
 }
 
 int statusOf(const QNetworkReply& reply) {
@@ -49,44 +51,99 @@ bool isCompleteReply(const QNetworkReply& reply) {
 
 class HttpConnection::Parts {
  public:
-  Parts(HttpRequest sent, HttpConnectionDelegate& receiver, std::chrono::milliseconds stallLimit)
-      : request(std::move(sent)),
-        delegate(receiver),
-        reply(manager.post(toRequest(request, stallLimit),
-                           QByteArray::fromRawData(request.body.data(),
-                                                   static_cast<qsizetype>(request.body.size())))) {
-    QObject::connect(reply, &QNetworkReply::metaDataChanged, &manager, [this] {
-      enter([this] { delegate.connectionDidReceiveResponse({.statusCode = statusOf(*reply)}); });
-    });
+  Parts(HttpRequest sent, HttpConnectionDelegate& receiver, std::chrono::milliseconds limit)
+      : request(std::move(sent)), delegate(receiver), stallLimit(limit) {
+    QNetworkRequest first = requestTo(toUrl(request.url));
+    for (const auto& [name, value] : request.headers) {
+      first.setRawHeader(QByteArray::fromStdString(name), QByteArray::fromStdString(value));
+    }
+    post(first);
+  }
+
+ private:
+  QNetworkRequest requestTo(const QUrl& url) const {
+    QNetworkRequest result(url);
+    result.setTransferTimeout(static_cast<int>(stallLimit.count()));
+    // One single POST gains nothing from HTTP/2.
+    result.setAttribute(QNetworkRequest::Http2AllowedAttribute, false);
+    // The toolkit would follow redirects itself, but without a time limit and without the body of
+    // one that leads nowhere.
+    result.setAttribute(QNetworkRequest::RedirectPolicyAttribute,
+                        QNetworkRequest::ManualRedirectPolicy);
+    return result;
+  }
+
+  void post(const QNetworkRequest& next) {
+    const auto size = static_cast<qsizetype>(request.body.size());
+    await(manager.post(next, QByteArray::fromRawData(request.body.data(), size)));
+  }
+
+  void await(QNetworkReply* next) {
+    reply = next;
+    QObject::connect(reply, &QNetworkReply::metaDataChanged, &manager,
+                     [this] { enter([this] { passHead(); }); });
     QObject::connect(reply, &QNetworkReply::readyRead, &manager,
-                     [this] { enter([this] { pass(); }); });
+                     [this] { enter([this] { passData(); }); });
     QObject::connect(reply, &QNetworkReply::finished, &manager,
                      [this] { enter([this] { end(); }); });
   }
 
- private:
-  void pass() {
+  void passHead() {
+    if (!redirectionTarget(*reply).isValid()) {
+      delegate.connectionDidReceiveResponse({.statusCode = statusOf(*reply)});
+    }
+  }
+
+  void passData() {
     const QByteArray data = reply->readAll();
-    if (!data.isEmpty()) {
+    if (!data.isEmpty() && !redirectionTarget(*reply).isValid()) {
       delegate.connectionDidReceiveData({data.data(), static_cast<std::size_t>(data.size())});
     }
   }
 
   void end() {
     if (reply->error() != QNetworkReply::NoError) {
-      log("sending to " + request.url + " failed: " + reply->errorString().toStdString());
+      logFailure(reply->errorString());
     }
-    if (isCompleteReply(*reply)) {
-      delegate.connectionDidFinishLoading();
-    } else {
+    if (!isCompleteReply(*reply)) {
       delegate.connectionDidFailWithError();
+    } else if (const QUrl target = redirectionTarget(*reply); target.isValid()) {
+      follow(target);
+    } else {
+      delegate.connectionDidFinishLoading();
     }
+  }
+
+  void follow(const QUrl& target) {
+    const bool isLessSecure = reply->url().scheme() == QLatin1String("https") &&
+                              target.scheme() != QLatin1String("https");
+    if (isLessSecure || !isHttpUrl(target.toString().toStdString()) || redirects == redirectsMax) {
+      logFailure(QStringLiteral("the redirect to %1 is refused").arg(target.toString()));
+      delegate.connectionDidFailWithError();
+      return;
+    }
+    ++redirects;
+    const int status = statusOf(*reply);
+    reply->deleteLater();
+    if (status == temporaryRedirect || status == permanentRedirect) {
+      QNetworkRequest again = reply->request();
+      again.setUrl(target);
+      post(again);
+    } else {
+      await(manager.get(requestTo(target)));
+    }
+  }
+
+  void logFailure(const QString& reason) const {
+    log("sending to " + request.url + " failed: " + reason.toStdString());
   }
 
   const HttpRequest request;
   HttpConnectionDelegate& delegate;
+  const std::chrono::milliseconds stallLimit;
   QNetworkAccessManager manager;
-  QNetworkReply* reply;
+  QNetworkReply* reply = nullptr;
+  int redirects = 0;
 };
 
 bool isHttpUrl(const std::string& url) {

@@ -95,7 +95,8 @@ TEST(Delivery, KeepsTheReplyAsReceived) {
       {support::answer(support::reply("200 OK", " https://r.example/1 \n"))});
   MainController controller(support::application(), endpointsAt(server.url()));
   controller.awakeFromNib();
-  controller.results = reportOf("x");
+  const std::string output = "x";
+  controller.results = reportOf(output);
   controller.submitResults();
   support::turnUntil([&] { return !controller.resultsUrl.empty(); });
   EXPECT_EQ(controller.resultsUrl, " https://r.example/1 \n");

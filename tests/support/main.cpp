@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/process_setup.h"
 #include "support/application.h"
 
 namespace {
@@ -19,6 +20,7 @@ int main(int argc, char** argv) {
   testing::InitGoogleTest(&argc, argv);
   // A death test is a new process: nothing is shared with the threads of this one.
   GTEST_FLAG_SET(death_test_style, "threadsafe");
+  platform::setUpProcess();
   platform::Application application(platform::Application::Mode::headless, argc, argv);
   theApplication = &application;
   return RUN_ALL_TESTS();

@@ -1,0 +1,167 @@
+# SPDX-FileCopyrightText: 2026 Halvik
+# SPDX-License-Identifier: Apache-2.0
+
+"""The Skivra's beacon logs in the report: every entry of the three folders, oldest first."""
+
+import os
+import pathlib
+import resource
+import subprocess
+
+import endpoints
+import plan
+import roots
+import support
+
+FOLDERS = ["ipblock", "probe", "service"]
+SHOWN_FOLDER = f"{plan.SKIVRA}/beacon-logs"
+NOT_TOLD = ("-", "0", "0.000000000")
+FOLDER = object()  # stands for the content of an entry that is a folder
+
+
+class LinkTo(str):
+    """The content of an entry that is a symbolic link."""
+
+
+def creation_times(paths, **others):
+    """When the entries were created, or, on a file system that does not tell, when their status last changed."""
+    lines = subprocess.run(["stat", "-c", "%.9W %.9Z", "--", *paths], capture_output=True, check=True, text=True,
+                           **others).stdout
+    times = (line.split() for line in lines.splitlines())
+    return [change if birth in NOT_TOLD else birth for birth, change in times]
+
+
+class BeaconLogTest(support.ProgramTest):
+    def setUp(self):
+        super().setUp()
+        library = roots.Library(self)
+        self.prefix = library.prefix
+        self.logs = library.skivra / "beacon-logs"
+        self.logs.mkdir(parents=True)
+        self.newest = ""
+
+    def create(self, folder, name, content):
+        """Creates an entry that is younger than all before it, which takes a while: time stamps move in steps."""
+        path = os.fsencode(self.logs / folder) + b"/" + support.as_bytes(name)
+        while True:
+            if content is FOLDER:
+                os.mkdir(path)
+            elif isinstance(content, LinkTo):
+                os.symlink(content, path)
+            else:
+                pathlib.Path(os.fsdecode(path)).write_bytes(support.as_bytes(content))
+            created = creation_times([path])[0]
+            if created > self.newest:
+                self.newest = created
+                return
+            os.rmdir(path) if content is FOLDER else os.remove(path)
+
+    def run_plan(self, *options, prefix=()):
+        ended = self.run_program(["-s", "-c", *options], prefix=[*prefix, *self.prefix])
+        self.assertEqual(ended.messages, [])
+        self.assertEqual(ended.status, 0)
+        return [(name.decode(), content) for name, content in support.blocks(ended.stdout[:-1])]
+
+    def assert_readers(self, entries):
+        """entries: the folder, the shown name and what the reader prints, in the expected order."""
+        blocks = self.run_plan()
+        paths = [f"{SHOWN_FOLDER}/{folder}/{name}" for folder, name, _ in entries]
+        expected = plan.display_names(endpoints.roles(), skivra=True, beacon_logs=paths)
+        self.assertEqual([name for name, _ in blocks], expected)
+        readers = [content for name, content in blocks if name.startswith('/bin/sh -c cat "')]
+        for (folder, name, printed), content in zip(entries, readers, strict=True):
+            with self.subTest(folder=folder, name=name):
+                if callable(printed):
+                    self.assertTrue(printed(content), content)
+                else:
+                    output = support.as_bytes(printed)
+                    self.assertEqual(content, b"stdout:\n" + output + b"\n" if output else b"")
+
+    def test_no_logs(self):
+        self.assert_readers([])
+        for folder in FOLDERS:
+            (self.logs / folder).mkdir()
+        self.assert_readers([])
+
+    def test_a_file_in_the_place_of_a_log_folder(self):
+        (self.logs / "ipblock").write_text("not a folder")
+        (self.logs / "service").mkdir()
+        self.create("service", "log", "text")
+        self.create(".", "beside.log", "not read")
+        self.assert_readers([("service", "log", "text")])
+
+    def test_the_oldest_comes_first_in_each_folder(self):
+        for folder in FOLDERS:
+            (self.logs / folder).mkdir()
+        created = [("service", "m"), ("ipblock", "z"), ("probe", "b"), ("ipblock", "a"), ("service", "c"),
+                   ("ipblock", "y"), ("service", "a"), ("probe", "a"), ("ipblock", "B")]
+        for folder, name in created:
+            self.create(folder, name, f"{folder} {name}\n")
+        older = creation_times([self.logs / "probe" / "b"])
+        for folder, name in created[:4]:  # younger by every time stamp but that of the creation
+            with open(self.logs / folder / name, "a") as file:
+                file.write("later\n")
+        if creation_times([self.logs / "probe" / "b"]) != older:
+            self.skipTest("this file system does not tell when a file was created")
+        expected = sorted(created, key=lambda entry: FOLDERS.index(entry[0]))
+        self.assert_readers([(folder, name, f"{folder} {name}\n" + "later\n" * ((folder, name) in created[:4]))
+                             for folder, name in expected])
+
+    def test_every_kind_of_entry(self):
+        def complaint(about):
+            return lambda content: content.startswith(b"stderr:\n") and about in content
+
+        (self.logs / "probe").mkdir()
+        entries = [
+            ("z first.log", "with blank\n", "with blank\n"),
+            (".hidden", "hidden", "hidden"),
+            ("folder", FOLDER, complaint(b"directory")),
+            ("empty.log", "", ""),
+            ('quote".log', "never read", complaint(b"nterminated")),
+            (b"caf\xe9 \xff.log", "latin name\n", "latin name\n"),
+            ("caf\u00e9 \U0001f600.log", "utf-8 name\n", "utf-8 name\n"),
+            ("not text.log", b"\xff\xfe", ""),
+            ("$$HOME.log", "never read", complaint(b"o such file")),
+            ("`exit`", "never read", complaint(b"directory")),
+            ("it's; (one) & 'name' * ? #", "marks\n", "marks\n"),
+            ("tab\tname", "tab\n", "tab\n"),
+            ("link.log", LinkTo("empty.log"), ""),
+            ("dangling.log", LinkTo("nowhere"), complaint(b"o such file")),
+            ("-n", "option\n", "option\n"),
+            ("last", "last\n" * 100000, "last\n" * 100000),
+        ]
+        for name, content, _ in entries:
+            self.create("probe", name, content)
+        self.assert_readers([("probe", support.as_bytes(name).decode(errors="replace"), printed)
+                             for name, _, printed in entries])
+
+    def test_a_name_with_a_line_feed(self):
+        (self.logs / "probe").mkdir()
+        self.create("probe", "two\nlines", "read\n")
+        blocks = self.run_plan()
+        self.assertEqual(len(blocks), 68)
+        self.assertIn((f'/bin/sh -c cat "{SHOWN_FOLDER}/probe/two', b'lines"\nstdout:\nread\n\n'), blocks)
+
+    def test_thousands_of_logs(self):
+        soft, hard, wanted = 1024, 20000, 5000
+        if resource.getrlimit(resource.RLIMIT_NOFILE)[1] < hard:
+            self.skipTest(f"fewer than {hard} open descriptors are permitted here")
+        folder = self.logs / "probe"
+        folder.mkdir()
+        for i in range(wanted):
+            (folder / f"{(i * 7919) % wanted}.log").write_text(f"line of log {i}\n" * 50)
+        blocks = self.run_plan(prefix=["prlimit", f"--nofile={soft}:{hard}"])
+        self.assertEqual(len(blocks), 67 + wanted)
+        logs = blocks[-wanted - 9:-9]
+        self.assertEqual([name for name, _ in blocks[:-wanted - 9] + blocks[-9:]],
+                         plan.display_names(endpoints.roles(), skivra=True))
+        contents = {name: content for name, content in logs}
+        expected = {f'/bin/sh -c cat "{SHOWN_FOLDER}/probe/{(i * 7919) % wanted}.log"':
+                    b"stdout:\n" + f"line of log {i}\n".encode() * 50 + b"\n" for i in range(wanted)}
+        self.assertEqual(contents, expected)
+        times = creation_times([name.split("/")[-1][:-1] for name, _ in logs], cwd=folder)
+        self.assertEqual(times, sorted(times), "the logs are not in the order of their creation")
+
+
+support.require_tools("dig", "nslookup", "ping", "traceroute", "curl", "ifconfig", "netstat", "ps")
+support.run_tests(needs_namespaces=True)

@@ -1,0 +1,123 @@
+# SPDX-FileCopyrightText: 2026 Halvik
+# SPDX-License-Identifier: Apache-2.0
+
+"""After a failed upload: the report on the Desktop, wherever that is."""
+
+import os
+import pwd
+
+import servers
+import support
+
+OUTPUTS = [("echo first; echo m\u00fcll >&2", "first\n", "m\u00fcll\n")]
+REPORT = support.report(OUTPUTS)
+FAILURE = "could not save diagnostic_results.txt"
+FALLBACK = "could not send log, saved to Desktop"
+
+
+class DesktopTest(support.ProgramTest):
+    def fail_to_submit(self, **others):
+        submit = f"http://127.0.0.1:{servers.unreachable_port(self)}/diagnosticsubmit"
+        ended = self.run_stand_in(["-s"], [line for line, *_ in OUTPUTS], submit=submit, **others)
+        self.assertEqual(ended.stdout, b"")
+        self.assertIn(FALLBACK, ended.messages)
+        self.assertEqual(ended.status, 1)
+        return ended
+
+    def assert_saved(self, ended, path):
+        self.assert_same_text(path.read_bytes(), REPORT)
+        self.assert_only_files(path.parent, [path.name])
+        self.assertNotIn(FAILURE, ended.messages)
+        self.assertEqual(len([message for message in ended.messages if str(path) in message]), 1, ended.messages)
+
+    def test_an_existing_folder(self):
+        self.desktop_file.parent.mkdir()
+        self.assert_saved(self.fail_to_submit(), self.desktop_file)
+
+    def test_a_missing_folder_is_created(self):
+        self.assert_saved(self.fail_to_submit(), self.desktop_file)
+
+    def test_an_old_report_is_replaced(self):
+        self.desktop_file.parent.mkdir()
+        self.desktop_file.write_bytes(b"old" * 10000)
+        self.assert_saved(self.fail_to_submit(), self.desktop_file)
+
+    def test_a_home_that_does_not_exist_loses_no_report(self):
+        temporary = self.folder / "temporary"
+        temporary.mkdir()
+        ended = self.fail_to_submit(env={"HOME": self.folder / "none", "TMPDIR": temporary})
+        saved = list(self.folder.rglob("diagnostic_results.txt"))
+        self.assertEqual(len(saved), 1)
+        self.assert_saved(ended, saved[0])
+
+    def test_the_desktop_environment_names_another_folder(self):
+        elsewhere = self.folder / "elsewhere"
+        settings = self.folder / "settings"
+        home = self.home
+        for entry, variables, expected in [
+            ('"$HOME/Schreibtisch"', {}, home / "Schreibtisch"),
+            ('"$HOME/Bureau/de travail"', {}, home / "Bureau" / "de travail"),
+            ('"$HOME/\u684c\u9762"', {}, home / "\u684c\u9762"),
+            (f'"{elsewhere}"', {}, elsewhere),
+            ('"$HOME/Schreibtisch"', {"XDG_CONFIG_HOME": settings}, home / "Schreibtisch"),
+            ('"$HOME/"', {}, home / "Desktop"),
+            ('"$HOME"', {}, home / "Desktop"),
+            (f'"{home}"', {}, home / "Desktop"),
+            (f'"{home}/"', {}, home / "Desktop"),
+            ('"$HOME/."', {}, home / "Desktop"),
+            ('""', {}, home / "Desktop"),
+            ('"relative"', {}, home / "Desktop"),
+        ]:
+            with self.subTest(entry=entry, variables=variables):
+                config = variables.get("XDG_CONFIG_HOME", home / ".config")
+                config.mkdir(parents=True, exist_ok=True)
+                (config / "user-dirs.dirs").write_text(f"# Folders of this user\nXDG_DESKTOP_DIR={entry}\n"
+                                                       'XDG_DOWNLOAD_DIR="$HOME/Downloads"\n')
+                self.assert_saved(self.fail_to_submit(env=variables), expected / "diagnostic_results.txt")
+                (expected / "diagnostic_results.txt").unlink()
+                (config / "user-dirs.dirs").unlink()
+                self.assert_only_files(home, {".config", *(path.name for path in home.iterdir() if path.is_dir())})
+
+    def test_no_place_for_the_report(self):
+        def file_in_place_of_the_folder():
+            (self.home / "Desktop").write_text("old")
+
+        def folder_in_place_of_the_file():
+            self.desktop_file.mkdir(parents=True)
+
+        for prepare in (file_in_place_of_the_folder, folder_in_place_of_the_file):
+            with self.subTest(prepare.__name__):
+                prepare()
+                before = sorted(self.home.rglob("*"))
+                ended = self.fail_to_submit()
+                self.assertIn(FAILURE, ended.messages)
+                self.assertEqual(sorted(self.home.rglob("*")), before)
+                for path in reversed(before):
+                    path.rmdir() if path.is_dir() else path.unlink()
+
+    def test_a_home_that_permits_no_new_folder(self):
+        self.home.chmod(0o555)
+        self.addCleanup(self.home.chmod, 0o755)
+        ended = self.fail_to_submit(prefix=support.UNPRIVILEGED)
+        self.assertIn(FAILURE, ended.messages)
+        self.assert_only_files(self.home, [])
+
+    @support.needs_namespaces
+    def test_without_a_home_variable_the_account_tells(self):
+        account = pwd.getpwuid(os.getuid())
+        home = self.folder / "account"
+        home.mkdir()
+        accounts = self.folder / "passwd"
+        accounts.write_text(":".join([account.pw_name, "x", str(account.pw_uid), str(account.pw_gid), "", str(home),
+                                      "/bin/sh"]) + "\n")
+        support.cover("/etc/passwd", accounts)
+        self.addCleanup(support.uncover, "/etc/passwd")
+        for value in (None, ""):
+            with self.subTest(value):
+                path = home / "Desktop" / "diagnostic_results.txt"
+                self.assert_saved(self.fail_to_submit(env={"HOME": value}), path)
+                path.unlink()
+        self.assert_only_files(self.home, [])
+
+
+support.run_tests()

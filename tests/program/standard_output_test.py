@@ -1,0 +1,129 @@
+# SPDX-FileCopyrightText: 2026 Halvik
+# SPDX-License-Identifier: Apache-2.0
+
+"""A standard output that does not take everything: its reader gone, its device full, or none there at all."""
+
+import os
+import signal
+
+import servers
+import support
+
+RESULTS_URL = b"http://results.halvik.example/1234"
+LARGE = [("head -c 3000000 /dev/zero | tr '\\0' x", b"x" * 3000000)]
+
+
+class ReaderGoneTest(support.ProgramTest):
+    def run_with_reader(self, options, bytes_read, prefix=()):
+        """Runs with a reader on standard output that takes a few bytes and closes."""
+        report = support.report(LARGE)
+        server = servers.Server(servers.reply(RESULTS_URL))
+        reader, writer = os.pipe()
+        process = self.start_stand_in(options, [LARGE[0][0]], submit=server.url(), stdout=writer, prefix=prefix)
+        os.close(writer)
+        if bytes_read:
+            os.read(reader, bytes_read)
+        os.close(reader)
+        ended = self.finish(process)
+        server.close()
+        return ended, report, server
+
+    def test_the_rest_of_the_delivery_goes_on(self):
+        quiet = ["sh", "-c", "trap '' PIPE; exec \"$@\"", "sh"]
+        for prefix in ((), quiet):
+            for bytes_read in (0, 1, 100000):
+                with self.subTest(bytes_read=bytes_read, prefix=prefix):
+                    ended, report, server = self.run_with_reader(["-s", "-c", "-i", "-o=F"], bytes_read, prefix)
+                    self.assertEqual(ended.status, 0)
+                    self.assertEqual(ended.stderr, b"")
+                    self.assert_same_text((self.work / "F").read_bytes(), report)
+                    self.assertEqual(len(server.requests), 1)
+                    self.assert_only_files(self.home, [])
+
+    def test_single_destinations(self):
+        for options, uploads in ((["-s", "-c"], 0), (["-s", "-o=F"], 0), (["-s"], 1)):
+            with self.subTest(options):
+                ended, _, server = self.run_with_reader(options, 0)
+                self.assertEqual(ended.status, 0)
+                self.assertEqual(ended.stderr, b"")
+                self.assertEqual(len(server.requests), uploads)
+
+
+class FullDeviceTest(support.ProgramTest):
+    def test_a_write_error_ends_the_run_but_saves_the_report(self):
+        outputs = [("echo here", "here\n")]
+        report = support.report(outputs)
+        for options in (["-s", "-c"], ["-s", "-o=F"], ["-s", "-c", "-i", "-o=F"], ["-s"]):
+            with self.subTest(options):
+                server = servers.Server(servers.reply(RESULTS_URL))
+                with open("/dev/full", "wb") as full:
+                    ended = self.run_stand_in(options, ["echo here"], submit=server.url(), stdout=full)
+                server.close()
+                self.assertEqual(ended.status, -signal.SIGABRT)
+                self.assertRegex("\n".join(ended.messages), "(?i)no space left on device")
+                self.assertIn(str(self.desktop_file), "\n".join(ended.messages))
+                self.assert_same_text(self.desktop_file.read_bytes(), report)
+                self.desktop_file.unlink()
+
+    def test_a_full_device_for_the_log_changes_nothing_else(self):
+        submit = f"http://127.0.0.1:{servers.unreachable_port(self)}/diagnosticsubmit"
+        with open("/dev/full", "wb") as full:
+            ended = self.run_stand_in(["-s"], ["echo here"], submit=submit, stderr=full)
+        self.assertEqual(ended.status, 1)
+        self.assert_same_text(self.desktop_file.read_bytes(), support.report([("echo here", "here\n")]))
+
+    def test_a_log_that_nobody_reads_changes_nothing_else(self):
+        submit = f"http://127.0.0.1:{servers.unreachable_port(self)}/diagnosticsubmit"
+        reader, writer = os.pipe()
+        os.close(reader)
+        ended = self.run_stand_in(["-s"], ["echo here"], submit=submit, stderr=writer)
+        os.close(writer)
+        self.assertEqual(ended.status, 1)
+        self.assert_same_text(self.desktop_file.read_bytes(), support.report([("echo here", "here\n")]))
+
+
+class ClosedStreamTest(support.ProgramTest):
+    """Started without one of the three standard streams, the program puts nothing of its own in that place."""
+
+    LOOK = "ls /proc/$$/fd; readlink /proc/$$/fd/0; echo complaint >&2; :"
+
+    def run_without(self, redirection, options):
+        return self.run_stand_in(options, [self.LOOK] * support.PLAN_LENGTH,
+                                 prefix=["sh", "-c", f'exec "$@" {redirection}', "sh"])
+
+    def assert_commands_saw_only_their_own(self, report):
+        contents = [content for _, content in support.blocks(report)]
+        self.assertEqual(len(contents), support.PLAN_LENGTH)
+        for content in contents:
+            stdout, _, stderr = content.partition(b"stderr:\n")
+            self.assertEqual(stderr, b"complaint\n\n")
+            lines = stdout.split()[1:]
+            self.assertIn(lines, [[b"0", b"1", b"2", b"/dev/null"], [b"1", b"2"]])
+
+    def test_without_standard_input(self):
+        ended = self.run_without("<&-", ["-s", "-c"])
+        self.assertEqual(ended.status, 0)
+        self.assert_commands_saw_only_their_own(ended.stdout[:-1])
+
+    def test_without_standard_output(self):
+        """That nothing can be written there is an error like any other; it spoils nothing that is written elsewhere."""
+        ended = self.run_without(">&-", ["-s", "-c", "-o=F"])
+        self.assertEqual(ended.status, -signal.SIGABRT)
+        self.assertRegex(ended.messages[0], "(?i)bad file descriptor")
+        self.assert_commands_saw_only_their_own(self.desktop_file.read_bytes())
+        self.assert_only_files(self.work, [])
+
+    def test_without_standard_error(self):
+        ended = self.run_without("2>&-", ["-s", "-c", "-o=F"])
+        self.assertEqual(ended.status, 0)
+        self.assert_commands_saw_only_their_own((self.work / "F").read_bytes())
+        self.assert_same_text(ended.stdout, (self.work / "F").read_bytes() + b"\noutputFile=F\n")
+
+    def test_without_any(self):
+        ended = self.run_without("<&- >&- 2>&-", ["-s", "-o=F"])
+        self.assertEqual(ended.status, -signal.SIGABRT)
+        self.assert_commands_saw_only_their_own((self.work / "F").read_bytes())
+        self.assert_commands_saw_only_their_own(self.desktop_file.read_bytes())
+
+
+support.run_tests()

@@ -1,0 +1,155 @@
+# SPDX-FileCopyrightText: 2026 Halvik
+# SPDX-License-Identifier: Apache-2.0
+
+"""Certificates, and a real web server with TLS in front of a receiver that takes the uploaded form apart."""
+
+import pathlib
+import shutil
+import socket
+import subprocess
+import threading
+
+import werkzeug
+import werkzeug.serving
+
+import support
+
+HOST = "diagnostic.halvik.example"
+MACHINE_CERTIFICATES = pathlib.Path("/etc/ssl/certs")
+
+NGINX = """
+daemon off;
+user root;
+master_process off;
+pid {folder}/nginx.pid;
+error_log {folder}/error.log;
+events {{}}
+http {{
+    access_log {folder}/access.log;
+    client_body_temp_path {folder}/body;
+    proxy_temp_path {folder}/proxy;
+    fastcgi_temp_path {folder}/fastcgi;
+    uwsgi_temp_path {folder}/uwsgi;
+    scgi_temp_path {folder}/scgi;
+    server {{
+        listen 127.0.0.1:443 ssl;
+        ssl_certificate {certificate}.pem;
+        ssl_certificate_key {certificate}.key;
+        location / {{
+            proxy_pass http://127.0.0.1:{receiver};
+            proxy_set_header Host $host;
+        }}
+    }}
+}}
+"""
+
+SETTINGS = """
+[ca]
+default_ca = authority
+[authority]
+database = {folder}/issued
+new_certs_dir = {folder}
+rand_serial = yes
+default_md = sha256
+policy = any
+x509_extensions = server
+[any]
+commonName = supplied
+[server]
+subjectAltName = DNS:{host}
+extendedKeyUsage = serverAuth
+"""
+
+
+def openssl(*arguments):
+    subprocess.run(["openssl", *map(str, arguments)], check=True, capture_output=True)
+
+
+class Authority:
+    """A certificate authority in a folder."""
+
+    def __init__(self, folder):
+        self.path = folder / "authority"
+        openssl("req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:prime256v1", "-nodes", "-days", "30",
+                "-subj", f"/CN=Authority in {folder.name}", "-keyout", f"{self.path}.key", "-out", f"{self.path}.pem",
+                "-addext", "keyUsage=critical,keyCertSign")
+
+    def issue(self, path, host=HOST, expired=False):
+        """Writes a server certificate and its key to path.pem and path.key."""
+        folder = path.parent
+        (folder / "issued").write_text("")
+        settings = folder / "settings"
+        settings.write_text(SETTINGS.format(folder=folder, host=host))
+        openssl("req", "-new", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:prime256v1", "-nodes",
+                "-subj", f"/CN={host}", "-keyout", f"{path}.key", "-out", f"{path}.csr")
+        time = ["-startdate", "20200101000000Z", "-enddate", "20210101000000Z"] if expired else ["-days", "30"]
+        openssl("ca", "-batch", "-config", settings, "-cert", f"{self.path}.pem", "-keyfile", f"{self.path}.key",
+                "-in", f"{path}.csr", "-out", f"{path}.pem", "-notext", *time)
+        return path
+
+    def trust(self, folder):
+        """Makes the machine, as this test file sees it, trust the authority, by a copy of its store in the folder."""
+        store = folder / "certs"
+        shutil.copytree(MACHINE_CERTIFICATES, store, symlinks=False, ignore_dangling_symlinks=True)
+        shutil.copy(f"{self.path}.pem", store / "halvik-test-authority.pem")
+        with open(store / "ca-certificates.crt", "ab") as bundle:
+            bundle.write(pathlib.Path(f"{self.path}.pem").read_bytes())
+        openssl("rehash", store)
+        support.cover(MACHINE_CERTIFICATES, store)
+
+
+class Receiver:
+    """Takes the forms that arrive apart with a library's parser, and answers with the address of a results page."""
+
+    def __init__(self):
+        self.files = []  # field name, file name and content of each uploaded file
+        self.pages = 0
+        self._server = werkzeug.serving.make_server("127.0.0.1", 0, self._answer, threaded=True,
+                                                    request_handler=QuietHandler)
+        self.port = self._server.server_port
+        self._thread = threading.Thread(target=self._server.serve_forever)
+        self._thread.start()
+
+    def close(self):
+        self._server.shutdown()
+        self._thread.join()
+        self._server.server_close()
+
+    @werkzeug.Request.application
+    def _answer(self, request):
+        if request.method != "POST":
+            self.pages += 1
+            return werkzeug.Response("page")
+        if request.path != "/diagnosticsubmit" or request.form:
+            return werkzeug.Response("not a report", status=400)
+        self.files += [(field, file.filename, file.read()) for field, file in request.files.items(multi=True)]
+        return werkzeug.Response(f"https://{HOST}/results/{len(self.files)}")
+
+
+class QuietHandler(werkzeug.serving.WSGIRequestHandler):
+    def log(self, *_):
+        pass
+
+
+class WebServer:
+    """nginx with TLS on this namespace's port 443, in front of a receiver."""
+
+    def __init__(self, folder, certificate, receiver, extra=""):
+        folder.mkdir()
+        configuration = NGINX.format(folder=folder, certificate=certificate, receiver=receiver)
+        configuration = configuration.replace("location / {", extra + "\n        location / {")
+        (folder / "nginx.conf").write_text(configuration)
+        command = ["nginx", "-p", folder, "-e", folder / "error.log", "-c", folder / "nginx.conf"]
+        self._process = subprocess.Popen(["setpriv", "--pdeathsig", "TERM", *command],
+                                         stdin=subprocess.DEVNULL, stderr=subprocess.PIPE)
+        support.wait_until(self._listens, "nginx listens")
+
+    def _listens(self):
+        if self._process.poll() is not None:
+            raise AssertionError(f"nginx ended: {self._process.stderr.read().decode()}")
+        with socket.socket() as attempt:
+            return attempt.connect_ex(("127.0.0.1", 443)) == 0
+
+    def close(self):
+        self._process.terminate()
+        self._process.communicate()

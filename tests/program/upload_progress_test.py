@@ -1,0 +1,124 @@
+# SPDX-FileCopyrightText: 2026 Halvik
+# SPDX-License-Identifier: Apache-2.0
+
+"""How long an upload may take: as long as it gets on, and no longer than a set time without any progress."""
+
+import socket
+import time
+
+import servers
+import support
+
+RESULTS_URL = b"http://results.halvik.example/1"
+LARGE = b"x" * 16_000_000  # more than the buffers between two sockets take
+
+
+class StallTest(support.ProgramTest):
+    def submit(self, server, large=False, **others):
+        return self.run_stand_in(["-s"], self.commands(large), submit=server.url(), **others)
+
+    def commands(self, large):
+        (self.work / "filler").write_bytes(LARGE)
+        return ["cat filler"] if large else ["echo here"]
+
+    def report(self, large):
+        return support.report([("cat filler", LARGE)] if large else [("echo here", "here\n")])
+
+    def test_a_server_that_falls_silent(self):
+        def after(sent):
+            def script(exchange):
+                exchange.send(sent)
+                exchange.wait_until_closed_by_client()
+            return script
+
+        whole = servers.head(200, 100)
+        for name, sent in [("without an answer", b""), ("inside the head", whole[:20]), ("after the head", whole),
+                           ("inside the body", whole + b"http://results"), ("inside an error", servers.head(500, 9))]:
+            with self.subTest(name):
+                server = servers.Server(after(sent))
+                ended = self.submit(server, env={"STAND_IN_STALL_MS": 300})
+                server.close()
+                self.assert_submission_failed(ended, self.report(False))
+                self.desktop_file.unlink()
+
+    def test_a_server_that_does_not_read(self):
+        listener = socket.socket()
+        self.addCleanup(listener.close)
+        listener.setsockopt(socket.SOL_SOCKET, socket.SO_RCVBUF, 4096)
+        listener.bind(("127.0.0.1", 0))
+        listener.listen()
+        submit = f"http://127.0.0.1:{listener.getsockname()[1]}/diagnosticsubmit"
+        for large in (False, True):
+            with self.subTest(large=large):
+                ended = self.run_stand_in(["-s"], self.commands(large), submit=submit, env={"STAND_IN_STALL_MS": 300})
+                self.assert_submission_failed(ended, self.report(large))
+                self.desktop_file.unlink()
+
+    def test_a_server_that_does_not_even_accept(self):
+        """Its queue is full, so that further connection requests are dropped without a word."""
+        listener = socket.socket()
+        self.addCleanup(listener.close)
+        listener.bind(("127.0.0.1", 0))
+        listener.listen(0)
+        for _ in range(4):
+            waiting = socket.socket()
+            self.addCleanup(waiting.close)
+            waiting.setblocking(False)
+            waiting.connect_ex(listener.getsockname())
+        submit = f"http://127.0.0.1:{listener.getsockname()[1]}/diagnosticsubmit"
+        ended = self.run_stand_in(["-s"], self.commands(False), submit=submit, env={"STAND_IN_STALL_MS": 300})
+        self.assert_submission_failed(ended, self.report(False))
+
+    def test_a_redirect_into_silence(self):
+        silent = servers.Server(lambda exchange: exchange.wait_until_closed_by_client())
+        server = servers.Server(servers.reply(b"", 302, ["Location: " + silent.url("/page")]))
+        ended = self.submit(server, env={"STAND_IN_STALL_MS": 300})
+        server.close()
+        silent.close()
+        self.assert_submission_failed(ended, self.report(False))
+        self.assertEqual(len(silent.requests), 1)
+
+
+class SlowProgressTest(support.ProgramTest):
+    """The time-out is ten times the pause between two pieces, and less than all pauses together."""
+
+    STALL_MS = 3000
+    PAUSE = 0.3
+    PIECES = 16
+
+    def submit(self, server, commands=()):
+        ended = self.run_stand_in(["-s"], commands, submit=server.url(), env={"STAND_IN_STALL_MS": self.STALL_MS})
+        server.close()
+        return ended
+
+    def test_a_slow_answer(self):
+        def script(exchange):
+            exchange.send(servers.head(200, self.PIECES))
+            for i in range(self.PIECES):
+                time.sleep(self.PAUSE)
+                exchange.send(b"%x" % i)
+
+        ended = self.submit(servers.Server(script))
+        self.assertEqual((ended.stdout, ended.status), (b"url=f\n", 0))
+
+    def test_a_slow_reader(self):
+        (self.work / "filler").write_bytes(LARGE)
+        read = bytearray()
+
+        def script(exchange):
+            while not read.endswith(servers.FORM_TAIL):
+                if len(read) // (len(LARGE) // self.PIECES) < len(pauses):
+                    read.extend(exchange.connection.recv(65536))
+                else:
+                    time.sleep(self.PAUSE)
+                    pauses.append(len(read))
+            servers.reply(RESULTS_URL)(exchange)
+
+        pauses = [0]
+        ended = self.submit(servers.Server(script, at_connect=True, receive_buffer=4096), ["cat filler"])
+        self.assertEqual((ended.stdout, ended.status), (b"url=" + RESULTS_URL + b"\n", 0))
+        self.assertGreaterEqual(len(pauses), self.PIECES)
+        self.assertTrue(read.endswith(servers.form(support.report([("cat filler", LARGE)]))))
+
+
+support.run_tests()
