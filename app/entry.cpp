@@ -7,11 +7,11 @@
 #include <string>
 
 #include "app/options.h"
+#include "app/windowed_run.h"
 #include "platform/boundary.h"
 #include "platform/http_connection.h"
 #include "platform/log.h"
 #include "platform/process_setup.h"
-#include "ui/main_window.h"
 
 namespace app {
 
@@ -47,11 +47,8 @@ void maybeRunWithoutGUIAndExit(const OptionValues& values, int& argc, char** arg
 
 int runWindowed(int& argc, char** argv, const ControllerFactory& makeController) {
   platform::Application application(platform::Application::Mode::windowed, argc, argv);
-  ui::MainWindow window;
-  const std::unique_ptr<MainController> controller = makeController(application);
-  controller->window.connect(window.window());
-  controller->awakeFromNib();
-  window.show();
+  WindowedRun run(makeController(application));
+  run.show();
   return application.run();
 }
 

@@ -25,7 +25,7 @@ ONLY_IN_PLATFORM = re.compile(
 def floor(name):
     if name.startswith("platform/"):
         return 0
-    if name in ("app/main.cpp", "app/entry.h", "app/entry.cpp"):
+    if name == "app/main.cpp" or name.startswith(("app/entry.", "app/windowed_run.")):
         return 4
     if name in CONTROLLER_SUBJECTS:
         return 3

@@ -3,11 +3,10 @@
 
 #include "ui/controls.h"
 
-#include <QApplication>
 #include <QLabel>
 #include <QLineEdit>
 #include <QProgressBar>
-#include <QTextBlock>
+#include <QPropertyAnimation>
 #include <QTextBrowser>
 #include <QTextCursor>
 #include <QUrl>
@@ -18,8 +17,24 @@ namespace ui {
 
 namespace {
 
-QColor toQColor(const Color& color) {
-  return {color.red, color.green, color.blue};
+constexpr int glideMs = 150;
+
+// A bar counts in whole steps; a hundred of them for each unit let it glide.
+int toSteps(double value) {
+  return static_cast<int>(std::lround(value * 100));
+}
+
+QTextCharFormat foreground(const Color& color) {
+  QTextCharFormat format;
+  format.setForeground(QColor(color.red, color.green, color.blue));
+  return format;
+}
+
+QTextCursor cursorOver(const QTextBrowser& view, const TextRange& range) {
+  QTextCursor cursor(view.document());
+  cursor.setPosition(static_cast<int>(range.position));
+  cursor.setPosition(static_cast<int>(range.position + range.length), QTextCursor::KeepAnchor);
+  return cursor;
 }
 
 }  // namespace
@@ -44,39 +59,51 @@ void Label::setStringValue(const std::string& text) {
   label->setText(QString::fromStdString(text));
 }
 
-ProgressBar::ProgressBar(QProgressBar& shown) : Control(shown), bar(&shown) {}
+ProgressBar::ProgressBar(QProgressBar& shown)
+    : Control(shown), bar(&shown), glide(new QPropertyAnimation(&shown, "value", &shown)) {
+  glide->setDuration(glideMs);
+}
 
 void ProgressBar::setMinValue(double value) {
-  bar->setMinimum(static_cast<int>(std::lround(value)));
+  bar->setMinimum(toSteps(value));
 }
 
 void ProgressBar::setMaxValue(double value) {
-  bar->setMaximum(static_cast<int>(std::lround(value)));
+  bar->setMaximum(toSteps(value));
 }
 
 void ProgressBar::setDoubleValue(double value) {
-  bar->setValue(static_cast<int>(std::lround(value)));
-}
-
-void ProgressBar::setControlTint(int tint) {
-  if (tint == graphiteTint) {
-    QPalette palette = bar->palette();
-    palette.setColor(QPalette::Highlight, QColor(0x8c, 0x8c, 0x8c));
-    bar->setPalette(palette);
+  glide->stop();
+  if (isAnimated) {
+    glide->setEndValue(toSteps(value));
+    glide->start();
+  } else {
+    bar->setValue(toSteps(value));
   }
 }
 
-// The bar is determinate and its value is its animation; a style that moves its bars does so while
-// they are shown.
-void ProgressBar::startAnimation() {}
+void ProgressBar::setControlTint(int tint) {
+  QPalette palette;
+  if (tint == graphiteTint) {
+    palette.setColor(QPalette::Highlight, QColor(0x8c, 0x8c, 0x8c));
+  }
+  bar->setPalette(palette);
+}
+
+void ProgressBar::startAnimation() {
+  isAnimated = true;
+}
 
 void ProgressBar::stopAnimation() {
-  bar->reset();
+  isAnimated = false;
+  glide->stop();
 }
 
 RichTextView::RichTextView(QTextBrowser& shown) : view(&shown) {}
 
 void RichTextView::setString(const std::string& text) {
+  links.clear();
+  view->setCurrentCharFormat(QTextCharFormat());
   view->setPlainText(QString::fromStdString(text));
 }
 
@@ -85,30 +112,36 @@ std::u16string RichTextView::string() const {
 }
 
 void RichTextView::addLink(const TextRange& range) {
-  QTextCursor cursor(view->document());
-  cursor.setPosition(static_cast<int>(range.position));
-  cursor.setPosition(static_cast<int>(range.position + range.length), QTextCursor::KeepAnchor);
-  const QUrl url(cursor.selectedText());
+  // The white space behind an address belongs to the range but not to the address.
+  const QUrl url(cursorOver(*view, range).selectedText().trimmed(), QUrl::StrictMode);
   if (!url.isValid()) {
     return;
   }
   QTextCharFormat link;
   link.setAnchor(true);
   link.setAnchorHref(url.toString());
-  link.setFontUnderline(true);
-  cursor.mergeCharFormat(link);
+  link.setUnderlineStyle(QTextCharFormat::SingleUnderline);
+  link.setForeground(Qt::blue);
+  cursorOver(*view, range).mergeCharFormat(link);
+  links.push_back(range);
 }
 
 void RichTextView::setTextColor(const Color& color) {
   QTextCursor all(view->document());
   all.select(QTextCursor::Document);
-  QTextCharFormat format;
-  format.setForeground(toQColor(color));
-  all.mergeCharFormat(format);
+  all.mergeCharFormat(foreground(color));
+  showLinks();
 }
 
 void RichTextView::setLinkColor(const Color& color) {
   linkColor = color;
+  showLinks();
+}
+
+void RichTextView::showLinks() {
+  for (const TextRange& link : links) {
+    cursorOver(*view, link).mergeCharFormat(foreground(linkColor));
+  }
 }
 
 void Window::setTitle(const std::string& title) {

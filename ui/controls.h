@@ -7,12 +7,14 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "ui/text_range.h"
 
 class QLabel;
 class QLineEdit;
 class QProgressBar;
+class QPropertyAnimation;
 class QTextBrowser;
 class QWidget;
 
@@ -70,13 +72,17 @@ class ProgressBar : public Control {
   explicit ProgressBar(QProgressBar& shown);
   void setMinValue(double value);
   void setMaxValue(double value);
+  /// While the bar is animated it glides to the new value, otherwise it jumps there.
   void setDoubleValue(double value);
+  /// Every tint but graphite leaves the desktop's colour.
   void setControlTint(int tint);
   void startAnimation();
   void stopAnimation();
 
  private:
   QProgressBar* bar;
+  QPropertyAnimation* glide;
+  bool isAnimated = false;
 };
 
 /// A colour of the results view.
@@ -90,18 +96,22 @@ struct Color {
 class RichTextView {
  public:
   explicit RichTextView(QTextBrowser& shown);
-  /// Replaces the whole contents by `text` without attributes.
+  /// Replaces the whole contents by `text`, without attributes.
   void setString(const std::string& text);
   std::u16string string() const;
-  /// Makes `range` a link to its own text, underlined; without effect when the text is no URL.
+  /// Makes the text in `range` a link to itself, underlined and blue. Without effect when it is no
+  /// URL.
   void addLink(const TextRange& range);
-  /// The colour of all text but links.
+  /// The colour of the whole text, links included.
   void setTextColor(const Color& color);
-  /// The colour in which every link is shown, whatever its range says.
+  /// The colour in which links are shown, whatever colour their text has.
   void setLinkColor(const Color& color);
 
  private:
+  void showLinks();
+
   QTextBrowser* view;
+  std::vector<TextRange> links;
   Color linkColor{};
 };
 

@@ -3,24 +3,248 @@
 
 #include "ui/main_window.h"
 
-#include <QWidget>
+#include <QDialog>
+#include <QFormLayout>
+#include <QHBoxLayout>
+#include <QIcon>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QTextBrowser>
+#include <QVBoxLayout>
+
+#include <utility>
+
+#include "platform/boundary.h"
 
 namespace ui {
 
-class MainWindow::Parts {
+namespace {
+
+// A dialog, because only dialogs have a default button, with the frame of an ordinary window.
+class Frame final : public QDialog {
  public:
-  QWidget widget;
-  Window window{widget};
+  Frame() {
+    setWindowFlags(Qt::Window);
+    setAttribute(Qt::WA_QuitOnClose);
+  }
+
+ protected:
+  void keyPressEvent(QKeyEvent* event) override {
+    // Escape would close the window and with it a run.
+    if (event->key() == Qt::Key_Escape) {
+      event->ignore();
+    } else {
+      QDialog::keyPressEvent(event);
+    }
+  }
 };
 
-MainWindow::MainWindow() : parts(std::make_unique<Parts>()) {
-  parts->widget.resize(480, 320);
+void keepPlaceWhenHidden(QWidget& widget) {
+  QSizePolicy policy = widget.sizePolicy();
+  policy.setRetainSizeWhenHidden(true);
+  widget.setSizePolicy(policy);
+  widget.hide();
 }
+
+void setUpField(QLineEdit& field, const char* name, const QString& placeholder) {
+  field.setObjectName(QLatin1String(name));
+  field.setPlaceholderText(placeholder);
+  field.setMinimumWidth(field.fontMetrics().averageCharWidth() * 48);
+}
+
+void connectButton(QPushButton& button, const std::function<void()>& action) {
+  QObject::connect(&button, &QPushButton::clicked, &button, [action] { platform::enter(action); });
+}
+
+}  // namespace
+
+class MainWindow::Parts {
+ public:
+  explicit Parts(WindowActions pressed) : actions(std::move(pressed)) {
+    frame.setObjectName(QStringLiteral("window"));
+    frame.setWindowIcon(QIcon::fromTheme(QStringLiteral("halvik-diagnostic")));
+    setUpFields();
+    setUpRun();
+    setUpResults();
+    setUpButtons();
+    arrange();
+    orderFocus();
+  }
+
+  WindowActions actions;
+  Frame frame;
+  QLabel purposeLabel{QStringLiteral(
+      "Runs network tests on this computer and sends what they print to Halvik support.")};
+  QLineEdit accountField;
+  QLineEdit ticketField;
+  QLineEdit domainField;
+  QPushButton startPush{QStringLiteral("&Start tests")};
+  QLabel statusLabel;
+  QProgressBar progressBar;
+  QTextBrowser resultsBrowser;
+  QLabel captionLabel{QStringLiteral("Send this link to Halvik support:")};
+  QPushButton copyPush{QStringLiteral("&Copy link")};
+  QPushButton openPush{QStringLiteral("&Open link")};
+
+  TextField account{accountField};
+  TextField ticket{ticketField};
+  TextField domain{domainField};
+  Button start{startPush};
+  Label status{statusLabel};
+  ProgressBar progress{progressBar};
+  ScrollView resultsScroll{resultsBrowser};
+  RichTextView results{resultsBrowser};
+  Label caption{captionLabel};
+  Button copy{copyPush};
+  Button open{openPush};
+  Window window{frame};
+
+ private:
+  void setUpFields() {
+    purposeLabel.setWordWrap(true);
+    setUpField(accountField, "account", QStringLiteral("optional"));
+    setUpField(ticketField, "ticket", QStringLiteral("optional"));
+    setUpField(domainField, "domain", QStringLiteral("optional, e.g. example.com"));
+    startPush.setObjectName(QStringLiteral("start"));
+    startPush.setDefault(true);
+    connectButton(startPush, actions.start);
+  }
+
+  void setUpRun() {
+    statusLabel.setObjectName(QStringLiteral("status"));
+    // A line in every phase, so that the first text finds its place free.
+    statusLabel.setText(QStringLiteral(" "));
+    statusLabel.setTextFormat(Qt::PlainText);
+    progressBar.setObjectName(QStringLiteral("progress"));
+    progressBar.setAccessibleName(QStringLiteral("Progress"));
+    progressBar.setTextVisible(false);
+    keepPlaceWhenHidden(statusLabel);
+    keepPlaceWhenHidden(progressBar);
+  }
+
+  void setUpResults() {
+    resultsBrowser.setObjectName(QStringLiteral("results"));
+    resultsBrowser.setAccessibleName(QStringLiteral("Results"));
+    resultsBrowser.setOpenLinks(false);
+    resultsBrowser.setTabChangesFocus(true);
+    // A long address has no blank to break a line at.
+    resultsBrowser.setWordWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+    resultsBrowser.setMinimumHeight(resultsBrowser.fontMetrics().lineSpacing() * 7);
+    QPalette palette = resultsBrowser.palette();
+    palette.setColor(QPalette::Base, QColor(0x26, 0x26, 0x26));
+    palette.setColor(QPalette::Text, Qt::white);
+    resultsBrowser.setPalette(palette);
+    keepPlaceWhenHidden(resultsBrowser);
+    QObject::connect(&resultsBrowser, &QTextBrowser::anchorClicked, &resultsBrowser,
+                     [this](const QUrl& url) {
+                       platform::enter([&] { actions.openLink(url.toString().toStdString()); });
+                     });
+  }
+
+  void setUpButtons() {
+    captionLabel.setObjectName(QStringLiteral("caption"));
+    copyPush.setObjectName(QStringLiteral("copy"));
+    openPush.setObjectName(QStringLiteral("open"));
+    copyPush.setAutoDefault(false);
+    openPush.setAutoDefault(false);
+    connectButton(copyPush, actions.copy);
+    connectButton(openPush, actions.open);
+    keepPlaceWhenHidden(captionLabel);
+    keepPlaceWhenHidden(copyPush);
+    keepPlaceWhenHidden(openPush);
+  }
+
+  void arrange() {
+    // Layouts are owned by the window they are set on.
+    auto* fields = new QFormLayout;
+    fields->setFieldGrowthPolicy(QFormLayout::ExpandingFieldsGrow);
+    fields->addRow(QStringLiteral("Halvik &account:"), &accountField);
+    fields->addRow(QStringLiteral("Support &ticket:"), &ticketField);
+    fields->addRow(QStringLiteral("&Domain to test:"), &domainField);
+    auto* startRow = new QHBoxLayout;
+    startRow->addWidget(&statusLabel, 1);
+    startRow->addWidget(&startPush);
+    auto* linkRow = new QHBoxLayout;
+    linkRow->addWidget(&captionLabel, 1);
+    linkRow->addWidget(&copyPush);
+    linkRow->addWidget(&openPush);
+    auto* all = new QVBoxLayout(&frame);
+    all->addWidget(&purposeLabel);
+    all->addLayout(fields);
+    all->addLayout(startRow);
+    all->addWidget(&progressBar);
+    all->addWidget(&resultsBrowser, 1);
+    all->addLayout(linkRow);
+    // As low as it can be: the results are a line or two. Whoever wants to see more makes it
+    // larger.
+    frame.resize(frame.sizeHint().width(), frame.minimumSizeHint().height());
+  }
+
+  void orderFocus() {
+    const std::initializer_list<QWidget*> order{&accountField, &ticketField,    &domainField,
+                                                &startPush,    &resultsBrowser, &copyPush,
+                                                &openPush};
+    for (const auto* widget = order.begin(); widget + 1 != order.end(); ++widget) {
+      QWidget::setTabOrder(*widget, *(widget + 1));
+    }
+    accountField.setFocus();
+  }
+};
+
+MainWindow::MainWindow(WindowActions pressed)
+    : parts(std::make_unique<Parts>(std::move(pressed))) {}
 
 MainWindow::~MainWindow() = default;
 
 void MainWindow::show() {
-  parts->widget.show();
+  parts->frame.show();
+}
+
+TextField& MainWindow::account() {
+  return parts->account;
+}
+
+TextField& MainWindow::ticket() {
+  return parts->ticket;
+}
+
+TextField& MainWindow::domain() {
+  return parts->domain;
+}
+
+Button& MainWindow::startButton() {
+  return parts->start;
+}
+
+Label& MainWindow::status() {
+  return parts->status;
+}
+
+ProgressBar& MainWindow::progress() {
+  return parts->progress;
+}
+
+ScrollView& MainWindow::resultsScroll() {
+  return parts->resultsScroll;
+}
+
+RichTextView& MainWindow::results() {
+  return parts->results;
+}
+
+Label& MainWindow::caption() {
+  return parts->caption;
+}
+
+Button& MainWindow::copyButton() {
+  return parts->copy;
+}
+
+Button& MainWindow::openButton() {
+  return parts->open;
 }
 
 Window& MainWindow::window() {

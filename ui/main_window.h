@@ -1,26 +1,50 @@
 // SPDX-FileCopyrightText: 2026 Halvik
 // SPDX-License-Identifier: Apache-2.0
 
-// The main window.
+// The main window: its widgets and where they stand.
 
 #pragma once
 
+#include <functional>
 #include <memory>
+#include <string>
 
 #include "ui/controls.h"
 
 namespace ui {
 
-/// The one window of the program. It owns its widgets and knows nothing of runs.
+/// What the window is asked to do by the person in front of it.
+struct WindowActions {
+  std::function<void()> start;
+  std::function<void()> copy;
+  std::function<void()> open;
+  std::function<void(const std::string& url)> openLink;
+};
+
+/// The one window of the program. It owns its widgets and knows nothing of runs: it offers its
+/// controls and passes on what is pressed. Every control keeps its place while it is hidden, so
+/// that nothing jumps.
 class MainWindow {
  public:
-  /// Needs a windowed application.
-  MainWindow();
+  /// Needs a windowed application. The controls that belong to a run are hidden at first.
+  explicit MainWindow(WindowActions pressed);
   ~MainWindow();
   MainWindow(const MainWindow&) = delete;
   MainWindow& operator=(const MainWindow&) = delete;
 
   void show();
+
+  TextField& account();
+  TextField& ticket();
+  TextField& domain();
+  Button& startButton();
+  Label& status();
+  ProgressBar& progress();
+  ScrollView& resultsScroll();
+  RichTextView& results();
+  Label& caption();
+  Button& copyButton();
+  Button& openButton();
   Window& window();
 
  private:

@@ -1,0 +1,33 @@
+// SPDX-FileCopyrightText: 2026 Halvik
+// SPDX-License-Identifier: Apache-2.0
+
+#include "app/windowed_run.h"
+
+#include <utility>
+
+#include "platform/desktop.h"
+
+namespace app {
+
+WindowedRun::WindowedRun(std::unique_ptr<MainController> owned)
+    : window({.start = [this] { controller->runTests(); },
+              .copy = [this] { controller->copyToClipBoardLinkButtonPressed(); },
+              .open = [this] { controller->shareButtonPressed(); },
+              .openLink = [](const std::string& url) { platform::openUrl(url); }}),
+      controller(std::move(owned)) {
+  controller->buttonStartTests.connect(window.startButton());
+  controller->textHalvikAccount.connect(window.account());
+  controller->textTicketNo.connect(window.ticket());
+  controller->textDomainToTest.connect(window.domain());
+  controller->progressIndicator.connect(window.progress());
+  controller->textStatus.connect(window.status());
+  controller->textCopyPaste.connect(window.caption());
+  controller->textResultsLinkView.connect(window.resultsScroll());
+  controller->textResultsLink.connect(window.results());
+  controller->window.connect(window.window());
+  controller->copyToClipBoardLink.connect(window.copyButton());
+  controller->shareButton.connect(window.openButton());
+  controller->awakeFromNib();
+}
+
+}  // namespace app

@@ -1,0 +1,31 @@
+// SPDX-FileCopyrightText: 2026 Halvik
+// SPDX-License-Identifier: Apache-2.0
+
+// A controller and its window, tied together.
+
+#pragma once
+
+#include <memory>
+
+#include "app/main_controller.h"
+#include "ui/main_window.h"
+
+namespace app {
+
+/// Connects every control of a new window to the outlets of `owned` and the controller's operations
+/// to what is pressed, then sets the controller up. Needs a windowed application that outlives it.
+class WindowedRun {
+ public:
+  explicit WindowedRun(std::unique_ptr<MainController> owned);
+
+  void show() { window.show(); }
+  MainController& mainController() { return *controller; }
+
+ private:
+  ui::MainWindow window;
+  // Destroyed before the window whose controls it names; commands that still run are then asked to
+  // end.
+  std::unique_ptr<MainController> controller;
+};
+
+}  // namespace app
