@@ -77,7 +77,7 @@ class MainWindow::Parts {
   WindowActions actions;
   Frame frame;
   QLabel purposeLabel{QStringLiteral(
-      "Runs network tests on this computer and sends what they print to Halvik support.")};
+      "Runs network tests on this computer and sends\nwhat they print to Halvik support.")};
   QLineEdit accountField;
   QLineEdit ticketField;
   QLineEdit domainField;
@@ -104,7 +104,6 @@ class MainWindow::Parts {
 
  private:
   void setUpFields() {
-    purposeLabel.setWordWrap(true);
     setUpField(accountField, "account", QStringLiteral("optional"));
     setUpField(ticketField, "ticket", QStringLiteral("optional"));
     setUpField(domainField, "domain", QStringLiteral("optional, e.g. example.com"));
@@ -132,7 +131,7 @@ class MainWindow::Parts {
     resultsBrowser.setTabChangesFocus(true);
     // A long address has no blank to break a line at.
     resultsBrowser.setWordWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
-    resultsBrowser.setMinimumHeight(resultsBrowser.fontMetrics().lineSpacing() * 7);
+    resultsBrowser.setMinimumHeight(resultsBrowser.fontMetrics().lineSpacing() * 8);
     QPalette palette = resultsBrowser.palette();
     palette.setColor(QPalette::Base, QColor(0x26, 0x26, 0x26));
     palette.setColor(QPalette::Text, Qt::white);

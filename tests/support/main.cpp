@@ -1,12 +1,23 @@
 // SPDX-FileCopyrightText: 2026 Halvik
 // SPDX-License-Identifier: Apache-2.0
 
+// The entry of both test programs: one without a display, one with windows on an off-screen
+// display.
+
 #include <gtest/gtest.h>
+
+#include <cstdlib>
 
 #include "platform/process_setup.h"
 #include "support/application.h"
 
 namespace {
+
+#ifdef HALVIK_TESTS_WITH_WINDOWS
+constexpr auto mode = platform::Application::Mode::windowed;
+#else
+constexpr auto mode = platform::Application::Mode::headless;
+#endif
 
 platform::Application* theApplication = nullptr;
 
@@ -20,8 +31,9 @@ int main(int argc, char** argv) {
   testing::InitGoogleTest(&argc, argv);
   // A death test is a new process: nothing is shared with the threads of this one.
   GTEST_FLAG_SET(death_test_style, "threadsafe");
+  setenv("QT_QPA_PLATFORM", "offscreen", 1);
   platform::setUpProcess();
-  platform::Application application(platform::Application::Mode::headless, argc, argv);
+  platform::Application application(mode, argc, argv);
   theApplication = &application;
   return RUN_ALL_TESTS();
 }

@@ -1,0 +1,215 @@
+// SPDX-FileCopyrightText: 2026 Halvik
+// SPDX-License-Identifier: Apache-2.0
+
+#include "ui/main_window.h"
+
+#include <QAccessible>
+#include <QLabel>
+#include <QScrollBar>
+#include <QTextBlock>
+#include <QTextCursor>
+#include <gmock/gmock.h>
+
+#include "ui/window_fixture.h"
+
+namespace ui {
+namespace {
+
+class MainWindowTest : public WindowTest {
+ protected:
+  void SetUp() override {
+    open({support::answer(support::reply("200 OK", "https://r.example/1"))});
+  }
+
+  void show(const std::string& text) {
+    controller->setTextView(controller->textResultsLink, text);
+    results()->show();
+  }
+
+  // The format of the character before which `position` stands.
+  QTextCharFormat formatAt(int position) const {
+    QTextCursor cursor(results()->document());
+    cursor.setPosition(position + 1);
+    return cursor.charFormat();
+  }
+
+  void expectPlain(int position) const {
+    EXPECT_FALSE(formatAt(position).isAnchor()) << position;
+    EXPECT_EQ(formatAt(position).foreground().color(), QColor(Qt::white)) << position;
+    EXPECT_FALSE(formatAt(position).fontUnderline()) << position;
+  }
+
+  void expectLink(int position, const QString& url) const {
+    EXPECT_TRUE(formatAt(position).isAnchor()) << position;
+    EXPECT_EQ(formatAt(position).anchorHref(), url) << position;
+    EXPECT_EQ(formatAt(position).underlineStyle(), QTextCharFormat::SingleUnderline) << position;
+    EXPECT_EQ(formatAt(position).foreground().color(), QColor(255, 165, 0)) << position;
+  }
+};
+
+TEST_F(MainWindowTest, IsTitledWithTheVersion) {
+  EXPECT_EQ(window->windowTitle(), QLatin1String("Halvik Diagnostic v1.0.0"));
+}
+
+TEST_F(MainWindowTest, ShowsLinksInOrangeAndTheRestInWhite) {
+  show("See results at https://r.example/1");
+  for (const int plain : {0, 8, 14}) {
+    expectPlain(plain);
+  }
+  for (const int linked : {15, 20, 33}) {
+    expectLink(linked, QStringLiteral("https://r.example/1"));
+  }
+}
+
+TEST_F(MainWindowTest, LinksTheWhiteSpaceBehindAnAddressAndNoMore) {
+  show("go http://a/1 now");
+  expectPlain(2);
+  expectLink(3, QStringLiteral("http://a/1"));
+  expectLink(13, QStringLiteral("http://a/1"));
+  expectPlain(14);
+}
+
+TEST_F(MainWindowTest, LinksAnAddressThatEndsALine) {
+  show("See results at https://r.example/1\n");
+  expectLink(15, QStringLiteral("https://r.example/1"));
+}
+
+TEST_F(MainWindowTest, PassesOverAnAddressBeforeASecureOne) {
+  show("x http://a/1 y https://b/2");
+  for (const int plain : {2, 11, 13}) {
+    expectPlain(plain);
+  }
+  expectLink(15, QStringLiteral("https://b/2"));
+}
+
+TEST_F(MainWindowTest, LeavesWhatIsNoUrlPlain) {
+  show("at https://[ now");
+  expectPlain(3);
+  expectPlain(8);
+}
+
+TEST_F(MainWindowTest, StartsAnewWithEveryText) {
+  show("https://a/1");
+  show("There was an error submitting the results");
+  for (const int plain : {0, 5, 40}) {
+    expectPlain(plain);
+  }
+}
+
+TEST_F(MainWindowTest, ShowsTextAsItIs) {
+  show("See results at <b>&amp;</b> caf\xC3\xA9");
+  EXPECT_EQ(shownText(), "See results at <b>&amp;</b> caf\xC3\xA9");
+}
+
+TEST_F(MainWindowTest, OpensALinkThatIsClicked) {
+  show("See results at https://r.example/1");
+  QTextCursor cursor(results()->document());
+  cursor.setPosition(20);
+  QTest::mouseClick(results()->viewport(), Qt::LeftButton, Qt::NoModifier,
+                    results()->cursorRect(cursor).center());
+  EXPECT_EQ(desktop.opened, QStringList(QStringLiteral("https://r.example/1")));
+}
+
+TEST_F(MainWindowTest, OpensALinkByKeyboard) {
+  show("See results at https://r.example/1");
+  results()->setFocus();
+  QTest::keyClick(results(), Qt::Key_Tab);
+  QTest::keyClick(results(), Qt::Key_Return);
+  EXPECT_EQ(desktop.opened, QStringList(QStringLiteral("https://r.example/1")));
+}
+
+TEST_F(MainWindowTest, CannotBeEditedButSelected) {
+  show("See results at https://r.example/1");
+  EXPECT_TRUE(results()->isReadOnly());
+  QTest::keyClicks(results(), QStringLiteral("x"));
+  EXPECT_EQ(shownText(), "See results at https://r.example/1");
+  QTest::keySequence(results(), QKeySequence::SelectAll);
+  EXPECT_EQ(results()->textCursor().selectedText().toStdString(), shownText());
+}
+
+TEST_F(MainWindowTest, BreaksALongAddressIntoLines) {
+  const std::string url = "https://results.halvik.example/" + std::string(269, 'x');
+  show("See results at " + url);
+  QApplication::processEvents();
+  EXPECT_EQ(results()->horizontalScrollBar()->maximum(), 0);
+  EXPECT_EQ(results()->verticalScrollBar()->maximum(), 0);
+}
+
+TEST_F(MainWindowTest, CutsNothingOffAtItsSmallest) {
+  for (const char* name : {"status", "progress", "results", "caption", "copy", "open"}) {
+    find(name)->show();
+  }
+  window->resize(window->minimumSizeHint());
+  QApplication::processEvents();
+  for (const QWidget* widget :
+       window->findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly)) {
+    EXPECT_TRUE(window->rect().contains(widget->geometry())) << widget->objectName().toStdString();
+    EXPECT_GE(widget->width(), widget->minimumSizeHint().width());
+    EXPECT_GE(widget->height(), widget->minimumSizeHint().height());
+    for (const QWidget* other :
+         window->findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly)) {
+      EXPECT_TRUE(widget == other || !widget->geometry().intersects(other->geometry()))
+          << widget->objectName().toStdString() << " and " << other->objectName().toStdString();
+    }
+  }
+}
+
+TEST_F(MainWindowTest, GivesTheResultsTheRoomWhenItGrows) {
+  results()->show();
+  const int before = results()->height();
+  window->resize(window->width() + 200, window->height() + 300);
+  QApplication::processEvents();
+  EXPECT_EQ(results()->height(), before + 300);
+}
+
+TEST_F(MainWindowTest, ReturnInAFieldStarts) {
+  for (const char* field : {"account", "ticket", "domain"}) {
+    find(field)->setFocus();
+    QTest::keyClick(find(field), Qt::Key_Return);
+    EXPECT_FALSE(find("start")->isEnabled()) << field;
+    finish();
+  }
+}
+
+TEST_F(MainWindowTest, EscapeDoesNotCloseIt) {
+  QTest::keyClick(find("account"), Qt::Key_Escape);
+  EXPECT_TRUE(window->isVisible());
+}
+
+TEST_F(MainWindowTest, TheFocusGoesFromTopToBottom) {
+  for (const char* name : {"results", "copy", "open"}) {
+    find(name)->show();
+  }
+  const std::vector<std::string> order{"account", "ticket", "domain", "start",
+                                       "results", "copy",   "open",   "account"};
+  find("account")->setFocus();
+  for (const std::string& name : order) {
+    ASSERT_NE(QApplication::focusWidget(), nullptr);
+    EXPECT_EQ(QApplication::focusWidget()->objectName().toStdString(), name);
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+  }
+}
+
+TEST_F(MainWindowTest, EveryControlHasANameAndARole) {
+  const std::vector<std::tuple<const char*, QAccessible::Role, const char*>> expected{
+      {"account", QAccessible::EditableText, "Halvik account:"},
+      {"ticket", QAccessible::EditableText, "Support ticket:"},
+      {"domain", QAccessible::EditableText, "Domain to test:"},
+      {"start", QAccessible::Button, "Start tests"},
+      {"status", QAccessible::StaticText, "Please wait."},
+      {"progress", QAccessible::ProgressBar, "Progress"},
+      {"results", QAccessible::StaticText, "Results"},
+      {"caption", QAccessible::StaticText, "Send this link to Halvik support:"},
+      {"copy", QAccessible::Button, "Copy link"},
+      {"open", QAccessible::Button, "Open link"},
+  };
+  find<QLabel>("status")->setText(QStringLiteral("Please wait."));
+  for (const auto& [name, role, text] : expected) {
+    QAccessibleInterface* control = QAccessible::queryAccessibleInterface(find(name));
+    EXPECT_EQ(control->role(), role) << name;
+    EXPECT_EQ(control->text(QAccessible::Name).remove('&').toStdString(), text);
+  }
+}
+
+}  // namespace
+}  // namespace ui

@@ -1,0 +1,280 @@
+// SPDX-FileCopyrightText: 2026 Halvik
+// SPDX-License-Identifier: Apache-2.0
+
+#include <QClipboard>
+#include <QLabel>
+#include <QLineEdit>
+#include <QProgressBar>
+#include <QTimer>
+#include <gmock/gmock.h>
+
+#include <csignal>
+#include <filesystem>
+#include <map>
+
+#include "ui/window_fixture.h"
+
+namespace ui {
+namespace {
+
+const std::string resultsUrl = "https://results.halvik.example/r/1";
+
+support::HttpServer::Behaviour succeed() {
+  return support::answer(support::reply("200 OK", resultsUrl));
+}
+
+support::HttpServer::Behaviour failWith(const std::string& status) {
+  return support::answer(support::reply(status, "no"));
+}
+
+// Breaks off behind the first piece of a good reply.
+support::HttpServer::Behaviour breakOff() {
+  return support::answer("HTTP/1.1 200 OK\r\nContent-Length: 99\r\n\r\nhttps://");
+}
+
+class WindowControl : public WindowTest {
+ protected:
+  std::map<std::string, bool> shown() const {
+    std::map<std::string, bool> visible;
+    for (const char* name : {"status", "progress", "results", "caption", "copy", "open"}) {
+      visible[name] = find(name)->isVisible();
+    }
+    return visible;
+  }
+
+  std::map<std::string, bool> enabled() const {
+    std::map<std::string, bool> usable;
+    for (const char* name : {"account", "ticket", "domain", "start"}) {
+      EXPECT_TRUE(find(name)->isVisible());
+      usable[name] = find(name)->isEnabled();
+    }
+    return usable;
+  }
+
+  static std::map<std::string, bool> all(bool isEnabled) {
+    return {
+        {"account", isEnabled}, {"ticket", isEnabled}, {"domain", isEnabled}, {"start", isEnabled}};
+  }
+
+  static std::map<std::string, bool> phase(bool running, bool withResults, bool withCaption,
+                                           bool withButtons) {
+    return {{"status", running},      {"progress", running}, {"results", withResults},
+            {"caption", withCaption}, {"copy", withButtons}, {"open", withButtons}};
+  }
+  const std::map<std::string, bool> idle = phase(false, false, false, false);
+  const std::map<std::string, bool> running = phase(true, false, false, false);
+  const std::map<std::string, bool> succeeded = phase(false, true, true, true);
+  const std::map<std::string, bool> failed = phase(false, true, false, true);
+};
+
+TEST_F(WindowControl, ShowsEachPhaseAsItShould) {
+  open({succeed(), failWith("500 Oops"), succeed()});
+  EXPECT_EQ(shown(), idle);
+  EXPECT_EQ(enabled(), all(true));
+  pressStart();
+  EXPECT_EQ(shown(), running);
+  EXPECT_EQ(enabled(), all(false));
+  finish();
+  EXPECT_EQ(shown(), succeeded);
+  EXPECT_EQ(enabled(), all(true));
+  EXPECT_EQ(shownText(), "See results at " + resultsUrl);
+  pressStart();
+  EXPECT_EQ(shown(), running);
+  finish();
+  EXPECT_EQ(shown(), failed);
+  EXPECT_EQ(shownText(), "There was an error submitting the results");
+  pressStart();
+  EXPECT_EQ(shown(), running);
+  EXPECT_EQ(enabled(), all(false));
+  finish();
+  EXPECT_EQ(shown(), succeeded);
+}
+
+TEST_F(WindowControl, KeepsItsFormerContentsWhenAGoodReplyBreaksOff) {
+  open({breakOff(), succeed(), breakOff()});
+  runOnce();
+  EXPECT_EQ(shown(), failed);
+  EXPECT_EQ(shownText(), "");
+  runOnce();
+  runOnce();
+  EXPECT_EQ(shown(), failed);
+  EXPECT_EQ(shownText(), "See results at " + resultsUrl);
+}
+
+TEST_F(WindowControl, MovesNothingFromPhaseToPhase) {
+  open({succeed()});
+  const auto places = [this] {
+    std::map<std::string, QRect> rectangles;
+    for (const char* name : {"account", "ticket", "domain", "start", "progress", "results", "copy",
+                             "open", "window"}) {
+      const QWidget* widget = std::string(name) == "window" ? window : find(name);
+      rectangles[name] = widget->geometry();
+    }
+    return rectangles;
+  };
+  const auto before = places();
+  pressStart();
+  EXPECT_EQ(places(), before);
+  finish();
+  EXPECT_EQ(places(), before);
+}
+
+TEST_F(WindowControl, CountsWhatHasFinished) {
+  open({succeed()});
+  auto* status = find<QLabel>("status");
+  auto* bar = find<QProgressBar>("progress");
+  std::string last;
+  pressStart();
+  const int max = bar->maximum();
+  EXPECT_EQ(bar->minimum(), 0);
+  EXPECT_EQ(bar->value(), 0);
+  std::vector<std::string> texts;
+  support::turnUntil([&] {
+    if (texts.empty() || texts.back() != status->text().toStdString()) {
+      texts.push_back(status->text().toStdString());
+    }
+    EXPECT_LE(bar->value(), max);
+    return find("start")->isEnabled();
+  });
+  EXPECT_EQ(texts.back(), "Please wait. Finished 52 out of 52 tests.");
+  EXPECT_EQ(controller->processes.size(), 52U);
+}
+
+TEST_F(WindowControl, BeginsToCountAtNothing) {
+  open({succeed()});
+  controller->line = "while [ ! -e " + home.path("go") + " ]; do :; done";
+  pressStart();
+  support::turnUntil([&] { return find<QLabel>("status")->text() != QLatin1String(" "); });
+  EXPECT_EQ(find<QLabel>("status")->text(),
+            QLatin1String("Please wait. Finished 0 out of 52 tests."));
+  home.write("go", "");
+  finish();
+}
+
+TEST_F(WindowControl, TakesAccountTicketAndDomainAtTheStart) {
+  std::string request;
+  open({[&](const support::ServerConnection& connection) {
+    request = connection.readRequest();
+    connection.send(support::reply("200 OK", resultsUrl));
+  }});
+  type("account", QStringLiteral("  acme  "));
+  type("ticket", QStringLiteral("123 45"));
+  type("domain", QStringLiteral("exam ple.com"));
+  pressStart();
+  find<QLineEdit>("account")->setText(QStringLiteral("changed"));
+  finish();
+  run.reset();
+  server.reset();
+  EXPECT_THAT(request,
+              testing::HasSubstr("\r\n\r\nHalvik account: acme\nHalvik ticket: 123 45\n---"));
+  EXPECT_THAT(request, testing::Not(testing::HasSubstr("changed")));
+}
+
+TEST_F(WindowControl, ADomainAddsItsFiveTests) {
+  open({succeed()});
+  type("domain", QStringLiteral("word"));
+  runOnce();
+  EXPECT_EQ(controller->planned.size(), 52U);
+  controller->planned.clear();
+  type("domain", QStringLiteral(".example"));
+  runOnce();
+  EXPECT_EQ(controller->planned.size(), 57U);
+}
+
+TEST_F(WindowControl, AlwaysUploads) {
+  open({succeed()});
+  controller->isConsole = true;
+  controller->outputFile = "";
+  runOnce();
+  EXPECT_EQ(controller->resultsUrl, resultsUrl);
+}
+
+TEST_F(WindowControl, CopiesTheUrl) {
+  open({support::answer(support::reply("200 OK", resultsUrl + "\n"))});
+  runOnce();
+  QTest::mouseClick(find("copy"), Qt::LeftButton);
+  EXPECT_EQ(QApplication::clipboard()->text().toStdString(), resultsUrl + "\n");
+}
+
+TEST_F(WindowControl, OpensTheUrl) {
+  open({support::answer(support::reply("200 OK", resultsUrl + "\n"))});
+  runOnce();
+  EXPECT_EQ(desktop.opened, QStringList());
+  QTest::mouseClick(find("open"), Qt::LeftButton);
+  EXPECT_EQ(desktop.opened, QStringList(QString::fromStdString(resultsUrl)));
+}
+
+TEST_F(WindowControl, HasNothingToCopyOrOpenAfterAFirstRunThatFailed) {
+  open({failWith("404 Not Found")});
+  runOnce();
+  QApplication::clipboard()->setText(QStringLiteral("before"));
+  desktop.opened.clear();
+  QTest::mouseClick(find("copy"), Qt::LeftButton);
+  QTest::mouseClick(find("open"), Qt::LeftButton);
+  EXPECT_EQ(QApplication::clipboard()->text(), QString());
+  EXPECT_EQ(desktop.opened, QStringList());
+}
+
+TEST_F(WindowControl, SavesAndOpensTheReportAfterAFailureOnly) {
+  open({succeed(), failWith("500 Oops")});
+  controller->line = "echo out";
+  const std::string path = home.path("Desktop/diagnostic_results.txt");
+  runOnce();
+  EXPECT_FALSE(std::filesystem::exists(path));
+  EXPECT_EQ(desktop.opened, QStringList());
+  runOnce();
+  EXPECT_EQ(support::contentsOf(path), platform::join(controller->results.pieces()));
+  EXPECT_EQ(desktop.opened, QStringList("file://" + QString::fromStdString(path)));
+}
+
+TEST_F(WindowControl, RunsTenTimesAndLeavesNothingBehind) {
+  open({succeed()});
+  controller->line = "echo $$";
+  const auto descriptors = [] {
+    const std::filesystem::directory_iterator listing("/proc/self/fd");
+    return std::distance(begin(listing), end(listing));
+  };
+  runOnce();
+  const auto before = descriptors();
+  for (int i = 0; i < 9; ++i) {
+    runOnce();
+    EXPECT_EQ(shown(), succeeded);
+  }
+  EXPECT_LE(descriptors(), before + 2);
+  EXPECT_EQ(controller->container.size(), 10U);
+  for (const auto& process : controller->processes) {
+    const std::string result = process->getResult();
+    const pid_t pid = std::stoi(result.substr(result.find("stdout:\n") + 8));
+    EXPECT_NE(kill(pid, 0), 0);
+  }
+}
+
+TEST_F(WindowControl, StaysAliveWhileItsCommandsPrint) {
+  open({succeed()});
+  controller->line = "head -c 10000000 /dev/zero | tr '\\0' x";
+  int ticks = 0;
+  QTimer timer;
+  QObject::connect(&timer, &QTimer::timeout, &timer, [&] { ++ticks; });
+  timer.start(0);
+  runOnce();
+  // More than half a gigabyte has passed, in portions after each of which the window could repaint.
+  EXPECT_GE(ticks, 20);
+  EXPECT_EQ(shown(), succeeded);
+}
+
+TEST_F(WindowControl, AsksItsCommandsToEndWhenItGoes) {
+  open({succeed()});
+  controller->line = "trap 'echo > " + home.path("ended") + "; exit' TERM; echo > " +
+                     home.path("started") + "; while :; do :; done";
+  pressStart();
+  support::turnUntil([&] {
+    support::application().post([] {});
+    return std::filesystem::exists(home.path("started"));
+  });
+  run.reset();
+  while (!std::filesystem::exists(home.path("ended"))) {
+  }
+}
+
+}  // namespace
+}  // namespace ui
