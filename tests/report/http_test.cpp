@@ -83,7 +83,7 @@ TEST(Http, JudgesAReplyByItsBodyAndItsStatus) {
       {"204", "HTTP/1.1 204 No Content\r\n\r\n", "error", false, 0, std::nullopt},
       {"200 not UTF-8", support::reply("200 OK", "\xff"), "done", true, 200, std::nullopt},
       {"300", support::reply("300 Multiple Choices", "url"), "done", true, 300, "url"},
-            {"302 to nowhere", support::reply("302 Found", "moved"), "done", true, 302, "moved"},
+      {"302 to nowhere", support::reply("302 Found", "moved"), "done", true, 302, "moved"},
       {"400", support::reply("400 Bad Request", "x"), "error", false, 400, "x"},
       {"401", support::reply("401 Unauthorized", "x"), "error", false, 401, "x"},
       {"404", support::reply("404 Not Found", "gone"), "error", false, 404, "gone"},

@@ -47,8 +47,8 @@ class HttpServer {
   std::thread thread;
 };
 
-/// Reads a request and answers with `reply`, bytes as they go over the wire.
-HttpServer::Behaviour answer(const std::string& reply);
+/// Reads a request and answers with `bytes` as they go over the wire.
+HttpServer::Behaviour answer(const std::string& bytes);
 
 /// A reply with a body and its length.
 std::string reply(const std::string& status, const std::string& body,
