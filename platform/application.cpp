@@ -18,17 +18,18 @@ namespace platform {
 
 namespace {
 
-// The toolkit's own remarks go where ours go. Its fatal ones come while it looks for a display: an
-// abort would look like a defect of the program, so it ends with a line and a status instead.
+// The toolkit's own remarks go where ours go. Its fatal ones come when it finds no display: an
+// abort would look like a defect of the program, and its advice to reinstall would help nobody.
 void logToolkitMessage(QtMsgType type, const QMessageLogContext& /*context*/,
                        const QString& message) {
   const bool isAboutLocale = message.startsWith(QLatin1String("Detected locale"));
   if (type == QtDebugMsg || type == QtInfoMsg || isAboutLocale) {
     return;
   }
-  log(message.toStdString());
+  const bool isAboutDisplay = message.startsWith(QLatin1String("This application failed to start"));
+  log(isAboutDisplay ? "there is no display to open the window on; the option -s runs without one"
+                     : message.toStdString());
   if (type == QtFatalMsg) {
-    log("no window can be opened here; the option -s runs without one");
     std::_Exit(EXIT_FAILURE);
   }
 }
