@@ -157,20 +157,45 @@ TEST(Http, DecodesEachPieceByItself) {
   EXPECT_EQ(outcome.reply, std::nullopt);
 }
 
-TEST(Http, FollowsARedirectToAPage) {
-  std::string second;
+TEST(Http, FetchesThePageBehindARedirect) {
+  for (const char* status : {"301 Moved", "302 Found", "303 See Other"}) {
+    std::string second;
+    const Outcome outcome = [&] {
+      const HttpServer server(
+          {support::answer(support::reply(status, "moved", "Location: /page\r\n")),
+           [&](const ServerConnection& connection) {
+             second = connection.readRequest();
+             connection.send(support::reply("200 OK", "page"));
+           }});
+      return upload(server.url(), "data");
+    }();
+    EXPECT_EQ(outcome.name, "done") << status;
+    EXPECT_EQ(outcome.reply, "page") << status;
+    EXPECT_TRUE(second.starts_with("GET /page ")) << second;
+  }
+}
+
+TEST(Http, GivesUpOnRedirectsThatGoInACircle) {
+  int requests = 0;
   const Outcome outcome = [&] {
-    const HttpServer server(
-        {support::answer(support::reply("302 Found", "moved", "Location: /page\r\n")),
-         [&](const ServerConnection& connection) {
-           second = connection.readRequest();
-           connection.send(support::reply("200 OK", "page"));
-         }});
+    const HttpServer server({[&](const ServerConnection& connection) {
+      connection.readRequest();
+      ++requests;
+      connection.send(support::reply("302 Found", "round", "Location: /again\r\n"));
+    }});
     return upload(server.url(), "data");
   }();
-  EXPECT_EQ(outcome.name, "done");
-  EXPECT_EQ(outcome.reply, "page");
-  EXPECT_TRUE(second.starts_with("GET /page ")) << second;
+  EXPECT_EQ(outcome.name, "error");
+  EXPECT_FALSE(outcome.didResponseSucceed);
+  EXPECT_EQ(requests, 21);
+}
+
+TEST(Http, RefusesRedirectsToOtherSchemes) {
+  for (const char* target : {"file:///etc/hostname", "ftp://127.0.0.1/x", "http://"}) {
+    const HttpServer server({support::answer(
+        support::reply("302 Found", "moved", std::string("Location: ") + target + "\r\n"))});
+    EXPECT_EQ(upload(server.url(), "data").name, "error") << target;
+  }
 }
 
 TEST(Http, SendsTheDataAgainWhereARedirectAsksForIt) {
