@@ -19,10 +19,16 @@ MainController::MainController(platform::Application& owner, diagnostics::Endpoi
       saveToDesktop();
     }
   };
+  platform::lastMeasures().endCommands = [this] {
+    for (const auto& process : processes) {
+      process->terminate();
+    }
+  };
 }
 
 MainController::~MainController() {
   platform::lastMeasures().saveReport = nullptr;
+  platform::lastMeasures().endCommands = nullptr;
 }
 
 void MainController::initArgsWithSilent(bool silent, bool console, bool forceSKV, bool skipSKV,

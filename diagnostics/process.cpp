@@ -37,6 +37,12 @@ void Process::start(const std::string& launchPath, const std::vector<std::string
   task->launch();
 }
 
+void Process::terminate() const {
+  if (task) {
+    task->terminate();
+  }
+}
+
 std::string Process::getResult() const {
   return report::formatBlock(resultBlock());
 }

@@ -40,6 +40,9 @@ class Process {
   void start(const std::string& launchPath, const std::vector<std::string>& args,
              const std::optional<std::string>& comment);
 
+  /// Asks the command to end if it runs.
+  void terminate() const;
+
   /// Whether the command has ended.
   bool isFinished() const { return finished; }
 

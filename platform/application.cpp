@@ -69,6 +69,7 @@ Application::Application(Mode mode, int& argc, char** argv) {
   parts = std::make_unique<Parts>(mode, argc, argv);
   if (mode == Mode::windowed) {
     QGuiApplication::setQuitOnLastWindowClosed(false);
+    QGuiApplication::setDesktopFileName(QStringLiteral("halvik-diagnostic"));
     lastMeasures().tellUser = showError;
   }
 }

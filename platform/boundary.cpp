@@ -24,6 +24,9 @@ void endAfterUncaughtError(const char* reason) {
   if (measures.saveReport) {
     enter(measures.saveReport);
   }
+  if (measures.endCommands) {
+    enter(measures.endCommands);
+  }
   if (measures.tellUser) {
     enter([&] { measures.tellUser(reason); });
     std::_Exit(EXIT_FAILURE);

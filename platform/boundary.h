@@ -11,10 +11,12 @@
 
 namespace platform {
 
-/// What is done with an uncaught error besides logging it. Both may be empty.
+/// What is done with an uncaught error besides logging it. All may be empty.
 struct LastMeasures {
   /// Saves a report that has been built and not yet delivered.
   std::function<void()> saveReport;
+  /// Asks the commands that still run to end.
+  std::function<void()> endCommands;
   /// Shows the error to the person at the window and returns once they have seen it. Empty in a run
   /// without a window.
   std::function<void(const char* reason)> tellUser;

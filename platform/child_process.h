@@ -44,6 +44,9 @@ class ChildProcess {
   /// started.
   void launch();
 
+  /// Sends the command the termination signal if it still runs.
+  void terminate() const;
+
   /// Appends what is there to be read now to `buffer`, with one read.
   void readAvailable(Stream stream, ByteBuffer& buffer);
 

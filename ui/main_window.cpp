@@ -10,6 +10,7 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPointer>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QTextBrowser>
@@ -40,6 +41,30 @@ class Frame final : public QDialog {
       QDialog::keyPressEvent(event);
     }
   }
+};
+
+// Gives the keyboard back after a run to where it was before: while the fields and the button are
+// disabled, nothing has the focus, and whoever works by keyboard would have to find the window's
+// first field again.
+class FocusKeeper final : public QObject {
+ public:
+  explicit FocusKeeper(QPushButton& start) : QObject(&start) { start.installEventFilter(this); }
+
+  void remember(QWidget* focused) { before = focused; }
+
+  bool eventFilter(QObject* watched, QEvent* event) override {
+    const auto* start = qobject_cast<QWidget*>(watched);
+    if (event->type() == QEvent::EnabledChange && start->isEnabled() && before != nullptr &&
+        start->window()->focusWidget() != before) {
+      // Later, since the other fields are enabled after the button.
+      QMetaObject::invokeMethod(
+          before, [this] { before->setFocus(); }, Qt::QueuedConnection);
+    }
+    return QObject::eventFilter(watched, event);
+  }
+
+ private:
+  QPointer<QWidget> before;
 };
 
 void keepPlaceWhenHidden(QWidget& widget) {
@@ -109,7 +134,11 @@ class MainWindow::Parts {
     setUpField(domainField, "domain", QStringLiteral("optional, e.g. example.com"));
     startPush.setObjectName(QStringLiteral("start"));
     startPush.setDefault(true);
-    connectButton(startPush, actions.start);
+    auto* focus = new FocusKeeper(startPush);
+    connectButton(startPush, [this, focus] {
+      focus->remember(frame.focusWidget());
+      actions.start();
+    });
   }
 
   void setUpRun() {
@@ -147,8 +176,6 @@ class MainWindow::Parts {
     captionLabel.setObjectName(QStringLiteral("caption"));
     copyPush.setObjectName(QStringLiteral("copy"));
     openPush.setObjectName(QStringLiteral("open"));
-    copyPush.setAutoDefault(false);
-    openPush.setAutoDefault(false);
     connectButton(copyPush, actions.copy);
     connectButton(openPush, actions.open);
     keepPlaceWhenHidden(captionLabel);

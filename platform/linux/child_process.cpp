@@ -74,9 +74,7 @@ ChildProcess::ChildProcess(DescriptorSet& descriptorSet, std::string path,
 }
 
 ChildProcess::~ChildProcess() {
-  if (pid > 0) {
-    kill(pid, SIGTERM);
-  }
+  terminate();
   for (Pipe* pipe : {&output, &error}) {
     close(pipe->readEnd);
     if (pipe->writeEnd >= 0) {
@@ -108,6 +106,12 @@ void ChildProcess::launch() {
     fail(errno);
   }
   descriptors.watch(termination.fd, termination);
+}
+
+void ChildProcess::terminate() const {
+  if (pid > 0) {
+    kill(pid, SIGTERM);
+  }
 }
 
 void ChildProcess::readAvailable(Stream stream, ByteBuffer& buffer) {

@@ -122,6 +122,15 @@ TEST(Process, ThatCannotBeLaunchedThrowsItsPathAndTheReason) {
   }
 }
 
+TEST(Process, EndsItsCommandWhenAsked) {
+  const auto process = makeProcess();
+  process->terminate();
+  process->start("/bin/sh", {"-c", "exec sleep 1000"}, std::nullopt);
+  process->terminate();
+  turnUntil([&] { return process->isFinished(); });
+  process->terminate();
+}
+
 TEST(Process, KeepsWhatADescendantWritesAfterItsParentsEnd) {
   const auto process =
       runShell("echo first; (" + untilParentIsGone + "echo late; echo late2 >&2) &");

@@ -46,6 +46,16 @@ TEST(BoundaryDeathTest, ASecondErrorWhileSavingEndsAsWell) {
       testing::KilledBySignal(SIGABRT), "a reason\n.*another\n");
 }
 
+TEST(BoundaryDeathTest, CommandsAreAskedToEndWhenTheReportIsSafe) {
+  EXPECT_EXIT(
+      {
+        lastMeasures().saveReport = [] { log("saved"); };
+        lastMeasures().endCommands = [] { log("ended"); };
+        enter(fail);
+      },
+      testing::KilledBySignal(SIGABRT), "saved\n.*ended\n");
+}
+
 TEST(BoundaryDeathTest, APersonIsToldAndTheStatusSaysThatItFailed) {
   EXPECT_EXIT(
       {

@@ -101,6 +101,23 @@ TEST_F(WindowControl, KeepsItsFormerContentsWhenAGoodReplyBreaksOff) {
   EXPECT_EQ(shownText(), "See results at " + resultsUrl);
 }
 
+TEST_F(WindowControl, SetsTheMessageOfA500AndReplacesItAtOnce) {
+  open({failWith("500 Oops"), failWith("502 Oops")});
+  std::vector<std::string> texts;
+  QObject::connect(results()->document(), &QTextDocument::contentsChanged, results(), [&] {
+    if (const std::string text = shownText();
+        text != "" && (texts.empty() || texts.back() != text)) {
+      texts.push_back(text);
+    }
+  });
+  const std::string general = "There was an error submitting the results";
+  runOnce();
+  EXPECT_THAT(texts, testing::ElementsAre("There was an internal server errror", general));
+  texts.clear();
+  runOnce();
+  EXPECT_THAT(texts, testing::ElementsAre(general));
+}
+
 TEST_F(WindowControl, MovesNothingFromPhaseToPhase) {
   open({succeed()});
   const auto places = [this] {

@@ -1,0 +1,252 @@
+# SPDX-FileCopyrightText: 2026 Halvik
+# SPDX-License-Identifier: Apache-2.0
+
+"""The window as a screen reader meets it: names, roles and states of its controls in each phase of a run."""
+
+import os
+import re
+import shutil
+import subprocess
+import tempfile
+import unittest
+
+import servers
+import support
+
+support.require_tools("Xvfb", "xdotool", "xclip", "dbus-daemon")
+try:
+    import gi
+    gi.require_version("Atspi", "2.0")
+    from gi.repository import Atspi, GLib
+    import windows
+except (ImportError, ValueError) as error:
+    support.skip_file(f"not installed: {error}")
+if not os.path.exists("/usr/share/dbus-1/services/org.a11y.Bus.service"):
+    support.skip_file("not installed: the bus of the assistive technologies")
+
+URL = windows.RESULT.decode()
+PURPOSE = "Runs network tests on this computer and sends\nwhat they print to Halvik support."
+FIELDS = ["Halvik account:", "Support ticket:", "Domain to test:"]
+RESULTS = ("Results", "text view")
+
+CAPTIONS = [(PURPOSE, "label"), *[(name, "label") for name in FIELDS]]
+INPUTS = [*[(name, "text") for name in FIELDS], ("Start tests", "push button")]
+CAPTION = ("Send this link to Halvik support:", "label")
+BUTTONS = [("Copy link", "push button"), ("Open link", "push button")]
+
+
+def status(done):
+    return f"Please wait. Finished {done} out of {support.PLAN_LENGTH} tests."
+
+
+def setUpModule():
+    """A session bus, on which the bus of the assistive technologies starts as soon as it is asked for."""
+    runtime = tempfile.TemporaryDirectory(prefix="halvik-")
+    unittest.addModuleCleanup(runtime.cleanup)
+    os.environ["XDG_RUNTIME_DIR"] = runtime.name
+    for name in ("DISPLAY", "WAYLAND_DISPLAY", "AT_SPI_BUS_ADDRESS"):
+        os.environ.pop(name, None)
+    bus = subprocess.Popen(["dbus-daemon", "--session", "--nofork", "--print-address"], stdout=subprocess.PIPE,
+                           stderr=subprocess.DEVNULL, text=True)
+    unittest.addModuleCleanup(bus.communicate)
+    unittest.addModuleCleanup(bus.terminate)
+    os.environ["DBUS_SESSION_BUS_ADDRESS"] = bus.stdout.readline().strip()
+    Atspi.init()
+
+
+class Control:
+    """What a screen reader knows of one control."""
+
+    def __init__(self, accessible):
+        self.accessible = accessible
+        self.name = accessible.get_name()
+        states = accessible.get_state_set()
+        self.is_showing = states.contains(Atspi.StateType.SHOWING)
+        self.is_enabled = states.contains(Atspi.StateType.ENABLED) and states.contains(Atspi.StateType.SENSITIVE)
+        self.is_focused = states.contains(Atspi.StateType.FOCUSED)
+        self.is_editable = states.contains(Atspi.StateType.EDITABLE)
+        role = accessible.get_role_name()
+        # Of a text that nobody can edit the toolkit says that it is a label, but one with many lines that the keyboard
+        # reaches, and whose text can be read piece by piece.
+        if ("Text" in accessible.get_interfaces() and states.contains(Atspi.StateType.MULTI_LINE)
+                and states.contains(Atspi.StateType.FOCUSABLE) and not self.is_editable):
+            role = "text view"
+        self.role = {"entry": "text", "button": "push button"}.get(role, role)
+
+    @property
+    def labels(self):
+        return [relation.get_target(number).get_name() for relation in self.accessible.get_relation_set()
+                if relation.get_relation_type() == Atspi.RelationType.LABELLED_BY
+                for number in range(relation.get_n_targets())]
+
+    @property
+    def text(self):
+        return Atspi.Text.get_text(self.accessible, 0, Atspi.Text.get_character_count(self.accessible))
+
+    def press(self):
+        if not Atspi.Action.do_action(self.accessible, 0):
+            raise AssertionError(f"{self.name} cannot be pressed")
+
+
+def children(accessible):
+    accessible.clear_cache()
+    found = [accessible.get_child_at_index(number) for number in range(accessible.get_child_count())]
+    return [child for child in found if child]
+
+
+class AccessibilityTest(windows.WindowedTest):
+    def environment(self, changes=None):
+        return super().environment({"QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1",
+                                    "DBUS_SESSION_BUS_ADDRESS": os.environ["DBUS_SESSION_BUS_ADDRESS"],
+                                    **(changes or {})})
+
+    def controls(self, title=windows.TITLE):
+        """The showing controls of the program's window with that title; none while there is no such window."""
+        try:
+            for application in children(Atspi.get_desktop(0)):
+                if application.get_process_id() == self.process.pid:
+                    for window in children(application):
+                        if re.fullmatch(title, window.get_name()):
+                            return [control for control in map(Control, children(window)) if control.is_showing]
+        except GLib.Error:
+            pass  # something has gone while it was looked at
+        return []
+
+    def control(self, name, role):
+        found = [control for control in self.controls() if (control.name, control.role) == (name, role)]
+        self.assertEqual(len(found), 1, f"{name}, {role}")
+        return found[0]
+
+    def start_run(self):
+        """Starts a run of which 30 commands end, and the others when the gate is opened."""
+        self.control("Start tests", "push button").press()
+        self.wait_for_phase([(status(30), "label"), ("Progress", "progress bar")], inputs_are_enabled=False)
+
+    def wait_for_phase(self, expected, inputs_are_enabled=True):
+        """Waits until exactly the controls of one phase are there, and fails by saying what else there is."""
+        everything = sorted([(name, role, True) for name, role in CAPTIONS + expected]
+                            + [(name, role, inputs_are_enabled) for name, role in INPUTS])
+
+        def present():
+            return sorted((control.name, control.role, control.is_enabled) for control in self.controls())
+
+        try:
+            support.wait_until(lambda: present() == everything, "the phase is reached")
+        except AssertionError:
+            self.assertEqual(present(), everything)
+
+    def focused(self):
+        return [control.name for control in self.controls() if control.is_focused]
+
+
+class PhaseTest(AccessibilityTest):
+    def setUp(self):
+        super().setUp()
+        self.server = self.serve(servers.reply(windows.RESULT), servers.reply(b"no", status=500))
+        self.gate = windows.Gate(self)
+        waiting = [":"] * 30 + [self.gate.line] * (support.PLAN_LENGTH - 30)
+        self.open_window(commands=waiting, submit=self.server.url())
+
+    def finish_run_with(self, controls):
+        self.gate.open()
+        self.may_reply.release()
+        self.wait_for_phase(controls)
+
+    def test_controls_of_each_phase(self):
+        self.wait_for_phase([])
+        self.start_run()
+        self.finish_run_with([RESULTS, CAPTION, *BUTTONS])
+        self.control("Start tests", "push button").press()
+        self.finish_run_with([RESULTS, *BUTTONS])
+
+    def test_fields_are_named_by_their_captions(self):
+        self.wait_for_phase([])
+        for name in FIELDS:
+            field = self.control(name, "text")
+            self.assertEqual(field.labels, [name])
+            self.assertTrue(field.is_editable)
+
+    def test_progress_has_its_value(self):
+        self.wait_for_phase([])
+        self.start_run()
+        bar = self.control("Progress", "progress bar").accessible
+        self.assertEqual(Atspi.Value.get_minimum_value(bar), 0)
+        step = Atspi.Value.get_maximum_value(bar) / support.PLAN_LENGTH
+        support.wait_until(lambda: Atspi.Value.get_current_value(bar) == 30 * step, "30 are shown")
+
+    def test_results_can_be_read(self):
+        self.wait_for_phase([])
+        self.start_run()
+        self.finish_run_with([RESULTS, CAPTION, *BUTTONS])
+        self.assertEqual(self.control(*RESULTS).text, "See results at " + URL)
+        self.control("Start tests", "push button").press()
+        self.finish_run_with([RESULTS, *BUTTONS])
+        self.assertEqual(self.control(*RESULTS).text, "There was an error submitting the results")
+
+    def test_after_a_run_the_keyboard_is_not_lost(self):
+        self.wait_for_phase([])
+        self.assertEqual(self.focused(), ["Halvik account:"])
+        self.window.press("Return")
+        self.finish_run_with([RESULTS, CAPTION, *BUTTONS])
+        self.assertEqual(len(self.focused()), 1, "something has the focus after a run")
+        self.window.press("alt+s")
+        self.finish_run_with([RESULTS, *BUTTONS])
+        self.assertEqual(len(self.focused()), 1, "something has the focus after a run that failed")
+
+
+class ActionTest(AccessibilityTest):
+    def test_a_run_without_keys_and_mouse(self):
+        server = self.serve()
+        self.open_window(submit=server.url())
+        self.wait_for_phase([])
+        for name, text in zip(FIELDS, ["acme", "48151", "example.com"]):
+            field = self.control(name, "text").accessible
+            self.assertTrue(Atspi.EditableText.set_text_contents(field, text))
+        self.may_reply.release()
+        self.control("Start tests", "push button").press()
+        self.wait_for_phase([RESULTS, CAPTION, *BUTTONS])
+        head = b"Halvik account: acme\nHalvik ticket: 48151\n"
+        report = server.requests[0].submitted
+        self.assertEqual(report[:len(head)], head)
+        self.assertEqual(len(support.blocks(report[len(head):])), support.PLAN_LENGTH + 5)
+        self.screen.copy(b"of another program")
+        self.control("Copy link", "push button").press()
+        self.screen.wait_for_clipboard(windows.RESULT)
+        self.control("Open link", "push button").press()
+        self.assertEqual(self.desktop.wait_for(1), [URL])
+
+
+@unittest.skipUnless(shutil.which("dig"), "the tools of the plan are not installed")
+class MessageTest(AccessibilityTest):
+    """With the real plan, on a network with no way out."""
+
+    def test_the_message_about_a_command_that_cannot_be_launched(self):
+        (self.folder / "tool").write_text("#!/bin/sh\n")
+        prefix = ["unshare", "--mount", "sh", "-e", "-c",
+                  f'mount --bind {self.folder}/tool /usr/bin/dig; exec "$@"', "sh"]
+        self.open_program(prefix)
+        self.wait_for_phase([])
+        self.control("Start tests", "push button").press()
+        support.wait_until(lambda: self.controls(windows.MESSAGE_TITLE), "a message is shown")
+        controls = self.controls(windows.MESSAGE_TITLE)
+        text = "".join(control.name for control in controls if control.role == "label")
+        self.assertIn("has to end because of an error", text)
+        self.assertIn("/usr/bin/dig: Permission denied", text)
+        for button in self.buttons():
+            button.press()
+        self.assertEqual(self.finish(self.process).status, 1)
+
+    def buttons(self):
+        """The buttons of the message, which stand in a row of their own."""
+        found = []
+        for application in children(Atspi.get_desktop(0)):
+            if application.get_process_id() == self.process.pid:
+                for window in children(application):
+                    if window.get_name() == windows.MESSAGE_TITLE:
+                        found += [Control(button) for group in children(window) for button in children(group)]
+        buttons = [control for control in found if control.role == "push button"]
+        self.assertEqual([button.name for button in buttons], ["OK"])
+        return buttons
+
+
+support.run_tests(needs_namespaces=True)
