@@ -162,7 +162,7 @@ class MainWindow::Parts {
     resultsBrowser.setWordWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
     resultsBrowser.setMinimumHeight(resultsBrowser.fontMetrics().lineSpacing() * 8);
     QPalette palette = resultsBrowser.palette();
-    palette.setColor(QPalette::Base, QColor(0x26, 0x26, 0x26));
+    palette.setColor(QPalette::Base, QColor(0x16, 0x16, 0x16));
     palette.setColor(QPalette::Text, Qt::white);
     resultsBrowser.setPalette(palette);
     keepPlaceWhenHidden(resultsBrowser);
