@@ -15,7 +15,7 @@ namespace app {
 MainController::MainController(platform::Application& owner, diagnostics::Endpoints asked)
     : application(owner), endpoints(std::move(asked)) {
   platform::lastMeasures().saveReport = [this] {
-    if (isFinishing && !results.empty()) {
+    if (isReportAtRisk) {
       saveToDesktop();
     }
   };

@@ -158,6 +158,8 @@ class MainController : public platform::ApplicationDelegate,
   std::chrono::milliseconds stallLimit = report::Http::usualStallLimit;
 
  private:
+  /// The report has been built and has not reached anyone yet.
+  bool isReportAtRisk = false;
   platform::Application& application;
   const diagnostics::Endpoints endpoints;
   /// Expires with the controller: what waits in the main loop asks whether there still is one.

@@ -41,6 +41,7 @@ void MainController::processTerminatedNotification() {
 
 void MainController::handleAllTestsFinished() {
   buildResults();
+  isReportAtRisk = true;
   if (isConsole) {
     platform::Pieces printed = platform::untilNul(results.pieces());
     printed.emplace_back("\n");

@@ -16,9 +16,9 @@
 namespace platform {
 
 /// A command whose standard output and standard error are read through pipes. It inherits standard
-/// input, environment and working directory, starts with no signal ignored or blocked, and has no
-/// descriptor of this program but 0, 1 and
-/// 2. What it prints and how it ends is for the owner to judge: the exit status is not kept.
+/// input, environment and working directory, starts with no signal ignored or blocked, and has none
+/// of this program's other descriptors. What it prints and how it ends is for the owner to judge:
+/// the exit status is not kept.
 class ChildProcess {
  public:
   enum class Stream { output, error };

@@ -8,6 +8,7 @@
 #include <pwd.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <system_error>
@@ -46,6 +47,26 @@ fs::path namedDesktop(const fs::path& home) {
   return folder.is_absolute() && folder / "" != homeItself ? folder : home / "Desktop";
 }
 
+// Where a Desktop may be, the best place first; none without a home folder.
+std::vector<fs::path> desktopCandidates() {
+  const fs::path home = homeFolder();
+  if (!isFolder(home)) {
+    return {};
+  }
+  const fs::path usual = home / "Desktop";
+  // Without the variable, the desktop environment's own settings cannot be found.
+  return homeFromEnvironment().empty() ? std::vector{usual}
+                                       : std::vector{namedDesktop(home), usual};
+}
+
+// A new folder that nobody else can have prepared: the place for temporary files is everybody's.
+std::string privateTemporaryFolder() {
+  std::error_code failed;
+  const fs::path shared = fs::temp_directory_path(failed);
+  std::string folder = ((failed ? fs::path("/tmp") : shared) / "halvik-diagnostic-XXXXXX").string();
+  return mkdtemp(folder.data()) == nullptr ? "/tmp" : folder;
+}
+
 }  // namespace
 
 bool pathExists(const std::string& path) {
@@ -64,16 +85,14 @@ std::string expandTilde(const std::string& path) {
 }
 
 std::string desktopFolder() {
-  const bool desktopKnowsHome = !homeFromEnvironment().empty();
-  fs::path home = homeFolder();
   std::error_code ignored;
-  if (!isFolder(home)) {
-    home = fs::temp_directory_path(ignored);
+  for (const fs::path& folder : desktopCandidates()) {
+    fs::create_directories(folder, ignored);
+    if (isFolder(folder) && access(folder.c_str(), W_OK | X_OK) == 0) {
+      return folder.string();
+    }
   }
-  const fs::path folder =
-      desktopKnowsHome && home == homeFromEnvironment() ? namedDesktop(home) : home / "Desktop";
-  fs::create_directories(folder, ignored);
-  return folder.string();
+  return privateTemporaryFolder();
 }
 
 }  // namespace platform

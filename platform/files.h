@@ -39,9 +39,8 @@ bool writeAtomically(const std::string& path, const Pieces& bytes);
 std::string expandTilde(const std::string& path);
 
 /// The folder that this desktop shows as the user's Desktop, by default "Desktop" in the home
-/// folder. It is created if it is missing; whether that worked shows when a file is written there.
-/// Without any home folder it is made in the folder for temporary files, which is still better than
-/// losing a report.
+/// folder; created if it is missing. Where none of these can be written to, a new private folder
+/// among the temporary files, which is still better than losing a report.
 std::string desktopFolder();
 
 }  // namespace platform

@@ -15,6 +15,7 @@ namespace platform {
 namespace {
 
 constexpr int redirectsMax = 20;
+constexpr qint64 readBufferBytes = 1 << 20;
 
 // These two ask for the same request again; after any other redirect only the page behind it is
 // fetched.
@@ -25,6 +26,12 @@ QUrl toUrl(const std::string& text) {
   return {QString::fromStdString(text), QUrl::StrictMode};
 }
 
+bool isHttp(const QUrl& url) {
+  const QString scheme = url.scheme();
+  return url.isValid() && !url.host().isEmpty() &&
+         (scheme == QLatin1String("http") || scheme == QLatin1String("https"));
+}
+
 // Where a reply sends its reader on to; invalid when it does not.
 QUrl redirectionTarget(const QNetworkReply& reply) {
   const QUrl target = reply.attribute(QNetworkRequest::RedirectionTargetAttribute).toUrl();
@@ -33,6 +40,15 @@ QUrl redirectionTarget(const QNetworkReply& reply) {
 
 int statusOf(const QNetworkReply& reply) {
   return reply.attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+}
+
+// Whether fewer bytes came than the head had promised. The toolkit does not always notice when a
+// connection breaks off behind the first piece. What it has decompressed says nothing about the
+// bytes that came.
+bool isCutShort(const QNetworkReply& reply, qint64 received) {
+  const QVariant promised = reply.header(QNetworkRequest::ContentLengthHeader);
+  return promised.isValid() && !reply.hasRawHeader("Content-Encoding") &&
+         received < promised.toLongLong();
 }
 
 // The toolkit reports two kinds of things as errors: failed transfers, and complete replies with a
@@ -80,6 +96,9 @@ class HttpConnection::Parts {
 
   void await(QNetworkReply* next) {
     reply = next;
+    received = 0;
+    // Only the last piece of a reply counts: an endless one must not fill the memory.
+    reply->setReadBufferSize(readBufferBytes);
     QObject::connect(reply, &QNetworkReply::metaDataChanged, &manager,
                      [this] { enter([this] { passHead(); }); });
     QObject::connect(reply, &QNetworkReply::readyRead, &manager,
@@ -96,6 +115,7 @@ class HttpConnection::Parts {
 
   void passData() {
     const QByteArray data = reply->readAll();
+    received += data.size();
     if (!data.isEmpty() && !redirectionTarget(*reply).isValid()) {
       delegate.connectionDidReceiveData({data.data(), static_cast<std::size_t>(data.size())});
     }
@@ -107,6 +127,9 @@ class HttpConnection::Parts {
     }
     if (!isCompleteReply(*reply)) {
       delegate.connectionDidFailWithError();
+    } else if (isCutShort(*reply, received)) {
+      logFailure(QStringLiteral("the reply breaks off"));
+      delegate.connectionDidFailWithError();
     } else if (const QUrl target = redirectionTarget(*reply); target.isValid()) {
       follow(target);
     } else {
@@ -117,7 +140,7 @@ class HttpConnection::Parts {
   void follow(const QUrl& target) {
     const bool isLessSecure = reply->url().scheme() == QLatin1String("https") &&
                               target.scheme() != QLatin1String("https");
-    if (isLessSecure || !isHttpUrl(target.toString().toStdString()) || redirects == redirectsMax) {
+    if (isLessSecure || !isHttp(target) || redirects == redirectsMax) {
       logFailure(QStringLiteral("the redirect to %1 is refused").arg(target.toString()));
       delegate.connectionDidFailWithError();
       return;
@@ -134,7 +157,9 @@ class HttpConnection::Parts {
     }
   }
 
-  void logFailure(const QString& reason) const {
+  // The reason may be the server's own words: without what a terminal would obey.
+  void logFailure(QString reason) const {
+    reason.removeIf([](QChar character) { return character.category() == QChar::Other_Control; });
     log("sending to " + request.url + " failed: " + reason.toStdString());
   }
 
@@ -143,14 +168,12 @@ class HttpConnection::Parts {
   const std::chrono::milliseconds stallLimit;
   QNetworkAccessManager manager;
   QNetworkReply* reply = nullptr;
+  qint64 received = 0;
   int redirects = 0;
 };
 
 bool isHttpUrl(const std::string& url) {
-  const QUrl parsed = toUrl(url);
-  const QString scheme = parsed.scheme();
-  return parsed.isValid() && !parsed.host().isEmpty() &&
-         (scheme == QLatin1String("http") || scheme == QLatin1String("https"));
+  return isHttp(toUrl(url));
 }
 
 std::string hostOfUrl(const std::string& url) {

@@ -18,8 +18,7 @@ struct Command {
 
 /// The command to run in place of the given one on this system: the same where `path` exists or is
 /// not known to live elsewhere, otherwise with the path under which this system keeps the tool. The
-/// first word of a command line for
-/// "/bin/sh -c" is looked up in the same way.
+/// first word of a command line that a shell gets with "-c" is looked up in the same way.
 Command locateCommand(const std::string& path, const std::vector<std::string>& args);
 
 }  // namespace platform

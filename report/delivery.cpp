@@ -29,6 +29,7 @@ bool MainController::submitResults() {
 }
 
 void MainController::onHttpDone(const report::Http& client) {
+  isReportAtRisk = false;
   resultsUrl = client.reply().value_or(std::string());
   if (!isSilent) {
     enableUI();
@@ -72,6 +73,7 @@ void MainController::writeToPath(const std::string& path) {
 }
 
 void MainController::saveToDesktop() {
+  isReportAtRisk = false;
   const std::string path = platform::desktopFolder() + "/diagnostic_results.txt";
   platform::log("saving the report to " + path);
   writeToPath(path);

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 Halvik
 // SPDX-License-Identifier: Apache-2.0
 
-// The upload client: one block of bytes, one POST, one outcome. Main thread only.
+// The upload client: one block of bytes, one outcome. Main thread only.
 
 #pragma once
 

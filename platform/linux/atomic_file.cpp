@@ -31,12 +31,16 @@ struct Target {
 // a file is there.
 std::optional<Target> findTarget(const std::string& path) {
   struct stat facts {};
+  std::error_code failed;
   if (stat(path.c_str(), &facts) != 0) {
+    // A link that leads nowhere is not ours to replace.
+    if (fs::is_symlink(path, failed)) {
+      return std::nullopt;
+    }
     const mode_t mask = umask(0);
     umask(mask);
     return Target{.path = path, .mode = static_cast<mode_t>(0666U & ~mask)};
   }
-  std::error_code failed;
   const fs::path real = fs::canonical(path, failed);
   if (failed || !S_ISREG(facts.st_mode)) {
     return std::nullopt;

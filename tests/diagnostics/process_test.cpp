@@ -10,6 +10,7 @@
 
 #include "platform/notification_center.h"
 #include "support/process_controller.h"
+#include "support/temporary_folder.h"
 
 namespace diagnostics {
 namespace {
@@ -158,10 +159,13 @@ TEST(Process, FiveHundredTalkativeCommandsLoseNothing) {
   constexpr std::size_t size = 1'000'000;
   const std::string expected = numberedLines("line", size);
   const std::string count = std::to_string(std::count(expected.begin(), expected.end(), '\n') - 1);
-  // Both streams at once in pieces of the tool's own size, and a descendant that holds the pipe and
-  // writes at last.
+  // Both streams at once in pieces of the tool's own size, and a descendant that writes at last: it
+  // waits for a pipe that closes with its parent.
+  const support::TemporaryFolder folder;
+  const std::string fifo = folder.path("$$");
   const std::string print = "seq -f 'line %.0f' 0 " + count;
-  const std::string line = print + " & " + print + " >&2 & wait; (exec 2>&-; sleep 0; echo last) &";
+  const std::string line = "mkfifo " + fifo + "; (read x < " + fifo + "; echo last) & exec 9> " +
+                           fifo + "; " + print + " & a=$!; " + print + " >&2 & wait $a $!";
   std::vector<std::shared_ptr<Process>> processes;
   for (int i = 0; i < 500; ++i) {
     processes.push_back(makeProcess());

@@ -63,6 +63,8 @@ TEST(Files, WritesThroughALink) {
 
 TEST(Files, LeavesEverythingElseAlone) {
   const TemporaryFolder folder;
+  std::filesystem::create_symlink("nowhere/file", folder.path("dangling"));
+  std::filesystem::create_symlink("loop", folder.path("loop"));
   std::filesystem::create_directory(folder.path("folder"));
   ASSERT_EQ(mkfifo(folder.path("fifo").c_str(), 0600), 0);
   for (const std::string& path :
@@ -71,7 +73,7 @@ TEST(Files, LeavesEverythingElseAlone) {
     EXPECT_FALSE(writeAtomically(path, {"x"})) << path;
   }
   EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
-  EXPECT_EQ(entryCount(folder), 2U);
+  EXPECT_EQ(entryCount(folder), 4U);
 }
 
 TEST(Files, AWriteThatFailsHalfWayLeavesTheOldFile) {
@@ -169,11 +171,29 @@ TEST_F(Desktop, IsNotTheHomeFolderItself) {
   }
 }
 
-TEST_F(Desktop, WithoutAHomeIsMadeWhereTemporaryFilesGo) {
+TEST_F(Desktop, IsTheUsualOneWhereTheNamedOneCannotBe) {
+  nameDesktop("XDG_DESKTOP_DIR=\"/proc/none/Desktop\"\n");
+  EXPECT_EQ(desktopFolder(), home.path("Desktop"));
+}
+
+TEST_F(Desktop, IsNoRelativePath) {
+  for (const char* line : {"XDG_DESKTOP_DIR=\"\"\n", "XDG_DESKTOP_DIR=\"here\"\n"}) {
+    nameDesktop(line);
+    EXPECT_EQ(desktopFolder(), home.path("Desktop")) << line;
+  }
+}
+
+TEST_F(Desktop, GivesWayToAPrivateTemporaryFolder) {
   const TemporaryFolder temporary;
   const ScopedVariable place("TMPDIR", temporary.path().c_str());
-  const ScopedVariable nowhere("HOME", "/nowhere/at/all");
-  EXPECT_EQ(desktopFolder(), temporary.path("Desktop"));
+  home.write("Desktop", "a file");
+  for (const std::string& unusable : {std::string("/nowhere/at/all"), home.path()}) {
+    const ScopedVariable nowhere("HOME", unusable.c_str());
+    const std::string folder = desktopFolder();
+    EXPECT_TRUE(folder.starts_with(temporary.path("halvik-diagnostic-"))) << folder;
+    EXPECT_EQ(std::filesystem::status(folder).permissions(), std::filesystem::perms(0700));
+    EXPECT_NE(desktopFolder(), folder);
+  }
 }
 
 }  // namespace

@@ -175,6 +175,43 @@ TEST(Http, FetchesThePageBehindARedirect) {
   }
 }
 
+TEST(Http, FollowsARedirectToAnEncodedAddress) {
+  std::string second;
+  const Outcome outcome = [&] {
+    const HttpServer server(
+        {support::answer(support::reply("302 Found", "", "Location: /a%20page?x=%2F\r\n")),
+         [&](const ServerConnection& connection) {
+           second = connection.readRequest();
+           connection.send(support::reply("200 OK", "page"));
+         }});
+    return upload(server.url(), "data");
+  }();
+  EXPECT_EQ(outcome.name, "done");
+  EXPECT_TRUE(second.starts_with("GET /a%20page?x=%2F ")) << second;
+}
+
+TEST(Http, NeverTakesAReplyThatBreaksOffForAWholeOne) {
+  // The toolkit sees the end of the data and of the connection in either order: often enough for
+  // both to occur.
+  const HttpServer server(
+      {support::answer("HTTP/1.1 200 OK\r\nContent-Length: 99\r\n\r\nhttps://")});
+  for (int i = 0; i < 100; ++i) {
+    ASSERT_EQ(upload(server.url(), "data").name, "error");
+  }
+}
+
+TEST(Http, TakesACompressedReply) {
+  const std::string packed(
+      "\x1f\x8b\x08\x00\x00\x00\x00\x00\x02\x03\xcb\x28\x29\x29\x28\xb6\xd2\xd7\x2f\xd2\x4b\xad\x48"
+      "\xcc\x2d\xc8\x49\xd5\x37\x04\x00\x2c\xf7\x98\xa0\x13\x00\x00\x00",
+      39);
+  const HttpServer server(
+      {support::answer(support::reply("200 OK", packed, "Content-Encoding: gzip\r\n"))});
+  const Outcome outcome = upload(server.url(), "data");
+  EXPECT_EQ(outcome.name, "done");
+  EXPECT_EQ(outcome.reply, "https://r.example/1");
+}
+
 TEST(Http, GivesUpOnRedirectsThatGoInACircle) {
   int requests = 0;
   const Outcome outcome = [&] {
