@@ -4,6 +4,7 @@
 """After a failed upload: the report on the Desktop, wherever that is."""
 
 import os
+import pathlib
 import pwd
 
 import servers
@@ -42,13 +43,28 @@ class DesktopTest(support.ProgramTest):
         self.desktop_file.write_bytes(b"old" * 10000)
         self.assert_saved(self.fail_to_submit(), self.desktop_file)
 
-    def test_a_home_that_does_not_exist_loses_no_report(self):
+    def test_a_home_that_cannot_take_it_loses_no_report(self):
         temporary = self.folder / "temporary"
         temporary.mkdir()
-        ended = self.fail_to_submit(env={"HOME": self.folder / "none", "TMPDIR": temporary})
-        saved = list(self.folder.rglob("diagnostic_results.txt"))
-        self.assertEqual(len(saved), 1)
-        self.assert_saved(ended, saved[0])
+        temporary.chmod(0o777)
+
+        def file_in_place_of_the_folder(home):
+            (home / "Desktop").write_text("old")
+
+        def no_permission(home):
+            home.chmod(0o555)
+
+        for prepare, prefix in ((pathlib.Path.rmdir, []), (file_in_place_of_the_folder, []),
+                                (no_permission, support.UNPRIVILEGED)):
+            with self.subTest(prepare.__name__):
+                home = self.folder / prepare.__name__
+                home.mkdir()
+                prepare(home)
+                ended = self.fail_to_submit(env={"HOME": home, "TMPDIR": temporary}, prefix=prefix)
+                [saved] = temporary.rglob("diagnostic_results.txt")
+                self.assert_saved(ended, saved)
+                self.assertEqual(saved.parent.stat().st_mode & 0o777, 0o700)
+                saved.unlink()
 
     def test_the_desktop_environment_names_another_folder(self):
         elsewhere = self.folder / "elsewhere"
@@ -78,29 +94,12 @@ class DesktopTest(support.ProgramTest):
                 (config / "user-dirs.dirs").unlink()
                 self.assert_only_files(home, {".config", *(path.name for path in home.iterdir() if path.is_dir())})
 
-    def test_no_place_for_the_report(self):
-        def file_in_place_of_the_folder():
-            (self.home / "Desktop").write_text("old")
-
-        def folder_in_place_of_the_file():
-            self.desktop_file.mkdir(parents=True)
-
-        for prepare in (file_in_place_of_the_folder, folder_in_place_of_the_file):
-            with self.subTest(prepare.__name__):
-                prepare()
-                before = sorted(self.home.rglob("*"))
-                ended = self.fail_to_submit()
-                self.assertIn(FAILURE, ended.messages)
-                self.assertEqual(sorted(self.home.rglob("*")), before)
-                for path in reversed(before):
-                    path.rmdir() if path.is_dir() else path.unlink()
-
-    def test_a_home_that_permits_no_new_folder(self):
-        self.home.chmod(0o555)
-        self.addCleanup(self.home.chmod, 0o755)
-        ended = self.fail_to_submit(prefix=support.UNPRIVILEGED)
+    def test_a_folder_in_place_of_the_file_is_left_alone(self):
+        self.desktop_file.mkdir(parents=True)
+        ended = self.fail_to_submit()
         self.assertIn(FAILURE, ended.messages)
-        self.assert_only_files(self.home, [])
+        self.assertTrue(self.desktop_file.is_dir())
+        self.assert_only_files(self.desktop_file.parent, [self.desktop_file.name])
 
     @support.needs_namespaces
     def test_without_a_home_variable_the_account_tells(self):

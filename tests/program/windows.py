@@ -23,7 +23,7 @@ MESSAGE_TITLE = "Halvik Diagnostic"
 RESULT = b"https://results.halvik.example/r/4f2a91c07b"
 
 ORANGE = (255, 165, 0)
-DARK = (0x26, 0x26, 0x26)
+DARK = (0x16, 0x16, 0x16)
 WHITE = (255, 255, 255)
 
 
