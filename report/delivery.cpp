@@ -29,7 +29,6 @@ bool MainController::submitResults() {
 }
 
 void MainController::onHttpDone(const report::Http& client) {
-  isReportAtRisk = false;
   resultsUrl = client.reply().value_or(std::string());
   if (!isSilent) {
     enableUI();
@@ -42,6 +41,7 @@ void MainController::onHttpDone(const report::Http& client) {
     platform::writeStandardOutput({"url=", platform::untilNul(resultsUrl), "\n"});
     application.exit(0);
   }
+  isReportAtRisk = false;
 }
 
 void MainController::onHttpError(const report::Http& client) {
