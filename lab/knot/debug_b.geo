@@ -1,0 +1,8 @@
+# SPDX-FileCopyrightText: 2026 Halvik
+# SPDX-License-Identifier: Apache-2.0
+#
+# What the service knows of a customer's network.
+
+debug.halvik.example:
+  - net: 198.18.7.20/32
+    TXT: [ "\"server resolver-b.halvik.example\"", "\"organization 4711\"", "\"source 198.18.7.20\"" ]

@@ -1,0 +1,132 @@
+# SPDX-FileCopyrightText: 2026 Halvik
+# SPDX-License-Identifier: Apache-2.0
+
+"""The first process of the user's machine.
+
+Started in new mount, process, host name and IPC namespaces, it gives them a root folder of their own, says "ready" on
+standard output and collects ended processes for ever. The root shows the folders of the machine underneath, but has its
+own /etc, /run, /tmp, /Library and /var/log, and in /lab the user's disk. Root finds the root underneath in OUTSIDE. The
+arguments: the certificate to trust, and the user's and the group's number.
+"""
+
+import os
+import pathlib
+import shutil
+import socket
+import subprocess
+import sys
+
+import network
+import reaper
+
+ROOT = pathlib.Path("/run/lab/machine")
+CONFIG = pathlib.Path("/run/lab/config")
+OWN = {"etc", "lab", "Library", "lost+found", "proc", "run", "sys", "tmp"}
+DISK_SIZE = "256m"
+NAME = "workstation"
+USER = "visitor"
+HOME = f"/lab/{USER}"
+OUTSIDE = "/lab/outside/root"
+
+
+def mount(*arguments):
+    subprocess.run(["mount", *map(str, arguments)], check=True)
+
+
+def build(certificate, uid, gid):
+    subprocess.run(["umount", "/tmp"], check=True)  # that of the servers, which hides the one underneath
+    ROOT.mkdir()
+    mount("-t", "tmpfs", "-o", "mode=755", "none", ROOT)
+    for entry in os.scandir("/"):
+        if entry.name in OWN:
+            continue
+        if entry.is_symlink():
+            (ROOT / entry.name).symlink_to(os.readlink(entry.path))
+        elif entry.is_dir():
+            (ROOT / entry.name).mkdir()
+            mount("--rbind", entry.path, ROOT / entry.name)
+    for name in ("Library", "proc", "sys", "run/lab/config", "lab", "tmp"):
+        (ROOT / name).mkdir(parents=True)
+    mount("-t", "proc", "proc", ROOT / "proc")
+    mount("-t", "sysfs", "-o", "ro", "sysfs", ROOT / "sys")
+    mount("--bind", CONFIG, ROOT / "run/lab/config")
+    mount("-t", "tmpfs", "-o", "mode=755", "none", ROOT / "var/log")
+    shutil.copy(CONFIG / "user/system.log", ROOT / "var/log")
+    build_etc(certificate, uid, gid)
+    build_disk(certificate, uid, gid)
+
+
+def build_etc(certificate, uid, gid):
+    etc = ROOT / "etc"
+    subprocess.run(["cp", "-a", "/etc", etc], check=True)
+    replace(etc / "hostname", f"{NAME}\n")
+    replace(etc / "hosts", f"127.0.0.1 localhost\n127.0.1.1 {NAME}\n")
+    replace(etc / "nsswitch.conf", "passwd: files\ngroup: files\nhosts: files dns\n")
+    write_resolv_conf(ROOT, network.HOME_LAN_ADDRESS)
+    add_account(etc / "passwd", uid, f"{USER}:x:{uid}:{gid}:Visitor:{HOME}:/bin/sh")
+    add_account(etc / "group", gid, f"{USER}:x:{gid}:")
+    trust(etc / "ssl/certs", pathlib.Path(certificate))
+
+
+def write_resolv_conf(root, server):
+    replace(root / "etc/resolv.conf", f"nameserver {server}\n")
+
+
+def replace(path, text):
+    """Writes a file, not what a link in its place leads to."""
+    path.unlink(missing_ok=True)
+    path.write_text(text, encoding="ascii")
+
+
+def add_account(path, number, line):
+    others = [old for old in path.read_text(encoding="utf-8").splitlines()
+              if old.split(":")[0] != USER and old.split(":")[2:3] != [str(number)]]
+    path.write_text("\n".join([*others, line, ""]), encoding="utf-8")
+
+
+def trust(store, certificate):
+    """Has this machine, and no other, trust the lab's authority, by a bundle's reader and by a hash's."""
+    with open(store / "ca-certificates.crt", "ab") as bundle:
+        bundle.write(certificate.read_bytes())
+    shutil.copy(certificate, store / "halvik-lab.pem")
+    name = subprocess.run(["openssl", "x509", "-hash", "-noout", "-in", certificate], check=True, text=True,
+                          capture_output=True).stdout.strip()
+    (store / f"{name}.0").symlink_to("halvik-lab.pem")
+
+
+def build_disk(certificate, uid, gid):
+    """The disk of the user: a home folder, and one for temporary files."""
+    disk = ROOT / "lab"
+    mount("-t", "tmpfs", "-o", f"mode=755,size={DISK_SIZE}", "none", disk)
+    home = ROOT / HOME.lstrip("/")
+    for folder in (home / "Desktop", home / ".pki/nssdb", disk / "tmp", disk / "run", disk / "program"):
+        folder.mkdir(parents=True)
+    (disk / "tmp").chmod(0o1777)
+    mount("--bind", disk / "tmp", ROOT / "tmp")
+    browser = f"sql:{home}/.pki/nssdb"
+    subprocess.run(["certutil", "-N", "-d", browser, "--empty-password"], check=True)
+    subprocess.run(["certutil", "-A", "-d", browser, "-n", "lab", "-t", "C,,", "-i", certificate], check=True)
+    for folder in (home, disk / "run"):
+        subprocess.run(["chown", "-R", f"{uid}:{gid}", folder], check=True)
+        folder.chmod(0o700)
+
+
+def enter():
+    outside = ROOT / OUTSIDE.lstrip("/")
+    outside.mkdir(parents=True)
+    outside.parent.chmod(0o700)
+    os.chdir(ROOT)
+    subprocess.run(["pivot_root", ".", outside], check=True)
+    os.chdir("/")
+
+
+def main(certificate, uid, gid):
+    socket.sethostname(NAME)
+    build(certificate, int(uid), int(gid))
+    enter()
+    print("ready", flush=True)
+    reaper.collect_for_ever()
+
+
+if __name__ == "__main__":
+    main(*sys.argv[1:])

@@ -1,0 +1,50 @@
+# SPDX-FileCopyrightText: 2026 Halvik
+# SPDX-License-Identifier: Apache-2.0
+
+"""The duty to collect ended processes that have lost their parent. Where nobody does it, a process namespace whose
+process has been started from outside of it never ends.
+"""
+
+import ctypes
+import os
+import signal
+import sys
+
+PR_SET_CHILD_SUBREAPER = 36
+
+
+def adopt_orphans():
+    """Makes this process the parent of all its descendants that lose theirs."""
+    ctypes.CDLL(None).prctl(PR_SET_CHILD_SUBREAPER, 1, 0, 0, 0)
+
+
+def wait_for(child):
+    """Waits for a child, collecting all others that end before. Returns its status, negative for a signal."""
+    while True:
+        ended, status = os.wait()
+        if ended == child:
+            return os.waitstatus_to_exitcode(status)
+
+
+def run_below(function):
+    """Runs a function in a child, and ends with its status. In a process namespace of their own all others end then."""
+    child = os.fork()
+    if child == 0:
+        sys.exit(function())
+    sys.exit(abs(wait_for(child)))
+
+
+def collect_for_ever():
+    """What the first process of a namespace does when it has nothing else to do."""
+    signal.pthread_sigmask(signal.SIG_BLOCK, [signal.SIGCHLD])
+    while True:
+        signal.sigwait([signal.SIGCHLD])
+        while _collect():
+            pass
+
+
+def _collect():
+    try:
+        return os.waitpid(-1, os.WNOHANG)[0]
+    except ChildProcessError:
+        return 0

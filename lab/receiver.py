@@ -1,0 +1,115 @@
+# SPDX-FileCopyrightText: 2026 Halvik
+# SPDX-License-Identifier: Apache-2.0
+
+"""The submission endpoint behind its web server: keeps each upload and answers with the address of its results page.
+
+The arguments: the folder of the uploads, that of the results pages, the file that says how to behave, and the service's
+address in front of which a page's number is put. An upload is a numbered folder with the request's "head" and "body" as
+they came and, when the body is the form of one report, the "report" in it.
+"""
+
+import html
+import http.server
+import io
+import itertools
+import pathlib
+import sys
+import time
+
+import werkzeug.formparser
+import werkzeug.http
+
+from weathers import ANSWERS, CLOSES, FAILS, STALLS, TWO_PIECES
+
+PAGE = """<!DOCTYPE html>
+<meta charset="utf-8">
+<title>Results {number}</title>
+<pre>
+{report}</pre>
+"""
+
+PAUSE_SECONDS = 1  # between two pieces, so that no client takes them for one
+
+
+class Store:
+    def __init__(self, uploads, results):
+        self._uploads = uploads
+        self._results = results
+        self._numbers = itertools.count(1)
+
+    def keep(self, head, body, report):
+        number = next(self._numbers)
+        part = self._uploads / f"{number}.part"
+        part.mkdir()
+        (part / "head").write_bytes(head)
+        (part / "body").write_bytes(body)
+        if report is not None:
+            (part / "report").write_bytes(report)
+            # A browser reads a carriage return as a line feed unless it is written out, as those in HTTP heads must be.
+            text = html.escape(report.decode(errors="replace")).replace("\r", "&#13;")
+            (self._results / f"{number}.html").write_text(PAGE.format(number=number, report=text), encoding="utf-8")
+        part.rename(self._uploads / str(number))
+        return number
+
+
+def report_in(body, content_type):
+    """The one file of a submitted form; None if it is no such form."""
+    kind, options = werkzeug.http.parse_options_header(content_type)
+    parser = werkzeug.formparser.FormDataParser(silent=True)
+    _, fields, files = parser.parse(io.BytesIO(body), kind, len(body), options)
+    files = list(files.items(multi=True))
+    if fields or len(files) != 1 or files[0][0] != "file":
+        return None
+    return files[0][1].read()
+
+
+class Handler(http.server.BaseHTTPRequestHandler):
+    protocol_version = "HTTP/1.1"
+
+    def do_POST(self):
+        body = self.rfile.read(int(self.headers.get("Content-Length", 0)))
+        report = report_in(body, self.headers.get("Content-Type", ""))
+        head = f"{self.requestline}\r\n{self.headers.as_string(unixfrom=False)}".encode("latin-1", "replace")
+        number = self.server.store.keep(head, body, report)
+        if report is None:
+            self.answer(400, [b"not a report"])
+            return
+        address = f"{self.server.address}{number}".encode()
+        behaviour = self.server.behaviour.read_text(encoding="ascii").strip()
+        if behaviour == ANSWERS:
+            self.answer(200, [address])
+        elif behaviour == FAILS:
+            self.answer(500, [b"internal server error"])
+        elif behaviour == TWO_PIECES:
+            self.answer(200, [address[:len(address) // 2], address[len(address) // 2:]])
+        elif behaviour == CLOSES:
+            self.answer(200, [address[:len(address) // 2]], missing=len(address) - len(address) // 2)
+        elif behaviour == STALLS:
+            self.rfile.read(1)  # comes back when the client has given up
+
+    def answer(self, status, pieces, missing=0):
+        self.close_connection = True
+        self.send_response(status)
+        self.send_header("Content-Type", "text/plain")
+        self.send_header("Content-Length", str(sum(map(len, pieces)) + missing))
+        self.end_headers()
+        for index, piece in enumerate(pieces):
+            if index:
+                time.sleep(PAUSE_SECONDS)
+            self.wfile.write(piece)
+            self.wfile.flush()
+
+    def log_message(self, format, *args):
+        pass
+
+
+def main(uploads, results, behaviour, address):
+    server = http.server.ThreadingHTTPServer(("127.0.0.1", 8000), Handler)
+    server.store = Store(pathlib.Path(uploads), pathlib.Path(results))
+    server.behaviour = pathlib.Path(behaviour)
+    server.address = address
+    server.serve_forever()
+
+
+if __name__ == "__main__":
+    main(*sys.argv[1:])

@@ -1,0 +1,103 @@
+# SPDX-FileCopyrightText: 2026 Halvik
+# SPDX-License-Identifier: Apache-2.0
+
+"""The process that holds a lab: everything there is lives in its namespaces and ends with it.
+
+It is started in new mount, network, process, host name and IPC namespaces with two sockets: one that leads to whoever
+starts the lab, one on which it listens for requests. It builds the lab, says so on the first, and then serves the
+second. If whoever starts it goes away without having said that the lab is to stay, it ends at once.
+"""
+
+import os
+import socket
+import subprocess
+import sys
+import threading
+
+import lab
+import reaper
+import rendezvous
+import servers
+
+FAILURES = (OSError, subprocess.CalledProcessError, servers.ServerFailed)
+
+
+def words_of(failure):
+    """What went wrong, with what a failed command said itself."""
+    said = getattr(failure, "stderr", None) or b""
+    return f"{failure}\n{said if isinstance(said, str) else said.decode(errors='replace')}".rstrip()
+
+
+class Service:
+    """Answers requests, each of which is a method here and gets the request's further words."""
+
+    def __init__(self, the_lab):
+        self._lab = the_lab
+        self.ended = False
+
+    def answer(self, connection):
+        (request, *words), _ = rendezvous.receive(connection)
+        try:
+            if request != "down":
+                self._lab.check()
+            reply = getattr(self, f"do_{request}")(*words) or {}
+        except FAILURES as failure:
+            reply = {"error": words_of(failure)}
+        descriptors = [reply.pop("descriptor")] if "descriptor" in reply else []
+        rendezvous.send(connection, reply, descriptors)
+        for descriptor in descriptors:
+            os.close(descriptor)
+
+    def do_state(self):
+        return {"weather": self._lab.weather, "skivra": self._lab.has_skivra}
+
+    def do_machine(self):
+        """What leads to the user's machine, and its user's numbers."""
+        return {"descriptor": os.pidfd_open(self._lab.machine_pid), "uid": self._lab.uid, "gid": self._lab.gid}
+
+    def do_weather(self, name):
+        self._lab.change_weather(name)
+
+    def do_skivra(self, installed):
+        self._lab.change_skivra(installed)
+
+    def do_down(self):
+        self.ended = True
+
+
+def end_with(starter):
+    """Ends the lab as soon as whoever started it does, unless it says before that the lab is to stay."""
+    while word := starter.recv(16):
+        if word == rendezvous.STAY:
+            return
+    os._exit(1)
+
+
+def serve(starter, listener, uid, gid):
+    listener.listen()  # here, since this is the process whose number a caller is told
+    threading.Thread(target=end_with, args=[starter], daemon=True).start()
+    the_lab = lab.Lab(uid, gid)
+    try:
+        the_lab.build()
+    except FAILURES as failure:
+        rendezvous.send(starter, {"error": words_of(failure)})
+        sys.exit(1)
+    rendezvous.send(starter, {})
+    service = Service(the_lab)
+    while not service.ended:
+        connection, _ = listener.accept()
+        with connection:
+            if rendezvous.is_from_root(connection):
+                try:
+                    service.answer(connection)
+                except ConnectionError:
+                    pass  # the caller went away
+
+
+def main(starter, listener, uid, gid):
+    starter, listener = socket.socket(fileno=int(starter)), socket.socket(fileno=int(listener))
+    serve(starter, listener, int(uid), int(gid))
+
+
+if __name__ == "__main__":
+    reaper.run_below(lambda: main(*sys.argv[1:]))
