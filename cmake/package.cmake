@@ -1,0 +1,37 @@
+# SPDX-FileCopyrightText: 2026 Halvik
+# SPDX-License-Identifier: Apache-2.0
+#
+# What `cpack` makes of the installed files: a Debian package.
+
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_VENDOR Halvik)
+set(CPACK_PACKAGE_CONTACT "Halvik support <support@halvik.example>" CACHE STRING "Who maintains the package")
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_SECTION net)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
+set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
+"Starts a fixed plan of diagnostic commands, such as dig, ping and traceroute,
+all at once, joins what they print into one report, and sends it to the
+support staff of the service. The answer is the address of a results page.
+.
+It has a window with a start button. From a script, the report can be printed
+or written to a file instead.")
+
+# The libraries come by themselves. Among their packages, libqt6network6 holds Qt's plugin for TLS and depends on
+# OpenSSL, and libqt6gui6 holds the one for X11.
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+# A tool of the plan that is missing ends every run; without certificates no report can be sent.
+set(CPACK_DEBIAN_PACKAGE_DEPENDS
+  "bind9-dnsutils, ca-certificates, curl, iputils-ping, net-tools, procps, traceroute")
+# Links and the saved report open by xdg-utils; the window's icon is found by the folders that hicolor-icon-theme lists,
+# and is sharp in every size by libqt6svg6. All else works without.
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "hicolor-icon-theme, libqt6svg6, xdg-utils")
+# Desktops on Wayland show windows for X11 too.
+set(CPACK_DEBIAN_PACKAGE_SUGGESTS "qt6-wayland")
+
+set(CPACK_PROJECT_CONFIG_FILE "${PROJECT_SOURCE_DIR}/packaging/debian/settings.cmake")
+set(CPACK_PRE_BUILD_SCRIPTS "${PROJECT_SOURCE_DIR}/packaging/debian/arrange.cmake")
+include(CPack)
