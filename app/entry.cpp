@@ -66,6 +66,7 @@ bool handleGateKeeperArgument(int argc, const char* const* argv) {
 
 int runProgram(int argc, char** argv, const ControllerFactory& makeController) {
   int status = EXIT_SUCCESS;
+  platform::setProcessName(argc > 0 ? argv[0] : "");
   platform::setUpProcess();
   platform::enter([&] {
     const OptionTable table = programOptions();

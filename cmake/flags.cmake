@@ -1,7 +1,12 @@
 # SPDX-FileCopyrightText: 2026 Halvik
 # SPDX-License-Identifier: Apache-2.0
 #
-# Every target of this project links halvik_flags: the language, the warnings and the sanitizers in one place.
+# Every target of this project links halvik_flags: the language, the warnings, the sanitizers and the hardening in one
+# place.
+
+include(CheckCXXCompilerFlag)
+include(CheckLinkerFlag)
+include(CheckPIESupported)
 
 add_library(halvik_flags INTERFACE)
 target_compile_features(halvik_flags INTERFACE cxx_std_20)
@@ -13,3 +18,28 @@ if(HALVIK_SANITIZE)
     -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_link_options(halvik_flags INTERFACE -fsanitize=address,undefined)
 endif()
+
+# What users run is hardened, as it reads the output of strangers' servers. Not with the debugger or the sanitizers,
+# whose own checks it would hide. What a compiler, processor or linker does not know is left out.
+set(halvik_optimized "$<CONFIG:Release,RelWithDebInfo,MinSizeRel>")
+check_pie_supported(LANGUAGES CXX)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+# Some compilers define it by themselves, with another value.
+target_compile_options(halvik_flags INTERFACE "$<${halvik_optimized}:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>")
+foreach(flag IN ITEMS -fstack-protector-strong -fstack-clash-protection -fcf-protection -mbranch-protection=standard)
+  string(MAKE_C_IDENTIFIER "halvik_compiler_knows${flag}" known)
+  check_cxx_compiler_flag(${flag} ${known})
+  if(${known})
+    target_compile_options(halvik_flags INTERFACE "$<${halvik_optimized}:${flag}>")
+  endif()
+endforeach()
+foreach(flag IN ITEMS -Wl,-z,relro -Wl,-z,now)
+  string(MAKE_C_IDENTIFIER "halvik_linker_knows${flag}" known)
+  check_linker_flag(CXX ${flag} ${known})
+  if(${known})
+    target_link_options(halvik_flags INTERFACE "$<${halvik_optimized}:${flag}>")
+  endif()
+endforeach()
+
+# The same bytes, whatever folder the sources are in.
+target_compile_options(halvik_flags INTERFACE "$<${halvik_optimized}:-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=>")

@@ -6,7 +6,6 @@
 #include <QApplication>
 #include <QMessageBox>
 #include <QNetworkProxyFactory>
-#include <QSocketNotifier>
 
 #include <cstdlib>
 #include <utility>
@@ -51,16 +50,10 @@ void showError(const char* reason) {
 
 class Application::Parts {
  public:
-  Parts(Mode mode, int& argc, char** argv)
-      : toolkit(makeToolkit(mode, argc, argv)),
-        notifier(descriptors.descriptor(), QSocketNotifier::Read) {
-    QObject::connect(&notifier, &QSocketNotifier::activated, &notifier,
-                     [this] { enter([this] { descriptors.dispatch(); }); });
-  }
+  Parts(Mode mode, int& argc, char** argv) : toolkit(makeToolkit(mode, argc, argv)) {}
 
   std::unique_ptr<QCoreApplication> toolkit;
   DescriptorSet descriptors;
-  QSocketNotifier notifier;
 };
 
 Application::Application(Mode mode, int& argc, char** argv) {

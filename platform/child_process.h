@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "platform/byte_buffer.h"
+#include "platform/child_end.h"
 #include "platform/descriptor_set.h"
 
 namespace platform {
@@ -56,10 +57,12 @@ class ChildProcess {
   void readToEnd(ByteBuffer& output, ByteBuffer& error);
 
  private:
-  struct Watched final : DescriptorWatcher {
+  struct Watcher : DescriptorWatcher {
     void descriptorReady() override { handler(); }
-    int fd = -1;
     Handler handler;
+  };
+  struct Watched final : Watcher {
+    int fd = -1;
   };
   struct Pipe {
     Watched readEnd;
@@ -80,7 +83,8 @@ class ChildProcess {
   std::vector<std::string> args;
   Pipe output;
   Pipe error;
-  Watched termination;
+  Watcher termination;
+  ChildEnd end;
   int pid = -1;
 };
 

@@ -1,13 +1,11 @@
 // SPDX-FileCopyrightText: 2026 Halvik
 // SPDX-License-Identifier: Apache-2.0
 
-// The descriptors that the program waits on, behind one single descriptor, so that the cost of an
-// event does not grow with the number of running commands. Used by the main thread only.
+// The descriptors that the program waits on. Used by the main thread only.
 
 #pragma once
 
-#include <cstdint>
-#include <span>
+#include <memory>
 
 namespace platform {
 
@@ -23,34 +21,29 @@ class DescriptorWatcher {
   ~DescriptorWatcher() = default;
 };
 
-/// Watches any number of descriptors. It never reads them: its owner waits until descriptor() is
-/// readable, then calls dispatch(), and each watcher reads its own.
+/// Watches any number of descriptors in the turns of the main loop. It never reads them: each
+/// watcher reads its own. One turn does so much only that a window stays alive, however much there
+/// is to be read.
 class DescriptorSet {
  public:
-  /// Throws std::system_error when the system has no descriptor left.
+  /// To be made when the toolkit's application exists. Throws std::system_error when the system has
+  /// no descriptor left.
   DescriptorSet();
   ~DescriptorSet();
   DescriptorSet(const DescriptorSet&) = delete;
   DescriptorSet& operator=(const DescriptorSet&) = delete;
 
-  /// Readable whenever at least one watched descriptor is ready.
-  int descriptor() const { return set; }
-
-  /// Calls `watcher` on every dispatch while `fd` is ready. Both must live until unwatch. Throws
+  /// Calls `watcher` again and again while `fd` is ready. Both must live until unwatch. Throws
   /// std::system_error.
   void watch(int fd, DescriptorWatcher& watcher);
 
-  /// Ends the watch; from here on `watcher` is not called, not even for what the running dispatch
-  /// has already seen.
+  /// Ends the watch; from here on `watcher` is not called, not even for what the running turn has
+  /// already seen. Does nothing for what is not watched.
   void unwatch(int fd, const DescriptorWatcher& watcher);
 
-  /// Calls the watchers of the descriptors that are ready now, at most a few dozen, and returns;
-  /// never waits.
-  void dispatch();
-
  private:
-  int set;
-  std::span<DescriptorWatcher*> pending;
+  class Parts;
+  std::unique_ptr<Parts> parts;
 };
 
 }  // namespace platform

@@ -11,7 +11,10 @@
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
+#include <optional>
 #include <system_error>
+
+#include "platform/creation_time.h"
 
 namespace platform {
 
@@ -72,6 +75,19 @@ std::string privateTemporaryFolder() {
 bool pathExists(const std::string& path) {
   std::error_code ignored;
   return fs::exists(path, ignored);
+}
+
+std::vector<FolderEntry> listFolder(const std::string& folder) {
+  std::vector<FolderEntry> entries;
+  std::error_code failed;
+  fs::directory_iterator entry(folder, failed);
+  for (; !failed && entry != fs::directory_iterator(); entry.increment(failed)) {
+    const std::optional<std::int64_t> created = creationTimeNs(entry->path().string());
+    if (created) {
+      entries.push_back({.name = entry->path().filename().string(), .createdNs = *created});
+    }
+  }
+  return entries;
 }
 
 std::string expandTilde(const std::string& path) {

@@ -7,7 +7,6 @@
 #include <unistd.h>
 
 #include <array>
-#include <cerrno>
 #include <cstdio>
 #include <ctime>
 #include <string>
@@ -17,6 +16,8 @@
 namespace platform {
 
 namespace {
+
+std::string processName;
 
 std::string prefix() {
   timeval now{};
@@ -28,11 +29,15 @@ std::string prefix() {
   std::array<char, 8> milliseconds{};
   std::snprintf(milliseconds.data(), milliseconds.size(), ".%03d",
                 static_cast<int>(now.tv_usec / 1000));
-  return std::string(time.data()) + milliseconds.data() + ' ' + program_invocation_short_name +
-         '[' + std::to_string(getpid()) + "] ";
+  return std::string(time.data()) + milliseconds.data() + ' ' + processName + '[' +
+         std::to_string(getpid()) + "] ";
 }
 
 }  // namespace
+
+void setProcessName(std::string_view path) {
+  processName = path.substr(path.rfind('/') + 1);
+}
 
 void log(std::string_view message) {
   std::string line = prefix();

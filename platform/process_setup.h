@@ -11,21 +11,16 @@ namespace platform {
 /// output:
 /// - every one of the descriptors 0, 1 and 2 is open, so that no pipe of ours can take its number;
 /// - the soft limit on open descriptors is raised to the hard one, since each running command takes
-/// three;
+///   up to three;
 /// - a closed pipe or a full quota comes back as an error of the write instead of ending the
 /// program;
 /// - ended commands wait until they are collected, whatever the program was started with.
 /// A limit that cannot be raised is left as it is.
 void setUpProcess();
 
-/// While it lives, the soft limit on open descriptors is the one that the program was started with,
-/// which is what a command is to inherit: old programs close every possible descriptor one by one.
-class StartingDescriptorLimit {
- public:
-  StartingDescriptorLimit();
-  ~StartingDescriptorLimit();
-  StartingDescriptorLimit(const StartingDescriptorLimit&) = delete;
-  StartingDescriptorLimit& operator=(const StartingDescriptorLimit&) = delete;
-};
+/// Sets the soft limit on open descriptors that the program was started with, which is what a
+/// command is to inherit: old programs close every possible descriptor one by one. May be called in
+/// a child process before it becomes the command: it is async-signal-safe.
+void restoreStartingDescriptorLimit();
 
 }  // namespace platform

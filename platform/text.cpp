@@ -5,9 +5,10 @@
 
 #include <QChar>
 #include <QString>
-#include <QUtf8StringView>
+#include <simdjson.h>
 
 #include <algorithm>
+#include <cstdint>
 
 namespace platform {
 
@@ -21,6 +22,38 @@ bool isLead(char byte) {
   return static_cast<unsigned char>(byte) >= 0xC0U;
 }
 
+// Two loops that are simple enough for the compiler to take sixteen bytes at a time: most blocks of
+// a text are ASCII, and the units of the others are counted in one byte.
+constexpr std::size_t asciiBlockBytes = 1024;
+constexpr std::size_t countedBlockBytes = 64;
+
+bool isAscii(std::string_view block) {
+  unsigned char bits = 0;
+  for (const char byte : block) {
+    bits |= static_cast<unsigned char>(byte);
+  }
+  return bits < 0x80U;
+}
+
+std::uint8_t countUnits(std::string_view block) {
+  std::uint8_t units = 0;
+  for (const char byte : block) {
+    // A character of four bytes takes two units, every other one takes one.
+    const int ofByte =
+        (isContinuation(byte) ? 0 : 1) + (static_cast<unsigned char>(byte) >= 0xF0U ? 1 : 0);
+    units = static_cast<std::uint8_t>(units + ofByte);
+  }
+  return units;
+}
+
+std::size_t countUnitsInBlocks(std::string_view text) {
+  std::size_t units = 0;
+  for (std::size_t begin = 0; begin < text.size(); begin += countedBlockBytes) {
+    units += countUnits(text.substr(begin, countedBlockBytes));
+  }
+  return units;
+}
+
 bool isSpace(QChar character) {
   return character == u'\t' || character.category() == QChar::Separator_Space;
 }
@@ -28,7 +61,8 @@ bool isSpace(QChar character) {
 }  // namespace
 
 bool isUtf8(std::string_view bytes) {
-  return QUtf8StringView(bytes.data(), static_cast<qsizetype>(bytes.size())).isValidUtf8();
+  // The toolkit's own check is a tenth as fast where a text is not all ASCII.
+  return simdjson::validate_utf8(bytes.data(), bytes.size());
 }
 
 std::string toUtf8(std::string_view bytes) {
@@ -39,10 +73,9 @@ std::string toUtf8(std::string_view bytes) {
 
 std::size_t utf16Length(std::string_view text) {
   std::size_t units = 0;
-  for (const char byte : text) {
-    // A character of four bytes takes two units, every other one takes one.
-    units += isContinuation(byte) ? 0U : 1U;
-    units += static_cast<unsigned char>(byte) >= 0xF0U ? 1U : 0U;
+  for (std::size_t begin = 0; begin < text.size(); begin += asciiBlockBytes) {
+    const std::string_view block = text.substr(begin, asciiBlockBytes);
+    units += isAscii(block) ? block.size() : countUnitsInBlocks(block);
   }
   return units;
 }

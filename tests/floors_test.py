@@ -1,6 +1,7 @@
 # SPDX-FileCopyrightText: 2026 Halvik
 # SPDX-License-Identifier: Apache-2.0
-"""Every include points to a lower floor, or stays on its floor without going in a circle."""
+"""Every include points to a lower floor, or stays on its floor without going in a circle. What only some systems have
+stays in the folder of those systems."""
 
 import pathlib
 import re
@@ -17,8 +18,14 @@ CONTROLLER_SUBJECTS = {
     "report/delivery.cpp",
     "ui/window_control.cpp",
 }
-ONLY_IN_PLATFORM = re.compile(
-    r"<(QNetwork\w+|QSsl\w*|(sys|netinet|arpa)/\S+|unistd\.h|fcntl\.h|poll\.h|spawn\.h|pwd\.h|signal\.h|csignal)>"
+SYSTEM_INCLUDE = re.compile(r"^#include <([^>]+)>", re.M)
+# Headers of the language and of the toolkit, but for those of signals and of the network.
+EVERYWHERE = re.compile(r"(?!csignal$)[a-z_]+|Q(?!Network|Ssl)\w+")
+POSIX = re.compile(r"(fcntl|poll|pwd|spawn|unistd|sys/(resource|stat|time|types|uio|wait))\.h")
+# What the C library of Linux offers besides, in headers that POSIX has as well.
+ONLY_ON_LINUX = re.compile(
+    r"\b(accept4|clone|close_range|dup3|mkostemp|pipe2|program_invocation\w*|splice|statx|syscall|\w+_np|F_SETPIPE_SZ"
+    r"|MADV_\w+|O_PATH)\b|/proc/"
 )
 
 
@@ -70,14 +77,50 @@ class Floors(unittest.TestCase):
         for name in self.includes:
             visit(name, [])
 
+    def foreign_includes(self, sources, allowed):
+        return [
+            f"{name} includes <{header}>"
+            for name in sources
+            for header in SYSTEM_INCLUDE.findall(self.sources[name])
+            if not any(headers.fullmatch(header) for headers in allowed)
+        ]
+
     def test_system_headers_stay_in_platform(self):
+        above = [name for name in self.sources if not name.startswith("platform/")]
+        self.assertEqual(self.foreign_includes(above, [EVERYWHERE]), [])
+
+    def test_what_is_linuxs_own_stays_in_its_folder(self):
+        portable = [name for name in self.sources if not name.startswith("platform/linux/")]
+        others = re.compile(r"QNetwork\w+|csignal|simdjson\.h")
+        self.assertEqual(self.foreign_includes(portable, [EVERYWHERE, POSIX, others]), [])
         wrong = [
-            f"{name} includes {found.group()}"
-            for name, text in self.sources.items()
-            if not name.startswith("platform/")
-            for found in ONLY_IN_PLATFORM.finditer(text)
+            f"{name} uses {found.group()}"
+            for name in portable
+            for found in ONLY_ON_LINUX.finditer(self.sources[name])
         ]
         self.assertEqual(wrong, [])
+
+    def test_includes_of_a_system_stay_in_its_folder(self):
+        wrong = [
+            f"{name} includes {included}"
+            for name, all_included in self.includes.items()
+            for included in all_included
+            if included.startswith("platform/linux/") and not name.startswith("platform/linux/")
+            or included.startswith("platform/posix/") and not name.startswith(("platform/linux/", "platform/posix/"))
+        ]
+        self.assertEqual(wrong, [])
+
+    def test_each_system_has_the_same_parts(self):
+        def parts(folder):
+            """The files of a folder, but for those that only the folder itself knows of."""
+            sources = [name for name in self.sources if name.startswith(folder) and name.endswith(".cpp")]
+            names = {name.removesuffix(".cpp") for name in sources}
+            return {name.removeprefix(folder) for name in names if f"{name}.h" not in self.sources}
+
+        shared = parts("platform/linux/")
+        self.assertEqual(shared, parts("platform/posix/"))
+        for part in shared:
+            self.assertIn(f"platform/{part}.h", self.sources)
 
 
 if __name__ == "__main__":

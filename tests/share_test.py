@@ -3,16 +3,23 @@
 """What a desktop is told about the program: its entry in the menu, its description and its icon."""
 
 import configparser
-import pathlib
-import re
+import io
 import shutil
 import subprocess
 import sys
 import unittest
 import xml.etree.ElementTree
 
-ROOT = pathlib.Path(__file__).resolve().parents[1]
-SHARE = ROOT / "share/linux"
+try:
+    import PIL.Image
+    import PIL.ImageChops
+except ImportError:
+    print("SKIPPED: not installed: python3-pil")
+    sys.exit(77)
+
+import project
+
+SHARE = project.ROOT / "share/linux"
 PROGRAM = "halvik-diagnostic"
 ENTRY = SHARE / f"{PROGRAM}.desktop"
 ICON = SHARE / f"{PROGRAM}.svg"
@@ -24,12 +31,6 @@ SVG = "{http://www.w3.org/2000/svg}"
 
 def elements(path):
     return xml.etree.ElementTree.parse(path).getroot()
-
-
-def cmake_project():
-    """The version and the name of the executable that the build file knows."""
-    text = (ROOT / "CMakeLists.txt").read_text()
-    return re.search(r"^project\((\S+) VERSION (\S+)", text, re.M).groups()
 
 
 class Validators(unittest.TestCase):
@@ -77,7 +78,7 @@ class Agreement(unittest.TestCase):
         self.assertEqual(categories, self.entry["Categories"].rstrip(";").split(";"))
 
     def test_the_latest_release_is_the_version_that_is_built(self):
-        name, version = cmake_project()
+        name, version = project.name_and_version()
         self.assertEqual(name, PROGRAM)
         releases = self.description.findall("releases/release")
         self.assertEqual(releases[0].get("version"), version)
@@ -96,9 +97,20 @@ class Icon(unittest.TestCase):
         self.assertLessEqual({element.tag.removeprefix(SVG) for element in root.iter()}, known)
         self.assertNotIn("href", ICON.read_text())
 
+    def test_is_there_in_the_sizes_that_desktops_ask_for(self):
+        for size in (48, 64, 128):
+            with self.subTest(size):
+                kept = PIL.Image.open(ICON.with_name(f"{PROGRAM}-{size}.png"))
+                drawn = subprocess.run(["rsvg-convert", f"--width={size}", f"--height={size}", ICON],
+                                       stdout=subprocess.PIPE, check=True).stdout
+                # Other versions smooth edges in other ways.
+                difference = PIL.ImageChops.difference(kept, PIL.Image.open(io.BytesIO(drawn)))
+                self.assertEqual((kept.size, kept.mode), ((size, size), "RGBA"))
+                self.assertLess(max(high for _, high in difference.getextrema()), 32)
+
 
 if __name__ == "__main__":
-    missing = [tool for tool in ("desktop-file-validate", "appstreamcli") if not shutil.which(tool)]
+    missing = [tool for tool in ("desktop-file-validate", "appstreamcli", "rsvg-convert") if not shutil.which(tool)]
     if missing:
         print("SKIPPED: not installed:", ", ".join(missing))
         sys.exit(77)

@@ -3,55 +3,75 @@
 
 #include "platform/byte_buffer.h"
 
-#include <sys/mman.h>
+#include <cstddef>
+#include <optional>
 
-#include <algorithm>
-#include <cstdint>
-#include <cstdlib>
-#include <new>
+#include "platform/heap_bytes.h"
+#include "platform/linux/memory_file.h"
 
 namespace platform {
 
 namespace {
 
-constexpr std::size_t hugePageBytes = 2UL << 20;
-
-// Most of what a very long output costs is the system's handing out of memory page by page. It may
-// refuse larger ones.
-void preferHugePages(char* bytes, std::size_t capacity) {
-  if (capacity >= 4 * hugePageBytes) {
-    const std::size_t offset = reinterpret_cast<std::uintptr_t>(bytes) % hugePageBytes;
-    char* first = bytes + (offset == 0 ? 0 : hugePageBytes - offset);
-    madvise(first, static_cast<std::size_t>(bytes + capacity - first), MADV_HUGEPAGE);
-  }
-}
+// A file in memory takes a descriptor, and a page even for a single byte.
+constexpr std::size_t heapBytesMax = 1UL << 20;
 
 }  // namespace
 
-ByteBuffer::~ByteBuffer() {
-  std::free(bytes);
-}
+class ByteBuffer::Storage {
+ public:
+  std::string_view append(std::string_view more) {
+    if (!file && mayUseFile && heap.view().size() + more.size() > heapBytesMax) {
+      moveToFile();
+    }
+    if (file && !file->append(more)) {
+      moveToHeap();
+    }
+    if (file) {
+      return file->view();
+    }
+    heap.append(more);
+    return heap.view();
+  }
+
+  void seal() {
+    if (file) {
+      file->seal();
+    }
+  }
+
+ private:
+  void moveToFile() {
+    file.emplace();
+    if (file->append(heap.view())) {
+      heap.clear();
+    } else {
+      file.reset();
+      mayUseFile = false;
+    }
+  }
+
+  void moveToHeap() {
+    heap.append(file->view());
+    file.reset();
+    mayUseFile = false;
+  }
+
+  HeapBytes heap;
+  std::optional<MemoryFile> file;
+  bool mayUseFile = true;
+};
+
+ByteBuffer::ByteBuffer() : storage(std::make_unique<Storage>()) {}
+
+ByteBuffer::~ByteBuffer() = default;
 
 void ByteBuffer::append(std::string_view more) {
-  if (more.size() > capacity - size) {
-    grow(size + more.size());
-  }
-  std::copy(more.begin(), more.end(), bytes + size);
-  size += more.size();
+  contents = storage->append(more);
 }
 
-void ByteBuffer::grow(std::size_t needed) {
-  // A short output gets just its own size; a long one doubles, which costs address space but no
-  // memory until it is written to. realloc and not a vector: it can move the pages of a large block
-  // without copying them.
-  const std::size_t wanted = size == 0 ? needed : std::max(needed, capacity * 2);
-  void* moved = std::realloc(bytes, wanted);
-  if (moved == nullptr) {
-    throw std::bad_alloc();
-  }
-  bytes = static_cast<char*>(moved);
-  capacity = wanted;
-  preferHugePages(bytes, capacity);
+void ByteBuffer::seal() {
+  storage->seal();
 }
 
 }  // namespace platform

@@ -3,13 +3,17 @@
 
 #include "platform/descriptor_set.h"
 
+#include <QSocketNotifier>
 #include <sys/epoll.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <span>
 #include <system_error>
+
+#include "platform/boundary.h"
 
 namespace platform {
 
@@ -23,32 +27,56 @@ constexpr int eventsPerDispatch = 32;
   throw std::system_error(errno, std::generic_category(), what);
 }
 
-}  // namespace
-
-DescriptorSet::DescriptorSet() : set(epoll_create1(EPOLL_CLOEXEC)) {
+int createSet() {
+  const int set = epoll_create1(EPOLL_CLOEXEC);
   if (set < 0) {
     fail("cannot create the set of watched descriptors");
   }
+  return set;
 }
 
-DescriptorSet::~DescriptorSet() {
-  close(set);
-}
+}  // namespace
 
-void DescriptorSet::watch(int fd, DescriptorWatcher& watcher) {
+// All descriptors are behind one single descriptor of the toolkit's loop, so that the cost of an
+// event does not grow with the number of running commands.
+class DescriptorSet::Parts {
+ public:
+  Parts() : set(createSet()), notifier(set, QSocketNotifier::Read) {
+    QObject::connect(&notifier, &QSocketNotifier::activated, &notifier,
+                     [this] { enter([this] { dispatch(); }); });
+  }
+  ~Parts() {
+    notifier.setEnabled(false);
+    close(set);
+  }
+  Parts(const Parts&) = delete;
+  Parts& operator=(const Parts&) = delete;
+
+  void watch(int fd, DescriptorWatcher& watcher) const;
+  void unwatch(int fd, const DescriptorWatcher& watcher);
+
+ private:
+  void dispatch();
+
+  int set;
+  QSocketNotifier notifier;
+  std::span<DescriptorWatcher*> pending;
+};
+
+void DescriptorSet::Parts::watch(int fd, DescriptorWatcher& watcher) const {
   epoll_event event{.events = EPOLLIN, .data = {.ptr = &watcher}};
   if (epoll_ctl(set, EPOLL_CTL_ADD, fd, &event) != 0) {
     fail("cannot watch a descriptor");
   }
 }
 
-void DescriptorSet::unwatch(int fd, const DescriptorWatcher& watcher) {
+void DescriptorSet::Parts::unwatch(int fd, const DescriptorWatcher& watcher) {
   epoll_ctl(set, EPOLL_CTL_DEL, fd, nullptr);
   std::replace(pending.begin(), pending.end(), const_cast<DescriptorWatcher*>(&watcher),
                static_cast<DescriptorWatcher*>(nullptr));
 }
 
-void DescriptorSet::dispatch() {
+void DescriptorSet::Parts::dispatch() {
   std::array<epoll_event, eventsPerDispatch> events;
   const int count = epoll_wait(set, events.data(), eventsPerDispatch, 0);
   std::array<DescriptorWatcher*, eventsPerDispatch> ready;
@@ -63,6 +91,18 @@ void DescriptorSet::dispatch() {
     }
   }
   pending = {};
+}
+
+DescriptorSet::DescriptorSet() : parts(std::make_unique<Parts>()) {}
+
+DescriptorSet::~DescriptorSet() = default;
+
+void DescriptorSet::watch(int fd, DescriptorWatcher& watcher) {
+  parts->watch(fd, watcher);
+}
+
+void DescriptorSet::unwatch(int fd, const DescriptorWatcher& watcher) {
+  parts->unwatch(fd, watcher);
 }
 
 }  // namespace platform

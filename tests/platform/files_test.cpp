@@ -5,13 +5,13 @@
 
 #include <gtest/gtest.h>
 #include <pwd.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 
 #include "support/environment.h"
+#include "support/limit.h"
 #include "support/temporary_folder.h"
 
 namespace platform {
@@ -79,13 +79,10 @@ TEST(Files, LeavesEverythingElseAlone) {
 TEST(Files, AWriteThatFailsHalfWayLeavesTheOldFile) {
   const TemporaryFolder folder;
   const std::string path = folder.write("file", "old");
-  rlimit before{};
-  getrlimit(RLIMIT_FSIZE, &before);
-  const rlimit small{.rlim_cur = 100'000, .rlim_max = before.rlim_max};
-  setrlimit(RLIMIT_FSIZE, &small);
-  const bool written = writeAtomically(path, {std::string(200'000, 'x')});
-  setrlimit(RLIMIT_FSIZE, &before);
-  EXPECT_FALSE(written);
+  {
+    const support::Limit small(RLIMIT_FSIZE, 100'000);
+    EXPECT_FALSE(writeAtomically(path, {std::string(200'000, 'x')}));
+  }
   EXPECT_EQ(contentsOf(path), "old");
   EXPECT_EQ(entryCount(folder), 1U);
 }

@@ -55,6 +55,28 @@ TEST(Text, MeasuresInUtf16Units) {
   EXPECT_EQ(utf16Length("\xF0\x9F\x98\x80!"), 3U);
 }
 
+TEST(Text, MeasuresLongTextsInUtf16Units) {
+  // Characters that stand across every boundary within, one kind beside another.
+  const std::vector<std::pair<std::string, std::size_t>> kinds{
+      {"a", 1}, {"\xC3\xA9", 1}, {"\xE2\x82\xAC", 1}, {"\xF0\x9F\x98\x80", 2}};
+  for (const auto& [first, firstUnits] : kinds) {
+    for (const auto& [second, secondUnits] : kinds) {
+      for (std::size_t count = 0; count < 1100; count += count < 130 ? 1 : 97) {
+        std::string text;
+        for (std::size_t i = 0; i < count; ++i) {
+          text += first;
+        }
+        text += second;
+        for (std::size_t i = 0; i < count; ++i) {
+          text += first;
+        }
+        ASSERT_EQ(utf16Length(text), 2 * count * firstUnits + secondUnits)
+            << first << second << count;
+      }
+    }
+  }
+}
+
 TEST(Text, FindsCutsInsideCharacters) {
   const std::string text = "a\xC3\xA9\xF0\x9F\x98\x80";
   const std::vector<bool> inside{false, false, true, false, true, true, true, false};

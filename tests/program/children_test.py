@@ -115,6 +115,14 @@ signal.pthread_sigmask(signal.SIG_BLOCK, [signal.SIGCHLD, signal.SIGPIPE, signal
 """
         self.assert_defaults(self.outputs([self.MASKS] * ALL, prefix=python(code)))
 
+    def test_the_limit_on_descriptors_is_the_one_that_the_program_was_started_with(self):
+        code = """
+import resource
+resource.setrlimit(resource.RLIMIT_NOFILE, (300, 800))
+"""
+        self.assertEqual(
+            self.outputs(["ulimit -Sn; ulimit -Hn"] * ALL, prefix=python(code)), ["300\n800"] * ALL)
+
     def test_a_writer_without_a_reader_ends(self):
         lines = ["yes | head -1", "yes 2>&1 | head -1; seq 1000000 | head -1"]
         self.assertEqual(self.outputs(lines), ["y", "y\n1"])

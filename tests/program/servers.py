@@ -12,16 +12,7 @@ import termios
 import threading
 
 import support
-
-BOUNDARY = b"0xKhTmLbOuNdArY"
-FORM_HEAD = (b"--" + BOUNDARY + b"\r\n"
-             b'Content-Disposition: form-data; name="file"; filename="test.bin"\r\n\r\n')
-FORM_TAIL = b"\r\n--" + BOUNDARY + b"--\r\n"
-
-
-def form(data):
-    """The request body that carries these bytes."""
-    return FORM_HEAD + data + FORM_TAIL
+import upload_form
 
 
 class Request:
@@ -34,9 +25,7 @@ class Request:
     @property
     def submitted(self):
         """The report that the body carries."""
-        if not (self.body.startswith(FORM_HEAD) and self.body.endswith(FORM_TAIL)):
-            raise AssertionError(f"not the form of an upload: {self.body[:200]!r} ... {self.body[-60:]!r}")
-        return self.body[len(FORM_HEAD):-len(FORM_TAIL)]
+        return upload_form.content(self.body)
 
 
 class Exchange:

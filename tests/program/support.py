@@ -35,6 +35,9 @@ SEPARATOR = b"-" * 45
 # A prefix for the program: permissions bind it, whoever runs the tests.
 UNPRIVILEGED = ["setpriv", "--bounding-set=-all", "--inh-caps=-all", "--"]
 
+PLATFORM = os.environ.get("HALVIK_PLATFORM", "linux")  # what the program was built for
+TOOL_SCRIPTS = pathlib.Path(__file__).resolve().parents[2] / "platform/linux"
+
 ISOLATED = "HALVIK_TEST_ISOLATED"  # set, in a test file's own environment, once it runs inside its namespaces
 
 
@@ -48,6 +51,8 @@ def run_tests(needs_namespaces=False):
             sys.exit(f"{path} is not an executable")
     if ISOLATED in os.environ:
         raise_loopback()
+        if PLATFORM == "posix":
+            place_planned_tools()
     else:
         prefix = namespace_prefix()
         if prefix:
@@ -86,6 +91,26 @@ def require_tools(*names):
     missing = [name for name in names if not shutil.which(name)]
     if missing:
         skip_file(f"not installed: {', '.join(missing)}")
+
+
+def place_planned_tools():
+    """Puts the tools where the plan names them, for a program that does not know where Linux keeps them.
+
+    The machine's folder itself is seen below a mount that ends with this test file: nobody ever removes it.
+    """
+    mount("-t", "tmpfs", "none", "/mnt")
+    planned = pathlib.Path("/mnt")
+    machines = planned / ".machines"
+    machines.mkdir()
+    mount("--bind", "/usr/sbin", machines)
+    for name in ("scutil", "system_profiler"):
+        shutil.copy(TOOL_SCRIPTS / name, planned)
+    for name in ("ping", "netstat", "traceroute"):
+        (planned / name).symlink_to(f"/usr/bin/{name}")
+    for name in os.listdir(machines):
+        if not (planned / name).exists():
+            (planned / name).symlink_to(f".machines/{name}")
+    mount("--move", planned, "/usr/sbin")
 
 
 def raise_loopback():

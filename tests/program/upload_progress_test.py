@@ -8,6 +8,7 @@ import time
 
 import servers
 import support
+import upload_form
 
 RESULTS_URL = b"http://results.halvik.example/1"
 LARGE = b"x" * 16_000_000  # more than the buffers between two sockets take
@@ -106,7 +107,7 @@ class SlowProgressTest(support.ProgramTest):
         read = bytearray()
 
         def script(exchange):
-            while not read.endswith(servers.FORM_TAIL):
+            while not read.endswith(upload_form.TAIL):
                 if len(read) // (len(LARGE) // self.PIECES) < len(pauses):
                     read.extend(exchange.connection.recv(65536))
                 else:
@@ -118,7 +119,7 @@ class SlowProgressTest(support.ProgramTest):
         ended = self.submit(servers.Server(script, at_connect=True, receive_buffer=4096), ["cat filler"])
         self.assertEqual((ended.stdout, ended.status), (b"url=" + RESULTS_URL + b"\n", 0))
         self.assertGreaterEqual(len(pauses), self.PIECES)
-        self.assertTrue(read.endswith(servers.form(support.report([("cat filler", LARGE)]))))
+        self.assertTrue(read.endswith(upload_form.around(support.report([("cat filler", LARGE)]))))
 
 
 support.run_tests()

@@ -5,6 +5,7 @@
 
 import servers
 import support
+import upload_form
 
 RESULTS_URL = b"http://results.halvik.example/1"
 OUTPUTS = [("echo first", "first\n"),
@@ -43,7 +44,7 @@ class RequestTest(UploadTest):
         self.assertEqual(request.headers["host"], f"127.0.0.1:{server.port}")
         self.assertEqual(request.headers["content-length"], str(len(REPORT) + 110))
         self.assertEqual(len(request.body), len(REPORT) + 110)
-        self.assertEqual(request.body, servers.form(REPORT))
+        self.assertEqual(request.body, upload_form.around(REPORT))
         self.assertTrue(request.body.startswith(b"--0xKhTmLbOuNdArY\r\nContent-Disposition: form-data; name="))
         self.assertTrue(request.body.endswith(b"\r\n--0xKhTmLbOuNdArY--\r\n"))
 

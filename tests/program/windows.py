@@ -306,17 +306,12 @@ class WindowedTest(support.ProgramTest):
         self.may_reply = threading.Semaphore(0)
 
     def environment(self, changes=None):
-        variables = super().environment()
-        # Without a bus the toolkit's library would start one, which nobody would end.
-        variables.update(DISPLAY=self.screen.name, QT_QPA_PLATFORM="xcb", XDG_RUNTIME_DIR=str(self.folder),
-                         DBUS_SESSION_BUS_ADDRESS="disabled:", PATH=f"{self.desktop.programs}:{variables['PATH']}")
         self.folder.chmod(0o700)
-        for name, value in (changes or {}).items():
-            if value is None:
-                variables.pop(name, None)
-            else:
-                variables[name] = str(value)
-        return variables
+        return super().environment({
+            "DISPLAY": self.screen.name, "QT_QPA_PLATFORM": "xcb", "XDG_RUNTIME_DIR": self.folder,
+            # Without a bus the toolkit's library would start one, which nobody would end.
+            "DBUS_SESSION_BUS_ADDRESS": "disabled:", "PATH": f"{self.desktop.programs}:{os.environ['PATH']}",
+            **(changes or {})})
 
     def open_program(self, prefix=()):
         """Starts the program with its real plan and waits for its window."""

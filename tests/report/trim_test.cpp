@@ -214,6 +214,20 @@ TEST(Trim, AgreesWithTheRuleAppliedCharacterByCharacter) {
   EXPECT_GT(cut, 300);
 }
 
+TEST(Trim, FindsTheWordAnywhereInASection) {
+  const std::string section(400, 't');
+  for (std::size_t at = 0; at + 4 <= section.size(); ++at) {
+    std::string mentioning = section;
+    mentioning.replace(at, 4, "tail");
+    std::string almost = section;
+    almost.replace(at, 4, "tai ");
+    const auto limit = static_cast<std::int32_t>(sep.size() + section.size()) - 1;
+    EXPECT_EQ(trimTailData(sep + mentioning, limit), sep + mentioning.substr(0, 372) + marker)
+        << at;
+    EXPECT_EQ(trimTailData(sep + almost, limit), sep + almost) << at;
+  }
+}
+
 TEST(Trim, AManyFoldExcessIsAsLinearAsASmallOne) {
   std::string body;
   for (int i = 0; i < 100'000; ++i) {

@@ -8,6 +8,7 @@
 
 #include <cstdlib>
 
+#include "platform/log.h"
 #include "platform/process_setup.h"
 #include "support/application.h"
 
@@ -32,6 +33,7 @@ int main(int argc, char** argv) {
   // A death test is a new process: nothing is shared with the threads of this one.
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   setenv("QT_QPA_PLATFORM", "offscreen", 1);
+  platform::setProcessName(argv[0]);
   platform::setUpProcess();
   platform::Application application(mode, argc, argv);
   theApplication = &application;

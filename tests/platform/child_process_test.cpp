@@ -4,7 +4,6 @@
 #include "platform/child_process.h"
 
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -13,22 +12,19 @@
 #include <cerrno>
 #include <csignal>
 #include <filesystem>
-#include <future>
-#include <iterator>
+#include <memory>
 #include <system_error>
 
 #include "support/application.h"
+#include "support/descriptors.h"
+#include "support/limit.h"
 #include "support/temporary_folder.h"
 
 namespace platform {
 namespace {
 
+using support::openDescriptors;
 using Stream = ChildProcess::Stream;
-
-std::size_t openDescriptors() {
-  const std::filesystem::directory_iterator listing("/proc/self/fd");
-  return static_cast<std::size_t>(std::distance(begin(listing), end(listing)));
-}
 
 // A command with its handlers counted.
 class Started {
@@ -110,15 +106,37 @@ TEST(ChildProcess, InheritsInputEnvironmentAndFolder) {
   }
 }
 
+// The shell lists its own folder without another process; the fourth is the one that it lists with.
+const std::string listDescriptors = "cd /proc/self/fd && echo [0-9]*";
+
 TEST(ChildProcess, HasOnlyTheThreeStandardDescriptors) {
-  std::array<int, 2> inheritable;
-  ASSERT_EQ(pipe(inheritable.data()), 0);
-  // The shell lists its own folder without another process; the fourth is the one that it lists
-  // with.
   const Shell sibling(":");
-  EXPECT_EQ(outputOf("cd /proc/self/fd && echo [0-9]*"), outputOf("echo 0 1 2 3"));
-  close(inheritable[0]);
-  close(inheritable[1]);
+  EXPECT_EQ(outputOf(listDescriptors), "0 1 2 3\n");
+}
+
+// In a process of its own, in which nothing has been launched yet.
+TEST(ChildProcessDeathTest, HasNothingThatTheProgramWasStartedWith) {
+  EXPECT_EXIT(
+      {
+        const int low = dup(STDIN_FILENO);
+        const bool given = low > 2 && dup2(low, 333) == 333;
+        const bool unseen = outputOf(listDescriptors) == "0 1 2 3\n";
+        std::_Exit(given && unseen ? 0 : 1);
+      },
+      testing::ExitedWithCode(0), "");
+}
+
+TEST(ChildProcess, WritesToItsPipesWhateverTheirNumbers) {
+  outputOf(":");
+  std::vector<std::unique_ptr<Shell>> shells;
+  for (int i = 0; i < 50; ++i) {
+    shells.push_back(std::make_unique<Shell>("echo " + std::to_string(i) + "; echo e >&2"));
+  }
+  for (std::size_t i = 0; i < shells.size(); ++i) {
+    shells[i]->run();
+    EXPECT_EQ(shells[i]->output.view(), std::to_string(i) + '\n');
+    EXPECT_EQ(shells[i]->error.view(), "e\n");
+  }
 }
 
 TEST(ChildProcess, HasDefaultSignals) {
@@ -146,22 +164,23 @@ TEST(ChildProcess, HasDefaultSignals) {
 
 TEST(ChildProcess, LeavesNothingBehind) {
   outputOf(":");
-  const std::size_t before = openDescriptors();
+  const std::size_t before = support::openDescriptors();
   for (int i = 0; i < 20; ++i) {
     const pid_t pid = std::stoi(outputOf("echo $$; echo y >&2"));
     EXPECT_EQ(waitpid(pid, nullptr, WNOHANG), -1);
     EXPECT_EQ(errno, ECHILD);
   }
-  EXPECT_EQ(openDescriptors(), before);
+  EXPECT_EQ(support::openDescriptors(), before);
 }
 
 TEST(ChildProcess, ThatCannotBeLaunchedLeavesNothingBehind) {
-  const std::size_t before = openDescriptors();
+  outputOf(":");
+  const std::size_t before = support::openDescriptors();
   {
     ChildProcess child(support::application().descriptors(), "/no/such/tool", {});
     EXPECT_THROW(child.launch(), std::system_error);
   }
-  EXPECT_EQ(openDescriptors(), before);
+  EXPECT_EQ(support::openDescriptors(), before);
 }
 
 TEST(ChildProcess, ThatStillRunsIsAskedToEndWithItsOwner) {
@@ -181,18 +200,42 @@ TEST(ChildProcess, FailsWithAReasonWhenThereAreNoDescriptorsLeft) {
 #ifdef __SANITIZE_ADDRESS__
   GTEST_SKIP() << "the sanitizer needs descriptors of its own to look at an exception";
 #endif
-  rlimit before{};
-  getrlimit(RLIMIT_NOFILE, &before);
-  const rlimit none{.rlim_cur = 3, .rlim_max = before.rlim_max};
-  setrlimit(RLIMIT_NOFILE, &none);
   std::string reason;
+  const support::Limit none(RLIMIT_NOFILE, 3);
   try {
     const ChildProcess child(support::application().descriptors(), "/bin/true", {});
   } catch (const std::system_error& error) {
     reason = error.what();
   }
-  setrlimit(RLIMIT_NOFILE, &before);
   EXPECT_EQ(reason, "cannot run /bin/true: Too many open files");
+}
+
+TEST(ChildProcess, IsReadToTheEndOfTheStreamThatEndsLast) {
+  // What holds the second stream waits until the command itself has been collected.
+  Shell shell("(exec >&-; while kill -0 $$ 2>/dev/null; do :; done; echo late >&2) & echo early");
+  shell.run();
+  EXPECT_EQ(shell.output.view(), "early\n");
+  EXPECT_EQ(shell.error.view(), "late\n");
+}
+
+TEST(ChildProcess, IsOneOfAThousandAtOnce) {
+  rlimit limit{};
+  getrlimit(RLIMIT_NOFILE, &limit);
+  if (limit.rlim_cur < 5000) {
+    GTEST_SKIP() << "this machine does not allow for enough descriptors";
+  }
+  // None of them is collected before the last one has been launched.
+  std::vector<std::unique_ptr<Shell>> shells;
+  for (int i = 0; i < 1025; ++i) {
+    shells.push_back(std::make_unique<Shell>("echo " + std::to_string(i)));
+    shells.back()->child.launch();
+  }
+  for (int i = 0; i < 1025; ++i) {
+    Shell& shell = *shells[static_cast<std::size_t>(i)];
+    support::turnUntil([&] { return shell.ended; });
+    shell.child.readToEnd(shell.output, shell.error);
+    ASSERT_EQ(shell.output.view(), std::to_string(i) + '\n');
+  }
 }
 
 TEST(ChildProcess, ReadsMoreThanAPipeHolds) {

@@ -61,10 +61,11 @@ bool writeAtomically(const std::string& path, const Pieces& bytes) {
     return false;
   }
   std::string temporary = (target->path.parent_path() / ".halvik-diagnostic-XXXXXX").string();
-  const int fd = mkostemp(temporary.data(), O_CLOEXEC);
+  const int fd = mkstemp(temporary.data());
   if (fd < 0) {
     return false;
   }
+  fcntl(fd, F_SETFD, FD_CLOEXEC);
   const bool replaced =
       fill(fd, target->mode, bytes) && rename(temporary.c_str(), target->path.c_str()) == 0;
   if (!replaced) {

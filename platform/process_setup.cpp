@@ -7,6 +7,7 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <csignal>
 #include <optional>
 
@@ -14,12 +15,10 @@ namespace platform {
 
 namespace {
 
-struct DescriptorLimits {
-  rlimit starting;
-  rlimit raised;
-};
+// macOS knows no hard limit, yet takes no soft one above its OPEN_MAX, which is this.
+constexpr rlim_t fallbackLimit = 10'240;
 
-std::optional<DescriptorLimits> descriptorLimits;
+std::optional<rlimit> startingDescriptorLimit;
 
 void openStandardDescriptors() {
   // Opened the wrong way round on purpose: who reads or writes there is told so, as on a closed
@@ -33,12 +32,15 @@ void openStandardDescriptors() {
 
 void raiseDescriptorLimit() {
   rlimit starting{};
-  if (descriptorLimits || getrlimit(RLIMIT_NOFILE, &starting) != 0) {
+  if (startingDescriptorLimit || getrlimit(RLIMIT_NOFILE, &starting) != 0) {
     return;
   }
-  const rlimit raised{.rlim_cur = starting.rlim_max, .rlim_max = starting.rlim_max};
-  if (raised.rlim_cur != starting.rlim_cur && setrlimit(RLIMIT_NOFILE, &raised) == 0) {
-    descriptorLimits = {.starting = starting, .raised = raised};
+  for (const rlim_t most : {starting.rlim_max, std::min(starting.rlim_max, fallbackLimit)}) {
+    const rlimit raised{.rlim_cur = most, .rlim_max = starting.rlim_max};
+    if (most > starting.rlim_cur && setrlimit(RLIMIT_NOFILE, &raised) == 0) {
+      startingDescriptorLimit = starting;
+      return;
+    }
   }
 }
 
@@ -52,15 +54,9 @@ void setUpProcess() {
   std::signal(SIGCHLD, SIG_DFL);
 }
 
-StartingDescriptorLimit::StartingDescriptorLimit() {
-  if (descriptorLimits) {
-    setrlimit(RLIMIT_NOFILE, &descriptorLimits->starting);
-  }
-}
-
-StartingDescriptorLimit::~StartingDescriptorLimit() {
-  if (descriptorLimits) {
-    setrlimit(RLIMIT_NOFILE, &descriptorLimits->raised);
+void restoreStartingDescriptorLimit() {
+  if (startingDescriptorLimit) {
+    setrlimit(RLIMIT_NOFILE, &*startingDescriptorLimit);
   }
 }
 

@@ -1,0 +1,27 @@
+// SPDX-FileCopyrightText: 2026 Halvik
+// SPDX-License-Identifier: Apache-2.0
+
+#include "platform/pipe.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace platform {
+
+bool openPipe(std::array<int, 2>& ends) {
+  if (pipe(ends.data()) != 0) {
+    return false;
+  }
+  // A command started between the two calls would inherit the ends, and its siblings' streams would
+  // never end. None is: all are started by the thread that we are in.
+  for (const int end : ends) {
+    fcntl(end, F_SETFD, FD_CLOEXEC);
+  }
+  return true;
+}
+
+void enlargePipe(int /*fd*/) {
+  // The size of a pipe is the system's own affair here.
+}
+
+}  // namespace platform

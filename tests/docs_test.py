@@ -1,0 +1,86 @@
+# SPDX-FileCopyrightText: 2026 Halvik
+# SPDX-License-Identifier: Apache-2.0
+
+"""What the manual page, the README and the lists of changes say about the program, held against the program itself."""
+
+import datetime
+import email.utils
+import re
+import subprocess
+import unittest
+import xml.etree.ElementTree
+
+import option_table
+import page
+from project import ROOT, version
+
+METAINFO = ROOT / "share/linux/example.halvik.Diagnostic.metainfo.xml"
+
+
+class Options(unittest.TestCase):
+    """Each place tells of each option, in every way to write it, and of no other."""
+
+    def assert_complete(self, written):
+        self.assertEqual(sorted(map(sorted, written)), sorted(map(sorted, option_table.signatures())))
+
+    def test_manual_page(self):
+        self.assert_complete(page.options())
+
+    def test_synopsis(self):
+        """It shows the short way, and may leave the other ways out."""
+        shown = page.words_of_synopsis()
+        for written in option_table.signatures():
+            self.assertIn(written[0], shown)
+        self.assertLessEqual(set(shown), set(option_table.words()))
+
+    def test_readme(self):
+        table = re.search(r"^\| Option \| Effect \|\n\|---\|---\|\n((?:\|.*\n)+)", (ROOT / "README.md").read_text(),
+                          re.MULTILINE)[1]
+        cells = [row.split("|")[1] for row in table.splitlines()]
+        self.assert_complete([[re.sub("=[A-Z]+$", "=", word) for word in re.findall(r"`(\S+)`", cell)]
+                              for cell in cells])
+
+
+class ManualPage(unittest.TestCase):
+    def test_is_well_formed(self):
+        ended = subprocess.run(["mandoc", "-T", "lint", "-W", "warning", page.path()], capture_output=True, text=True)
+        self.assertEqual(ended.stdout, "")
+
+    def test_foot_bears_the_version(self):
+        self.assertEqual(page.foot(), f"Halvik Diagnostic {version()}")
+
+    def test_sections(self):
+        for section in ("OPTIONS", "WHAT IS COLLECTED", "WHERE IT GOES", "ENVIRONMENT", "FILES", "EXIT STATUS",
+                        "EXAMPLES"):
+            self.assertTrue(page.section(section), section)
+
+    def test_messages_are_those_of_the_program(self):
+        sources = "".join(path.read_text() for folder in ("app", "platform", "report")
+                          for path in (ROOT / folder).rglob("*.cpp"))
+        literals = re.sub(r'"\s*\n\s*"', "", sources)
+        messages = page.items("DIAGNOSTICS")
+        self.assertGreater(len(messages), 2)
+        for message in messages:
+            self.assertIn(f'"{message}', literals)
+
+
+class Releases(unittest.TestCase):
+    """The version and the day of the latest release, wherever they are written down."""
+
+    def test_changelogs(self):
+        release = xml.etree.ElementTree.parse(METAINFO).getroot().find("releases/release")
+        self.assertEqual(release.get("version"), version())
+        day = datetime.date.fromisoformat(release.get("date"))
+
+        headings = re.findall(r"^## (.*)$", (ROOT / "CHANGELOG.md").read_text(), re.MULTILINE)
+        self.assertEqual([line for line in headings if line != "Unreleased"][0], f"{version()} ({day})")
+
+        entry = (ROOT / "packaging/debian/changelog").read_text().split("\n\nhalvik-diagnostic (")[0]
+        self.assertIn(f"halvik-diagnostic ({version()}) ", entry.splitlines()[0])
+        time = re.search(r"^ -- .*>  (.*)$", entry, re.MULTILINE)[1]
+        self.assertEqual(email.utils.parsedate_to_datetime(time).date(), day)
+
+
+if __name__ == "__main__":
+    page.require_reader()
+    unittest.main()

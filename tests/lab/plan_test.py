@@ -1,0 +1,125 @@
+# SPDX-FileCopyrightText: 2026 Halvik
+# SPDX-License-Identifier: Apache-2.0
+
+"""Which commands a run launches, and in which order, on a machine with the Skivra and on one without; and that the lab
+has an answer for each of them.
+"""
+
+import re
+import unittest
+
+import labs  # before all that it finds
+import endpoints
+import plan
+import skivra
+import support
+
+DOMAIN = "shop.example"
+LOG_FOLDER = f"/{skivra.FOLDER}/beacon-logs"
+LOGS = [(f"{LOG_FOLDER}/{folder}/{skivra.log_name(folder, number)}", f"{folder} log {number} of {count}\n")
+        for folder, count in skivra.LOGS.items() for number in range(1, count + 1)]
+
+# Options, how many commands they launch besides the readers of logs, and what the plan depends on.
+GENERAL = [
+    ([], 52, {}),
+    (["-d="], 52, {}),
+    (["-d=word"], 52, {"domain": "word"}),
+    ([f"-d={DOMAIN}"], 57, {"domain": DOMAIN}),
+    (["-d= shop .example"], 57, {"domain": DOMAIN}),
+]
+WITH_SKIVRA = [
+    (["-d=word"], 66, {"domain": "word", "skivra": True}),
+    ([], 67, {"skivra": True}),
+    (["-d="], 67, {"skivra": True}),
+    ([f"-d={DOMAIN}"], 72, {"domain": DOMAIN, "skivra": True}),
+]
+
+# What commands say that got an answer, by the beginning of their names. The first that fits counts.
+ANSWERED = {
+    "/usr/bin/dig": r"status: NOERROR,.*\n.*ANSWER: [1-9]",
+    "/usr/bin/nslookup": r"text = ",
+    "/usr/sbin/traceroute": r"^ *\d+  \S+ \(\S+\)  .* ms\n*\Z",
+    "/sbin/ping": r" [1-5] received",
+    # Its time to live lets it see the first router only.
+    "/bin/sh -c /sbin/ping": r"From 192\.168\.1\.1 icmp_seq=1 Time to live exceeded",
+    # On Linux it knows no such command.
+    "/bin/sh -c /sbin/route": r"\Astderr:\nUsage: route",
+    # It tells everything on standard error.
+    "/bin/sh -c /usr/bin/curl": r"^< HTTP/1\.1 200 OK",
+    "": r"\Astdout:\n(?!(?s:.*)^stderr:)",
+}
+
+
+def with_option(option, rows):
+    return [([option, *options], count, facts) for options, count, facts in rows]
+
+
+WITHOUT = [*GENERAL, *with_option("--noskv", GENERAL[:1]), *with_option("--skv", WITH_SKIVRA),
+           (["--skv", "--noskv"], 52, {})]
+INSTALLED = [*with_option("--noskv", GENERAL), (["--noskv", "--skv"], 52, {}), *WITH_SKIVRA]
+WHOLE = WITH_SKIVRA[-1:]
+
+ADDED_LOG = f"{LOG_FOLDER}/service/.last one", "the last\n"
+CHANGED_LOGS = [log for log in LOGS if "/probe/" not in log[0]] + [ADDED_LOG]
+CHANGE = f"""rm -r "{LOG_FOLDER}/probe"; echo "the last" >"{ADDED_LOG[0]}" """
+
+
+def run_rows(name, rows, **others):
+    with labs.Lab(name, **others) as lab:
+        return run_in(lab, rows)
+
+
+def run_before_and_after_a_change():
+    with labs.Lab("installed", skivra=True) as lab:
+        before = run_in(lab, INSTALLED)
+        lab.shell("--root", "sh", "-c", CHANGE)
+        return before, run_in(lab, WITH_SKIVRA)
+
+
+def run_in(lab, rows):
+    """Makes a run for each row, all at once."""
+    return [labs.ended(process) for process in [lab.start_program("-s", "-c", *options) for options, *_ in rows]]
+
+
+def setUpModule():
+    global runs
+    runs = labs.SideBySide({
+        "installed": run_before_and_after_a_change,
+        "without": lambda: run_rows("without", WITHOUT),
+        "whole": lambda: run_rows("whole", WHOLE, skivra=True),
+    })
+
+
+class PlanTest(unittest.TestCase):
+    maxDiff = None
+
+    def check(self, rows, runs_of_rows, logs=()):
+        for (options, count, facts), ended in zip(rows, runs_of_rows, strict=True):
+            with self.subTest(options, logs=len(logs)):
+                self.assertEqual((ended.status, ended.messages), (0, []))
+                names = [name.decode() for name, _ in support.blocks(ended.stdout)]
+                paths = [path for path, _ in logs] if "skivra" in facts else []
+                self.assertEqual(names, plan.display_names(endpoints.roles(), beacon_logs=paths, **facts))
+                self.assertEqual(len(names), count + len(paths))
+
+    def test_without_the_skivra(self):
+        self.check(WITHOUT, runs["without"])
+
+    def test_with_the_skivra(self):
+        before, after = runs["installed"]
+        self.check(INSTALLED, before, LOGS)
+        self.check(WITH_SKIVRA, after, CHANGED_LOGS)
+
+    def test_every_command_has_an_answer(self):
+        ended, = runs["whole"]
+        blocks = [(name.decode(), content.decode()) for name, content in support.blocks(ended.stdout)]
+        for name, content in blocks:
+            pattern = next(pattern for start, pattern in ANSWERED.items() if name.startswith(start))
+            with self.subTest(name):
+                self.assertRegex(content, re.compile(pattern, re.MULTILINE))
+        contents = dict(blocks)
+        self.assertEqual([contents[f'/bin/sh -c cat "{path}"'] for path, _ in LOGS],
+                         [f"stdout:\n{text}\n" for _, text in LOGS])
+
+
+labs.run_tests()

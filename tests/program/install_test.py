@@ -1,0 +1,51 @@
+# SPDX-FileCopyrightText: 2026 Halvik
+# SPDX-License-Identifier: Apache-2.0
+
+"""The program as `cmake --install` leaves it below any folder."""
+
+import os
+import subprocess
+
+import support
+
+FILES = """
+bin/halvik-diagnostic
+libexec/halvik-diagnostic/scutil
+libexec/halvik-diagnostic/system_profiler
+share/applications/halvik-diagnostic.desktop
+share/bash-completion/completions/halvik-diagnostic
+share/fish/vendor_completions.d/halvik-diagnostic.fish
+share/icons/hicolor/128x128/apps/halvik-diagnostic.png
+share/icons/hicolor/48x48/apps/halvik-diagnostic.png
+share/icons/hicolor/64x64/apps/halvik-diagnostic.png
+share/icons/hicolor/scalable/apps/halvik-diagnostic.svg
+share/man/man1/halvik-diagnostic.1
+share/metainfo/example.halvik.Diagnostic.metainfo.xml
+share/zsh/site-functions/_halvik-diagnostic
+""".split()
+
+
+class InstallTest(support.ProgramTest):
+    def setUp(self):
+        super().setUp()
+        self.prefix = self.folder / "any place"
+        subprocess.run(["cmake", "--install", os.path.dirname(support.program()), "--prefix", self.prefix], check=True,
+                       stdout=subprocess.DEVNULL)
+
+    def test_files(self):
+        found = [str(path.relative_to(self.prefix)) for path in self.prefix.rglob("*") if not path.is_dir()]
+        scripts = [name for name in FILES if name.startswith("libexec/")]
+        self.assertEqual(sorted(found), [name for name in FILES if name not in scripts or support.PLATFORM == "linux"])
+
+    @support.needs_namespaces
+    def test_the_program_finds_what_came_with_it(self):
+        ended = self.finish(self.start(str(self.prefix / "bin/halvik-diagnostic"), ["-s", "-c"]))
+        self.assertEqual((ended.status, ended.messages), (0, []))
+        outputs = dict(support.blocks(ended.stdout))
+        self.assertEqual(len(support.blocks(ended.stdout)), support.PLAN_LENGTH)
+        self.assertIn(b"DNS configuration", outputs[b"/usr/sbin/scutil --dns"])
+        self.assertIn(b"System Software Overview:", outputs[b"/usr/sbin/system_profiler SPSoftwareDataType"])
+
+
+support.require_tools("cmake")
+support.run_tests()
