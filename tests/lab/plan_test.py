@@ -38,7 +38,7 @@ WITH_SKIVRA = [
 ANSWERED = {
     "/usr/bin/dig": r"status: NOERROR,.*\n.*ANSWER: [1-9]",
     "/usr/bin/nslookup": r"text = ",
-    "/usr/sbin/traceroute": r"^ *\d+  \S+ \(\S+\)  .* ms\n*\Z",
+    "/usr/sbin/traceroute": r"^ *\d+  \S+ \(\S+\)  .* ms( \*)*\n*\Z",
     "/sbin/ping": r" [1-5] received",
     # Its time to live lets it see the first router only.
     "/bin/sh -c /sbin/ping": r"From 192\.168\.1\.1 icmp_seq=1 Time to live exceeded",
@@ -59,13 +59,16 @@ WITHOUT = [*GENERAL, *with_option("--noskv", GENERAL[:1]), *with_option("--skv",
 INSTALLED = [*with_option("--noskv", GENERAL), (["--noskv", "--skv"], 52, {}), *WITH_SKIVRA]
 WHOLE = WITH_SKIVRA[-1:]
 
+# The plan gives some of its commands two seconds, which a busy machine may take for other things.
+ATTEMPTS = 5
+
 ADDED_LOG = f"{LOG_FOLDER}/service/.last one", "the last\n"
 CHANGED_LOGS = [log for log in LOGS if "/probe/" not in log[0]] + [ADDED_LOG]
 CHANGE = f"""rm -r "{LOG_FOLDER}/probe"; echo "the last" >"{ADDED_LOG[0]}" """
 
 
-def run_rows(name, rows, **others):
-    with labs.Lab(name, **others) as lab:
+def run_rows(name, rows):
+    with labs.Lab(name) as lab:
         return run_in(lab, rows)
 
 
@@ -74,6 +77,25 @@ def run_before_and_after_a_change():
         before = run_in(lab, INSTALLED)
         lab.shell("--root", "sh", "-c", CHANGE)
         return before, run_in(lab, WITH_SKIVRA)
+
+
+def run_until_all_are_answered():
+    """Repeats the whole plan for those commands that got no answer. Returns what each answered, by its name."""
+    with labs.Lab("whole", skivra=True) as lab:
+        contents = {}
+        for _ in range(ATTEMPTS):
+            ended, = run_in(lab, WHOLE)
+            for name, content in support.blocks(ended.stdout):
+                if not is_answered(name.decode(), contents.get(name.decode(), "")):
+                    contents[name.decode()] = content.decode()
+            if all(is_answered(*block) for block in contents.items()):
+                break
+        return contents
+
+
+def is_answered(name, content):
+    pattern = next(pattern for start, pattern in ANSWERED.items() if name.startswith(start))
+    return re.search(pattern, content, re.MULTILINE) is not None
 
 
 def run_in(lab, rows):
@@ -86,7 +108,7 @@ def setUpModule():
     runs = labs.SideBySide({
         "installed": run_before_and_after_a_change,
         "without": lambda: run_rows("without", WITHOUT),
-        "whole": lambda: run_rows("whole", WHOLE, skivra=True),
+        "whole": run_until_all_are_answered,
     })
 
 
@@ -111,13 +133,10 @@ class PlanTest(unittest.TestCase):
         self.check(WITH_SKIVRA, after, CHANGED_LOGS)
 
     def test_every_command_has_an_answer(self):
-        ended, = runs["whole"]
-        blocks = [(name.decode(), content.decode()) for name, content in support.blocks(ended.stdout)]
-        for name, content in blocks:
-            pattern = next(pattern for start, pattern in ANSWERED.items() if name.startswith(start))
-            with self.subTest(name):
-                self.assertRegex(content, re.compile(pattern, re.MULTILINE))
-        contents = dict(blocks)
+        contents = runs["whole"]
+        self.assertEqual(len(contents), WHOLE[0][1] + len(LOGS))
+        for name, content in contents.items():
+            self.assertTrue(is_answered(name, content), f"{name}:\n{content}")
         self.assertEqual([contents[f'/bin/sh -c cat "{path}"'] for path, _ in LOGS],
                          [f"stdout:\n{text}\n" for _, text in LOGS])
 
