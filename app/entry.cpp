@@ -7,7 +7,6 @@
 #include <string>
 
 #include "app/options.h"
-#include "app/windowed_run.h"
 #include "platform/boundary.h"
 #include "platform/http_connection.h"
 #include "platform/log.h"
@@ -28,7 +27,7 @@ void maybeRunWithoutGUIAndExit(const OptionValues& values, int& argc, char** arg
   if (!isSet(values, "silentSig")) {
     return;
   }
-  platform::Application application(platform::Application::Mode::headless, argc, argv);
+  platform::Application application(argc, argv);
   const std::unique_ptr<MainController> controller = makeController(application);
   controller->initArgsWithSilent(isSet(values, "silentSig"), isSet(values, "consoleSig"),
                                  isSet(values, "skvSig"), isSet(values, "noskvSig"),
@@ -45,14 +44,11 @@ void maybeRunWithoutGUIAndExit(const OptionValues& values, int& argc, char** arg
   application.exit(EXIT_SUCCESS);
 }
 
-int runWindowed(int& argc, char** argv, const ControllerFactory& makeController) {
-  platform::Application application(platform::Application::Mode::windowed, argc, argv);
-  WindowedRun run(makeController(application));
-  run.show();
-  return application.run();
-}
-
 }  // namespace
+
+std::unique_ptr<MainController> makeMainController(platform::Application& application) {
+  return std::make_unique<MainController>(application);
+}
 
 bool handleGateKeeperArgument(int argc, const char* const* argv) {
   for (int i = 0; i < argc; ++i) {
@@ -64,7 +60,8 @@ bool handleGateKeeperArgument(int argc, const char* const* argv) {
   return false;
 }
 
-int runProgram(int argc, char** argv, const ControllerFactory& makeController) {
+int runProgram(int argc, char** argv, const ControllerFactory& makeController,
+               const WindowedMode& runWindowed) {
   int status = EXIT_SUCCESS;
   platform::setProcessName(argc > 0 ? argv[0] : "");
   platform::setUpProcess();

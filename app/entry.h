@@ -16,10 +16,17 @@ namespace app {
 using ControllerFactory =
     std::function<std::unique_ptr<MainController>(platform::Application& application)>;
 
+/// The factory of what users run.
+std::unique_ptr<MainController> makeMainController(platform::Application& application);
+
+/// Carries out a run with a window. Returns the exit status.
+using WindowedMode =
+    std::function<int(int& argc, char** argv, const ControllerFactory& makeController)>;
+
 /// The whole program: decides on the mode and carries it out. Ends the process in the modes without
-/// a window, and returns the exit status after the window has been closed. An uncaught error ends
-/// the process.
-int runProgram(int argc, char** argv, const ControllerFactory& makeController);
+/// a window, and returns the status of `runWindowed` otherwise. An uncaught error ends the process.
+int runProgram(int argc, char** argv, const ControllerFactory& makeController,
+               const WindowedMode& runWindowed);
 
 /// Whether an argument begins with "-psn_", which desktops of another system add when they launch a
 /// program.

@@ -19,6 +19,7 @@
 #include "diagnostics/process_list.h"
 #include "diagnostics/test_starter.h"
 #include "platform/application.h"
+#include "platform/desktop.h"
 #include "report/http.h"
 #include "report/report.h"
 #include "ui/controls.h"
@@ -138,6 +139,7 @@ class MainController : public platform::ApplicationDelegate,
   ui::Outlet<ui::Window> window;
   ui::Outlet<ui::Button> copyToClipBoardLink;
   ui::Outlet<ui::Button> shareButton;
+  ui::Outlet<platform::Desktop> desktop;
   Text txtHalvikAccount;
   Text txtTicketNo;
   report::Report results;

@@ -5,15 +5,15 @@
 
 #include <utility>
 
-#include "platform/desktop.h"
+#include "platform/windowed_application.h"
 
 namespace app {
 
-WindowedRun::WindowedRun(std::unique_ptr<MainController> owned)
+WindowedRun::WindowedRun(std::unique_ptr<MainController> owned, platform::Desktop& ownDesktop)
     : window({.start = [this] { controller->runTests(); },
               .copy = [this] { controller->copyToClipBoardLinkButtonPressed(); },
               .open = [this] { controller->shareButtonPressed(); },
-              .openLink = [](const std::string& url) { platform::openUrl(url); }}),
+              .openLink = [&ownDesktop](const std::string& url) { ownDesktop.openUrl(url); }}),
       controller(std::move(owned)) {
   controller->buttonStartTests.connect(window.startButton());
   controller->textHalvikAccount.connect(window.account());
@@ -27,7 +27,15 @@ WindowedRun::WindowedRun(std::unique_ptr<MainController> owned)
   controller->window.connect(window.window());
   controller->copyToClipBoardLink.connect(window.copyButton());
   controller->shareButton.connect(window.openButton());
+  controller->desktop.connect(ownDesktop);
   controller->awakeFromNib();
+}
+
+int runWindowed(int& argc, char** argv, const ControllerFactory& makeController) {
+  platform::WindowedApplication application(argc, argv);
+  WindowedRun run(makeController(application), application.desktop());
+  run.show();
+  return application.run();
 }
 
 }  // namespace app

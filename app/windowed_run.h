@@ -7,16 +7,18 @@
 
 #include <memory>
 
-#include "app/main_controller.h"
+#include "app/entry.h"
+#include "platform/desktop.h"
 #include "ui/main_window.h"
 
 namespace app {
 
 /// Connects every control of a new window to the outlets of `owned` and the controller's operations
-/// to what is pressed, then sets the controller up. Needs a windowed application that outlives it.
+/// to what is pressed, then sets the controller up. Needs a windowed application that outlives it,
+/// and whose desktop `ownDesktop` is.
 class WindowedRun {
  public:
-  explicit WindowedRun(std::unique_ptr<MainController> owned);
+  WindowedRun(std::unique_ptr<MainController> owned, platform::Desktop& ownDesktop);
 
   void show() { window.show(); }
   MainController& mainController() { return *controller; }
@@ -27,5 +29,8 @@ class WindowedRun {
   // end.
   std::unique_ptr<MainController> controller;
 };
+
+/// Shows the window until it is closed. Returns the exit status.
+int runWindowed(int& argc, char** argv, const ControllerFactory& makeController);
 
 }  // namespace app

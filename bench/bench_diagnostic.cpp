@@ -52,7 +52,9 @@ class BenchController final : public app::MainController {
 }  // namespace
 
 int main(int argc, char** argv) {
-  return app::runProgram(argc, argv, [](platform::Application& application) {
+  const app::ControllerFactory makeController = [](platform::Application& application) {
     return std::make_unique<BenchController>(application);
-  });
+  };
+  return app::runProgram(argc, argv, makeController,
+                         [](int&, char**, const auto&) { return EXIT_FAILURE; });
 }

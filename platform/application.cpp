@@ -3,9 +3,7 @@
 
 #include "platform/application.h"
 
-#include <QApplication>
-#include <QMessageBox>
-#include <QNetworkProxyFactory>
+#include <QCoreApplication>
 
 #include <cstdlib>
 #include <utility>
@@ -33,55 +31,27 @@ void logToolkitMessage(QtMsgType type, const QMessageLogContext& /*context*/,
   }
 }
 
-std::unique_ptr<QCoreApplication> makeToolkit(Application::Mode mode, int& argc, char** argv) {
-  if (mode == Application::Mode::windowed) {
-    return std::make_unique<QApplication>(argc, argv);
-  }
-  return std::make_unique<QCoreApplication>(argc, argv);
-}
-
-void showError(const char* reason) {
-  QMessageBox::critical(nullptr, QStringLiteral("Halvik Diagnostic"),
-                        QStringLiteral("Halvik Diagnostic has to end because of an error:\n\n%1")
-                            .arg(QString::fromUtf8(reason)));
-}
-
 }  // namespace
 
 class Application::Parts {
  public:
-  Parts(Mode mode, int& argc, char** argv) : toolkit(makeToolkit(mode, argc, argv)) {}
+  explicit Parts(std::unique_ptr<QCoreApplication> made) : toolkit(std::move(made)) {}
 
   std::unique_ptr<QCoreApplication> toolkit;
   DescriptorSet descriptors;
 };
 
-Application::Application(Mode mode, int& argc, char** argv) {
+Application::Application(int& argc, char** argv)
+    : Application([&argc, argv] { return std::make_unique<QCoreApplication>(argc, argv); }) {}
+
+Application::Application(const std::function<std::unique_ptr<QCoreApplication>()>& makeToolkit) {
   qInstallMessageHandler(logToolkitMessage);
-  QNetworkProxyFactory::setUseSystemConfiguration(true);
-  parts = std::make_unique<Parts>(mode, argc, argv);
-  if (mode == Mode::windowed) {
-    QGuiApplication::setQuitOnLastWindowClosed(false);
-    QGuiApplication::setDesktopFileName(QStringLiteral("halvik-diagnostic"));
-    lastMeasures().tellUser = showError;
-  }
+  parts = std::make_unique<Parts>(makeToolkit());
 }
 
 Application::~Application() = default;
 
-void Application::setDelegate(ApplicationDelegate& delegate) {
-  auto* windows = qobject_cast<QGuiApplication*>(parts->toolkit.get());
-  if (windows == nullptr) {
-    return;
-  }
-  QObject::connect(windows, &QGuiApplication::lastWindowClosed, windows, [&delegate] {
-    enter([&delegate] {
-      if (delegate.applicationShouldTerminateAfterLastWindowClosed()) {
-        QCoreApplication::quit();
-      }
-    });
-  });
-}
+void Application::setDelegate(ApplicationDelegate& /*delegate*/) {}
 
 int Application::run() {
   return QCoreApplication::exec();

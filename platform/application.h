@@ -10,6 +10,8 @@
 
 #include "platform/descriptor_set.h"
 
+class QCoreApplication;
+
 namespace platform {
 
 /// What the application asks of its owner.
@@ -29,21 +31,15 @@ class ApplicationDelegate {
 /// windows and HTTP.
 class Application {
  public:
-  enum class Mode {
-    /// No display is needed, looked for or shown on.
-    headless,
-    windowed
-  };
-
-  /// `argc` and `argv` must outlive the application. A windowed application without a display to
-  /// show its window on says so in the log and ends the process with status 1.
-  Application(Mode mode, int& argc, char** argv);
-  ~Application();
+  /// The application of a run without a window: no display is needed, looked for or shown on.
+  /// `argc` and `argv` must outlive it.
+  Application(int& argc, char** argv);
+  virtual ~Application();
   Application(const Application&) = delete;
   Application& operator=(const Application&) = delete;
 
-  /// `delegate` must outlive the application's loop.
-  void setDelegate(ApplicationDelegate& delegate);
+  /// `delegate` must outlive the application's loop. Without windows it is never asked.
+  virtual void setDelegate(ApplicationDelegate& delegate);
 
   /// Turns the loop until the last window has been closed. Returns the exit status.
   int run();
@@ -59,6 +55,10 @@ class Application {
 
   /// What the loop watches for reading.
   DescriptorSet& descriptors();
+
+ protected:
+  /// With what `makeToolkit` makes as the toolkit's own application.
+  explicit Application(const std::function<std::unique_ptr<QCoreApplication>()>& makeToolkit);
 
  private:
   class Parts;

@@ -9,14 +9,22 @@
 
 namespace platform {
 
-/// Replaces the contents of the general clipboard by `text`.
-void copyToClipboard(const std::string& text);
+class Desktop {
+ public:
+  Desktop() = default;
+  virtual ~Desktop() = default;
+  Desktop(const Desktop&) = delete;
+  Desktop& operator=(const Desktop&) = delete;
 
-/// Opens `url` in the default browser. What is no URL is not opened; nothing is said about it.
-void openUrl(const std::string& url);
+  /// Replaces the contents of the general clipboard by `text`.
+  virtual void copyToClipboard(const std::string& text) = 0;
 
-/// Opens the file at `path` in the desktop's editor for plain text. Nothing is said when there is
-/// none.
-void openInTextEditor(const std::string& path);
+  /// Opens `url` in the default browser. What is no URL is not opened; nothing is said about it.
+  virtual void openUrl(const std::string& url) = 0;
+
+  /// Opens the file at `path` in the desktop's editor for plain text. Nothing is said when there is
+  /// none.
+  virtual void openInTextEditor(const std::string& path) = 0;
+};
 
 }  // namespace platform

@@ -4,6 +4,7 @@
 #include "platform/http_connection.h"
 
 #include <QNetworkAccessManager>
+#include <QNetworkProxyFactory>
 #include <QNetworkReply>
 #include <QUrl>
 
@@ -69,6 +70,7 @@ class HttpConnection::Parts {
  public:
   Parts(HttpRequest sent, HttpConnectionDelegate& receiver, std::chrono::milliseconds limit)
       : request(std::move(sent)), delegate(receiver), stallLimit(limit) {
+    QNetworkProxyFactory::setUseSystemConfiguration(true);
     QNetworkRequest first = requestTo(toUrl(request.url));
     for (const auto& [name, value] : request.headers) {
       first.setRawHeader(QByteArray::fromStdString(name), QByteArray::fromStdString(value));

@@ -4,7 +4,6 @@
 // Delivery of the report: to the submission endpoint, or to a file.
 
 #include "app/main_controller.h"
-#include "platform/desktop.h"
 #include "platform/files.h"
 #include "platform/log.h"
 #include "platform/standard_streams.h"
@@ -67,8 +66,8 @@ void MainController::onHttpError(const report::Http& client) {
 void MainController::writeToPath(const std::string& path) {
   if (!platform::writeAtomically(path, results.pieces())) {
     platform::log("could not save diagnostic_results.txt");
-  } else if (!isSilent) {
-    platform::openInTextEditor(path);
+  } else {
+    desktop.send(&platform::Desktop::openInTextEditor, path);
   }
 }
 

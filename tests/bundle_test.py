@@ -20,6 +20,7 @@ PROJECT = """
 cmake_minimum_required(VERSION 3.25)
 {settings}
 add_executable(halvik-diagnostic main.cpp)
+add_executable(halvik-diagnostic-window main.cpp)
 include("{root}/cmake/macos_bundle.cmake")
 """
 PRETENCE = ["-D", "CMAKE_SYSTEM_NAME=Darwin", "-D", "CMAKE_CXX_COMPILER_FORCED=ON"]

@@ -23,6 +23,7 @@ LIBRARIES = "usr/lib/*/qt6/plugins"
 
 FILES = """
 usr/bin/halvik-diagnostic
+usr/libexec/halvik-diagnostic/halvik-diagnostic-window
 usr/libexec/halvik-diagnostic/scutil
 usr/libexec/halvik-diagnostic/system_profiler
 usr/share/applications/halvik-diagnostic.desktop
@@ -137,8 +138,10 @@ class Dependencies(unittest.TestCase):
 
 
 class Hardening(unittest.TestCase):
+    path = "usr/bin/halvik-diagnostic"
+
     def read(self, *options):
-        return output("readelf", "--wide", *options, folder / "tree/usr/bin/halvik-diagnostic").decode()
+        return output("readelf", "--wide", *options, folder / "tree" / self.path).decode()
 
     def test_position_independent(self):
         self.assertRegex(self.read("--file-header"), r"Type: +DYN")
@@ -157,8 +160,12 @@ class Hardening(unittest.TestCase):
 
     def test_bears_neither_symbols_nor_folders_of_the_build(self):
         self.assertNotIn(".symtab", self.read("--sections"))
-        program = (folder / "tree/usr/bin/halvik-diagnostic").read_bytes()
+        program = (folder / "tree" / self.path).read_bytes()
         self.assertNotIn(os.fsencode(project.ROOT), program)
+
+
+class HardeningOfTheWindow(Hardening):
+    path = "usr/libexec/halvik-diagnostic/halvik-diagnostic-window"
 
 
 if __name__ == "__main__":

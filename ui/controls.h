@@ -2,65 +2,44 @@
 // SPDX-License-Identifier: Apache-2.0
 
 // The kinds of controls that the window is made of, as the controller sees them: plain operations
-// on UTF-8 text. Each is a thin layer over a widget that the window owns and that outlives it.
+// on UTF-8 text. What they are made of is not said here, so that a run without a window needs no
+// widgets.
 
 #pragma once
 
 #include <string>
-#include <vector>
 
 #include "ui/text_range.h"
-
-class QLabel;
-class QLineEdit;
-class QProgressBar;
-class QPropertyAnimation;
-class QTextBrowser;
-class QWidget;
 
 namespace ui {
 
 /// Anything that can be shown and enabled.
 class Control {
  public:
-  explicit Control(QWidget& shown) : widget(&shown) {}
-  void setHidden(bool hidden);
-  void setEnabled(bool enabled);
-
- private:
-  QWidget* widget;
+  Control() = default;
+  virtual ~Control() = default;
+  Control(const Control&) = delete;
+  Control& operator=(const Control&) = delete;
+  virtual void setHidden(bool hidden) = 0;
+  virtual void setEnabled(bool enabled) = 0;
 };
 
 /// A button; what it does is the window's to say.
-class Button : public Control {
- public:
-  using Control::Control;
-};
+class Button : public Control {};
 
 /// What encloses a text view.
-class ScrollView : public Control {
- public:
-  using Control::Control;
-};
+class ScrollView : public Control {};
 
 /// A field with one line of text.
 class TextField : public Control {
  public:
-  explicit TextField(QLineEdit& shown);
-  std::string stringValue() const;
-
- private:
-  QLineEdit* field;
+  virtual std::string stringValue() const = 0;
 };
 
 /// A line of text that cannot be edited.
 class Label : public Control {
  public:
-  explicit Label(QLabel& shown);
-  void setStringValue(const std::string& text);
-
- private:
-  QLabel* label;
+  virtual void setStringValue(const std::string& text) = 0;
 };
 
 /// A bar that shows a value between two others.
@@ -69,20 +48,14 @@ class ProgressBar : public Control {
   /// A quiet grey in place of the desktop's accent colour.
   static constexpr int graphiteTint = 6;
 
-  explicit ProgressBar(QProgressBar& shown);
-  void setMinValue(double value);
-  void setMaxValue(double value);
+  virtual void setMinValue(double value) = 0;
+  virtual void setMaxValue(double value) = 0;
   /// While the bar is animated it glides to the new value, otherwise it jumps there.
-  void setDoubleValue(double value);
+  virtual void setDoubleValue(double value) = 0;
   /// Every tint but graphite leaves the desktop's colour.
-  void setControlTint(int tint);
-  void startAnimation();
-  void stopAnimation();
-
- private:
-  QProgressBar* bar;
-  QPropertyAnimation* glide;
-  bool isAnimated = false;
+  virtual void setControlTint(int tint) = 0;
+  virtual void startAnimation() = 0;
+  virtual void stopAnimation() = 0;
 };
 
 /// A colour of the results view.
@@ -95,34 +68,30 @@ struct Color {
 /// Text with attributes, which can be selected but not edited.
 class RichTextView {
  public:
-  explicit RichTextView(QTextBrowser& shown);
+  RichTextView() = default;
+  virtual ~RichTextView() = default;
+  RichTextView(const RichTextView&) = delete;
+  RichTextView& operator=(const RichTextView&) = delete;
   /// Replaces the whole contents by `text`, without attributes.
-  void setString(const std::string& text);
-  std::u16string string() const;
+  virtual void setString(const std::string& text) = 0;
+  virtual std::u16string string() const = 0;
   /// Makes the text in `range` a link to itself, underlined and blue. Without effect when it is no
   /// URL.
-  void addLink(const TextRange& range);
+  virtual void addLink(const TextRange& range) = 0;
   /// The colour of the whole text, links included.
-  void setTextColor(const Color& color);
+  virtual void setTextColor(const Color& color) = 0;
   /// The colour in which links are shown, whatever colour their text has.
-  void setLinkColor(const Color& color);
-
- private:
-  void showLinks();
-
-  QTextBrowser* view;
-  std::vector<TextRange> links;
-  Color linkColor{};
+  virtual void setLinkColor(const Color& color) = 0;
 };
 
 /// The window itself.
 class Window {
  public:
-  explicit Window(QWidget& shown) : widget(&shown) {}
-  void setTitle(const std::string& title);
-
- private:
-  QWidget* widget;
+  Window() = default;
+  virtual ~Window() = default;
+  Window(const Window&) = delete;
+  Window& operator=(const Window&) = delete;
+  virtual void setTitle(const std::string& title) = 0;
 };
 
 }  // namespace ui

@@ -8,17 +8,14 @@
 #include <QHBoxLayout>
 #include <QIcon>
 #include <QKeyEvent>
-#include <QLabel>
-#include <QLineEdit>
 #include <QPointer>
-#include <QProgressBar>
 #include <QPushButton>
-#include <QTextBrowser>
 #include <QVBoxLayout>
 
 #include <utility>
 
 #include "platform/boundary.h"
+#include "ui/widget_controls.h"
 
 namespace ui {
 
@@ -114,18 +111,18 @@ class MainWindow::Parts {
   QPushButton copyPush{QStringLiteral("&Copy link")};
   QPushButton openPush{QStringLiteral("&Open link")};
 
-  TextField account{accountField};
-  TextField ticket{ticketField};
-  TextField domain{domainField};
-  Button start{startPush};
-  Label status{statusLabel};
-  ProgressBar progress{progressBar};
-  ScrollView resultsScroll{resultsBrowser};
-  RichTextView results{resultsBrowser};
-  Label caption{captionLabel};
-  Button copy{copyPush};
-  Button open{openPush};
-  Window window{frame};
+  WidgetTextField account{accountField};
+  WidgetTextField ticket{ticketField};
+  WidgetTextField domain{domainField};
+  WidgetButton start{startPush};
+  WidgetLabel status{statusLabel};
+  WidgetProgressBar progress{progressBar};
+  WidgetScrollView resultsScroll{resultsBrowser};
+  WidgetRichTextView results{resultsBrowser};
+  WidgetLabel caption{captionLabel};
+  WidgetButton copy{copyPush};
+  WidgetButton open{openPush};
+  WidgetWindow window{frame};
 
  private:
   void setUpFields() {

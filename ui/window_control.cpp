@@ -4,7 +4,6 @@
 // The window's side of a run.
 
 #include "app/main_controller.h"
-#include "platform/desktop.h"
 #include "ui/links.h"
 
 namespace app {
@@ -66,11 +65,11 @@ void MainController::hiliteAndActivateURLs(const ui::Outlet<ui::RichTextView>& v
 }
 
 void MainController::copyToClipBoardLinkButtonPressed() {
-  platform::copyToClipboard(resultsUrl);
+  desktop.send(&platform::Desktop::copyToClipboard, resultsUrl);
 }
 
 void MainController::shareButtonPressed() {
-  platform::openUrl(resultsUrl);
+  desktop.send(&platform::Desktop::openUrl, resultsUrl);
 }
 
 }  // namespace app

@@ -9,7 +9,9 @@ set(doc "${share}/doc/halvik-diagnostic")
 set(file_permissions OWNER_READ OWNER_WRITE GROUP_READ WORLD_READ)
 
 execute_process(COMMAND strip --remove-section=.comment --remove-section=.note
-  "${CPACK_TEMPORARY_INSTALL_DIRECTORY}/usr/bin/halvik-diagnostic" COMMAND_ERROR_IS_FATAL ANY)
+  "${CPACK_TEMPORARY_INSTALL_DIRECTORY}/usr/bin/halvik-diagnostic"
+  "${CPACK_TEMPORARY_INSTALL_DIRECTORY}/usr/libexec/halvik-diagnostic/halvik-diagnostic-window"
+  COMMAND_ERROR_IS_FATAL ANY)
 
 # Debian's zsh reads the functions of packages from a folder of its own.
 file(MAKE_DIRECTORY "${share}/zsh/vendor-completions")

@@ -5,37 +5,25 @@
 
 #include <unistd.h>
 
-#include <filesystem>
 #include <map>
+
+#include "platform/companion.h"
 
 namespace platform {
 
 namespace {
 
-namespace fs = std::filesystem;
-
 bool exists(const std::string& path) {
   return access(path.c_str(), F_OK) == 0;
 }
 
-// The scripts that answer for tools that Linux lacks: beside an executable that has not been
-// installed, in the libexec folder of one that has.
-std::string scriptPath(const std::string& name) {
-  std::error_code ignored;
-  const fs::path folder = fs::read_symlink("/proc/self/exe", ignored).parent_path();
-  const fs::path inBuildTree = folder / "libexec" / name;
-  if (exists(inBuildTree.string())) {
-    return inBuildTree.string();
-  }
-  return (folder / HALVIK_LIBEXEC_FROM_BIN / name).lexically_normal().string();
-}
-
+// Scripts of ours answer for tools that Linux lacks.
 std::string locate(const std::string& path) {
   static const std::map<std::string, std::string> elsewhere{
       {"/sbin/ping", "/usr/bin/ping"},
       {"/usr/sbin/netstat", "/usr/bin/netstat"},
-      {"/usr/sbin/scutil", scriptPath("scutil")},
-      {"/usr/sbin/system_profiler", scriptPath("system_profiler")},
+      {"/usr/sbin/scutil", companionPath("scutil")},
+      {"/usr/sbin/system_profiler", companionPath("system_profiler")},
       {"/usr/sbin/traceroute", "/usr/bin/traceroute"},
   };
   const auto known = elsewhere.find(path);

@@ -14,6 +14,7 @@
 #include <fstream>
 
 #include "app/entry.h"
+#include "app/windowed_run.h"
 
 namespace {
 
@@ -49,10 +50,12 @@ class StandInController final : public app::MainController {
   std::ifstream lines;
 };
 
+std::unique_ptr<app::MainController> makeController(platform::Application& application) {
+  return std::make_unique<StandInController>(application);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
-  return app::runProgram(argc, argv, [](platform::Application& application) {
-    return std::make_unique<StandInController>(application);
-  });
+  return app::runProgram(argc, argv, makeController, app::runWindowed);
 }

@@ -6,11 +6,15 @@
 #pragma once
 
 #include "platform/application.h"
+#include "platform/desktop.h"
 
 namespace support {
 
 /// A headless application, made before the first test.
 platform::Application& application();
+
+/// What the user's desktop does, in the tests with windows.
+platform::Desktop& desktop();
 
 /// Turns the main loop until `done` is true. Only the test's own time limit ends a wait that
 /// nothing fulfils.

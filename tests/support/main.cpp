@@ -10,23 +10,30 @@
 
 #include "platform/log.h"
 #include "platform/process_setup.h"
+#include "platform/windowed_application.h"
 #include "support/application.h"
 
 namespace {
 
 #ifdef HALVIK_TESTS_WITH_WINDOWS
-constexpr auto mode = platform::Application::Mode::windowed;
+using TestedApplication = platform::WindowedApplication;
 #else
-constexpr auto mode = platform::Application::Mode::headless;
+using TestedApplication = platform::Application;
 #endif
 
-platform::Application* theApplication = nullptr;
+TestedApplication* theApplication = nullptr;
 
 }  // namespace
 
 platform::Application& support::application() {
   return *theApplication;
 }
+
+#ifdef HALVIK_TESTS_WITH_WINDOWS
+platform::Desktop& support::desktop() {
+  return theApplication->desktop();
+}
+#endif
 
 int main(int argc, char** argv) {
   testing::InitGoogleTest(&argc, argv);
@@ -35,7 +42,7 @@ int main(int argc, char** argv) {
   setenv("QT_QPA_PLATFORM", "offscreen", 1);
   platform::setProcessName(argv[0]);
   platform::setUpProcess();
-  platform::Application application(mode, argc, argv);
+  TestedApplication application(argc, argv);
   theApplication = &application;
   return RUN_ALL_TESTS();
 }

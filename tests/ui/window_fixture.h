@@ -58,7 +58,7 @@ class WindowTest : public testing::Test {
     server = std::make_unique<support::HttpServer>(behaviours);
     auto owned = std::make_unique<ShellController>(server->url());
     controller = owned.get();
-    run = std::make_unique<app::WindowedRun>(std::move(owned));
+    run = std::make_unique<app::WindowedRun>(std::move(owned), support::desktop());
     run->show();
     window = QApplication::topLevelWidgets().first();
     for (QWidget* widget : QApplication::topLevelWidgets()) {

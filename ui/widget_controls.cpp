@@ -1,13 +1,8 @@
 // SPDX-FileCopyrightText: 2026 Halvik
 // SPDX-License-Identifier: Apache-2.0
 
-#include "ui/controls.h"
+#include "ui/widget_controls.h"
 
-#include <QLabel>
-#include <QLineEdit>
-#include <QProgressBar>
-#include <QPropertyAnimation>
-#include <QTextBrowser>
 #include <QTextCursor>
 #include <QUrl>
 
@@ -39,79 +34,67 @@ QTextCursor cursorOver(const QTextBrowser& view, const TextRange& range) {
 
 }  // namespace
 
-void Control::setHidden(bool hidden) {
-  widget->setHidden(hidden);
+std::string WidgetTextField::stringValue() const {
+  return widget->text().toStdString();
 }
 
-void Control::setEnabled(bool enabled) {
-  widget->setEnabled(enabled);
+void WidgetLabel::setStringValue(const std::string& text) {
+  widget->setText(QString::fromStdString(text));
 }
 
-TextField::TextField(QLineEdit& shown) : Control(shown), field(&shown) {}
-
-std::string TextField::stringValue() const {
-  return field->text().toStdString();
-}
-
-Label::Label(QLabel& shown) : Control(shown), label(&shown) {}
-
-void Label::setStringValue(const std::string& text) {
-  label->setText(QString::fromStdString(text));
-}
-
-ProgressBar::ProgressBar(QProgressBar& shown)
-    : Control(shown), bar(&shown), glide(new QPropertyAnimation(&shown, "value", &shown)) {
+WidgetProgressBar::WidgetProgressBar(QProgressBar& shown)
+    : WidgetControl(shown), glide(new QPropertyAnimation(&shown, "value", &shown)) {
   glide->setDuration(glideMs);
 }
 
-void ProgressBar::setMinValue(double value) {
-  bar->setMinimum(toSteps(value));
+void WidgetProgressBar::setMinValue(double value) {
+  widget->setMinimum(toSteps(value));
 }
 
-void ProgressBar::setMaxValue(double value) {
-  bar->setMaximum(toSteps(value));
+void WidgetProgressBar::setMaxValue(double value) {
+  widget->setMaximum(toSteps(value));
 }
 
-void ProgressBar::setDoubleValue(double value) {
+void WidgetProgressBar::setDoubleValue(double value) {
   glide->stop();
   if (isAnimated) {
     glide->setEndValue(toSteps(value));
     glide->start();
   } else {
-    bar->setValue(toSteps(value));
+    widget->setValue(toSteps(value));
   }
 }
 
-void ProgressBar::setControlTint(int tint) {
+void WidgetProgressBar::setControlTint(int tint) {
   QPalette palette;
   if (tint == graphiteTint) {
     palette.setColor(QPalette::Highlight, QColor(0x8c, 0x8c, 0x8c));
   }
-  bar->setPalette(palette);
+  widget->setPalette(palette);
 }
 
-void ProgressBar::startAnimation() {
+void WidgetProgressBar::startAnimation() {
   isAnimated = true;
 }
 
-void ProgressBar::stopAnimation() {
+void WidgetProgressBar::stopAnimation() {
   isAnimated = false;
   glide->stop();
 }
 
-RichTextView::RichTextView(QTextBrowser& shown) : view(&shown) {}
+WidgetRichTextView::WidgetRichTextView(QTextBrowser& shown) : view(&shown) {}
 
-void RichTextView::setString(const std::string& text) {
+void WidgetRichTextView::setString(const std::string& text) {
   links.clear();
   view->setCurrentCharFormat(QTextCharFormat());
   view->setPlainText(QString::fromStdString(text));
 }
 
-std::u16string RichTextView::string() const {
+std::u16string WidgetRichTextView::string() const {
   return view->toPlainText().toStdU16String();
 }
 
-void RichTextView::addLink(const TextRange& range) {
+void WidgetRichTextView::addLink(const TextRange& range) {
   // The white space behind an address belongs to the range but not to the address.
   const QUrl url(cursorOver(*view, range).selectedText().trimmed(), QUrl::StrictMode);
   if (!url.isValid()) {
@@ -126,25 +109,25 @@ void RichTextView::addLink(const TextRange& range) {
   links.push_back(range);
 }
 
-void RichTextView::setTextColor(const Color& color) {
+void WidgetRichTextView::setTextColor(const Color& color) {
   QTextCursor all(view->document());
   all.select(QTextCursor::Document);
   all.mergeCharFormat(foreground(color));
   showLinks();
 }
 
-void RichTextView::setLinkColor(const Color& color) {
+void WidgetRichTextView::setLinkColor(const Color& color) {
   linkColor = color;
   showLinks();
 }
 
-void RichTextView::showLinks() {
+void WidgetRichTextView::showLinks() {
   for (const TextRange& link : links) {
     cursorOver(*view, link).mergeCharFormat(foreground(linkColor));
   }
 }
 
-void Window::setTitle(const std::string& title) {
+void WidgetWindow::setTitle(const std::string& title) {
   widget->setWindowTitle(QString::fromStdString(title));
 }
 

@@ -1,0 +1,29 @@
+// SPDX-FileCopyrightText: 2026 Halvik
+// SPDX-License-Identifier: Apache-2.0
+
+// The application of a run with a window.
+
+#pragma once
+
+#include "platform/application.h"
+#include "platform/desktop.h"
+
+namespace platform {
+
+/// An application that shows windows. An uncaught error is also told in a message box.
+class WindowedApplication final : public Application {
+ public:
+  /// `argc` and `argv` must outlive the application. Without a display to show a window on, it says
+  /// so in the log and ends the process with status 1.
+  WindowedApplication(int& argc, char** argv);
+  ~WindowedApplication() override;
+
+  void setDelegate(ApplicationDelegate& delegate) override;
+
+  Desktop& desktop();
+
+ private:
+  std::unique_ptr<Desktop> ownDesktop;
+};
+
+}  // namespace platform
