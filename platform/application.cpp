@@ -67,8 +67,8 @@ void Application::post(std::function<void()> task) {
 }
 
 void Application::exit(int status) {
-  // Not std::exit: threads of the HTTP library may still be at work, and nothing of ours waits to
-  // be written.
+  // Not std::exit: threads that look up names may still be at work, and nothing of ours waits to be
+  // written.
   std::_Exit(status);
 }
 

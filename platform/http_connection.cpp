@@ -3,65 +3,106 @@
 
 #include "platform/http_connection.h"
 
-#include <QNetworkAccessManager>
 #include <QNetworkProxyFactory>
-#include <QNetworkReply>
+#include <QSslSocket>
+#include <QTimer>
 #include <QUrl>
 
+#include <functional>
+#include <vector>
+
 #include "platform/boundary.h"
+#include "platform/http_reply_reader.h"
 #include "platform/log.h"
+
+// Not the toolkit's class for whole requests: it takes in what a server sends without a bound,
+// takes a reply that breaks off for a whole one, and sends a report up to four times to a server
+// that closes without an answer. Its sockets, with TLS and proxies, are all that is needed of it.
 
 namespace platform {
 
 namespace {
 
 constexpr int redirectsMax = 20;
-constexpr qint64 readBufferBytes = 1 << 20;
+constexpr qint64 readBufferBytes = 64LL * 1024;
+constexpr std::size_t writeBufferBytes = 64UL * 1024;
+// A reply is a line of text; yet one that comes byte by byte must end some time.
+constexpr int stallsPerReply = 10;
+// Where one family of addresses leads nowhere, nobody should have to wait until that is certain.
+constexpr std::chrono::milliseconds headStart{250};
+
+constexpr int firstErrorStatus = 400;
 
 // These two ask for the same request again; after any other redirect only the page behind it is
 // fetched.
 constexpr int temporaryRedirect = 307;
 constexpr int permanentRedirect = 308;
 
+using Family = QAbstractSocket::NetworkLayerProtocol;
+
 QUrl toUrl(const std::string& text) {
   return {QString::fromStdString(text), QUrl::StrictMode};
 }
 
+bool isSecure(const QUrl& url) {
+  return url.scheme() == QLatin1String("https");
+}
+
 bool isHttp(const QUrl& url) {
-  const QString scheme = url.scheme();
   return url.isValid() && !url.host().isEmpty() &&
-         (scheme == QLatin1String("http") || scheme == QLatin1String("https"));
+         (url.scheme() == QLatin1String("http") || isSecure(url));
 }
 
-// Where a reply sends its reader on to; invalid when it does not.
-QUrl redirectionTarget(const QNetworkReply& reply) {
-  const QUrl target = reply.attribute(QNetworkRequest::RedirectionTargetAttribute).toUrl();
-  return target.isEmpty() ? QUrl() : reply.url().resolved(target);
+bool asksForTheSameAgain(int status) {
+  return status == temporaryRedirect || status == permanentRedirect;
 }
 
-int statusOf(const QNetworkReply& reply) {
-  return reply.attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+bool isRedirect(const HttpReplyHead& head) {
+  constexpr int moved = 301;
+  constexpr int seeOther = 303;
+  return head.location && ((head.statusCode >= moved && head.statusCode <= seeOther) ||
+                           asksForTheSameAgain(head.statusCode));
 }
 
-// Whether fewer bytes came than the head had promised. The toolkit does not always notice when a
-// connection breaks off behind the first piece. What it has decompressed says nothing about the
-// bytes that came.
-bool isCutShort(const QNetworkReply& reply, qint64 received) {
-  const QVariant promised = reply.header(QNetworkRequest::ContentLengthHeader);
-  return promised.isValid() && !reply.hasRawHeader("Content-Encoding") &&
-         received < promised.toLongLong();
+QNetworkProxy proxyFor(const QUrl& url) {
+  const QList<QNetworkProxy> proxies = QNetworkProxyFactory::proxyForQuery(QNetworkProxyQuery(url));
+  return proxies.isEmpty() ? QNetworkProxy(QNetworkProxy::NoProxy) : proxies.first();
 }
 
-// The toolkit reports two kinds of things as errors: failed transfers, and complete replies with a
-// status of 400 or above, which it maps to the codes below.
-bool isCompleteReply(const QNetworkReply& reply) {
-  const QNetworkReply::NetworkError error = reply.error();
-  const bool isForStatus =
-      (error >= QNetworkReply::ContentAccessDenied &&
-       error <= QNetworkReply::UnknownContentError) ||
-      (error >= QNetworkReply::InternalServerError && error <= QNetworkReply::UnknownServerError) ||
-      error == QNetworkReply::ProtocolInvalidOperationError;
-  return error == QNetworkReply::NoError || (isForStatus && statusOf(reply) >= 400);
+// Without TLS, a proxy for HTTP is itself sent the request. Through any other proxy there is a way
+// that looks like a connection with the server.
+bool isServerToAsk(const QNetworkProxy& proxy, const QUrl& url) {
+  return !isSecure(url) && (proxy.type() == QNetworkProxy::HttpProxy ||
+                            proxy.type() == QNetworkProxy::HttpCachingProxy);
+}
+
+QByteArray requestLineTarget(const QUrl& url, bool isForProxy) {
+  QUrl target = url.adjusted(QUrl::RemoveUserInfo | QUrl::RemoveFragment);
+  if (target.path().isEmpty()) {
+    target.setPath(QStringLiteral("/"));
+  }
+  return target.toEncoded(isForProxy ? QUrl::FormattingOptions(QUrl::None)
+                                     : QUrl::RemoveScheme | QUrl::RemoveAuthority);
+}
+
+QByteArray hostField(const QUrl& url) {
+  const int port = url.port();
+  const QByteArray host = url.host(QUrl::FullyEncoded).toLatin1();
+  return (host.contains(':') ? '[' + host + ']' : host) +
+         (port < 0 ? QByteArray() : ':' + QByteArray::number(port));
+}
+
+QByteArray authorizationField(const QNetworkProxy& proxy) {
+  return "Basic " + (proxy.user() + ':' + proxy.password()).toUtf8().toBase64();
+}
+
+// It may be the server's own words: without what a terminal would obey, or show in another order.
+QString withoutControls(QString text) {
+  text.removeIf([](QChar character) {
+    return character.category() == QChar::Other_Control ||
+           character.category() == QChar::Other_Format;
+  });
+  return text;
 }
 
 }  // namespace
@@ -69,109 +110,297 @@ bool isCompleteReply(const QNetworkReply& reply) {
 class HttpConnection::Parts {
  public:
   Parts(HttpRequest sent, HttpConnectionDelegate& receiver, std::chrono::milliseconds limit)
-      : request(std::move(sent)), delegate(receiver), stallLimit(limit) {
+      : request(std::move(sent)), delegate(receiver) {
     QNetworkProxyFactory::setUseSystemConfiguration(true);
-    QNetworkRequest first = requestTo(toUrl(request.url));
-    for (const auto& [name, value] : request.headers) {
-      first.setRawHeader(QByteArray::fromStdString(name), QByteArray::fromStdString(value));
-    }
-    post(first);
+    setUp(stall, limit, [this] { fail("nothing has moved for too long"); });
+    setUp(late, limit * stallsPerReply, [this] { fail("the reply takes too long"); });
+    setUp(patience, headStart, [this] { tryNextFamily(); });
+    QMetaObject::invokeMethod(
+        &context, [this] { enter([this] { begin(toUrl(request.url), true); }); },
+        Qt::QueuedConnection);
   }
+  ~Parts() { close(); }
+  Parts(const Parts&) = delete;
+  Parts& operator=(const Parts&) = delete;
 
  private:
-  QNetworkRequest requestTo(const QUrl& url) const {
-    QNetworkRequest result(url);
-    result.setTransferTimeout(static_cast<int>(stallLimit.count()));
-    // One single POST gains nothing from HTTP/2.
-    result.setAttribute(QNetworkRequest::Http2AllowedAttribute, false);
-    // The toolkit would follow redirects itself, but without a time limit and without the body of
-    // one that leads nowhere.
-    result.setAttribute(QNetworkRequest::RedirectPolicyAttribute,
-                        QNetworkRequest::ManualRedirectPolicy);
-    return result;
+  void setUp(QTimer& timer, std::chrono::milliseconds interval,
+             const std::function<void()>& whenOver) {
+    timer.setSingleShot(true);
+    timer.setInterval(interval);
+    QObject::connect(&timer, &QTimer::timeout, &context, [whenOver] { enter(whenOver); });
   }
 
-  void post(const QNetworkRequest& next) {
-    const auto size = static_cast<qsizetype>(request.body.size());
-    await(manager.post(next, QByteArray::fromRawData(request.body.data(), size)));
+  void begin(const QUrl& next, bool asPost) {
+    url = next;
+    isPost = asPost;
+    proxy = proxyFor(url);
+    reader = HttpReplyReader();
+    reason.clear();
+    const bool isDirect = proxy.type() == QNetworkProxy::NoProxy || isServerToAsk(proxy, url);
+    // A proxy looks the name up by itself.
+    untried =
+        isDirect ? std::vector<Family>{QAbstractSocket::IPv6Protocol, QAbstractSocket::IPv4Protocol}
+                 : std::vector<Family>{QAbstractSocket::AnyIPProtocol};
+    stall.start();
+    tryNextFamily();
   }
 
-  void await(QNetworkReply* next) {
-    reply = next;
-    received = 0;
-    // Only the last piece of a reply counts: an endless one must not fill the memory.
-    reply->setReadBufferSize(readBufferBytes);
-    QObject::connect(reply, &QNetworkReply::metaDataChanged, &manager,
-                     [this] { enter([this] { passHead(); }); });
-    QObject::connect(reply, &QNetworkReply::readyRead, &manager,
-                     [this] { enter([this] { passData(); }); });
-    QObject::connect(reply, &QNetworkReply::finished, &manager,
-                     [this] { enter([this] { end(); }); });
-  }
-
-  void passHead() {
-    if (!redirectionTarget(*reply).isValid()) {
-      delegate.connectionDidReceiveResponse({.statusCode = statusOf(*reply)});
-    }
-  }
-
-  void passData() {
-    const QByteArray data = reply->readAll();
-    received += data.size();
-    if (!data.isEmpty() && !redirectionTarget(*reply).isValid()) {
-      delegate.connectionDidReceiveData({data.data(), static_cast<std::size_t>(data.size())});
-    }
-  }
-
-  void end() {
-    if (reply->error() != QNetworkReply::NoError) {
-      logFailure(reply->errorString());
-    }
-    if (!isCompleteReply(*reply)) {
-      delegate.connectionDidFailWithError();
-    } else if (isCutShort(*reply, received)) {
-      logFailure(QStringLiteral("the reply breaks off"));
-      delegate.connectionDidFailWithError();
-    } else if (const QUrl target = redirectionTarget(*reply); target.isValid()) {
-      follow(target);
-    } else {
-      delegate.connectionDidFinishLoading();
-    }
-  }
-
-  void follow(const QUrl& target) {
-    const bool isLessSecure = reply->url().scheme() == QLatin1String("https") &&
-                              target.scheme() != QLatin1String("https");
-    if (isLessSecure || !isHttp(target) || redirects == redirectsMax) {
-      logFailure(QStringLiteral("the redirect to %1 is refused").arg(target.toString()));
-      delegate.connectionDidFailWithError();
+  void tryNextFamily() {
+    if (untried.empty()) {
       return;
     }
-    ++redirects;
-    const int status = statusOf(*reply);
-    reply->deleteLater();
-    if (status == temporaryRedirect || status == permanentRedirect) {
-      QNetworkRequest again = reply->request();
-      again.setUrl(target);
-      post(again);
+    const Family family = untried.front();
+    untried.erase(untried.begin());
+    auto* attempt = new QSslSocket(&context);
+    attempts.push_back(attempt);
+    attempt->setReadBufferSize(readBufferBytes);
+    on(attempt, &QSslSocket::connected, [this, attempt] { take(attempt); });
+    QObject::connect(attempt, &QSslSocket::errorOccurred, attempt,
+                     [this, attempt](QAbstractSocket::SocketError error) {
+                       enter([&] { lose(attempt, error); });
+                     });
+    if (!untried.empty()) {
+      patience.start();
+    }
+    if (isServerToAsk(proxy, url)) {
+      attempt->setProxy(QNetworkProxy::NoProxy);
+      attempt->connectToHost(proxy.hostName(), proxy.port(), QIODevice::ReadWrite, family);
     } else {
-      await(manager.get(requestTo(target)));
+      attempt->setProxy(proxy);
+      const int usualPort = isSecure(url) ? 443 : 80;
+      attempt->connectToHost(url.host(QUrl::FullyEncoded),
+                             static_cast<quint16>(url.port(usualPort)), QIODevice::ReadWrite,
+                             family);
     }
   }
 
-  // The reason may be the server's own words: without what a terminal would obey.
-  void logFailure(QString reason) const {
-    reason.removeIf([](QChar character) { return character.category() == QChar::Other_Control; });
-    log("sending to " + request.url + " failed: " + reason.toStdString());
+  template <class Signal>
+  void on(QSslSocket* source, Signal signal, const std::function<void()>& reaction) {
+    QObject::connect(source, signal, source, [reaction] { enter(reaction); });
+  }
+
+  void lose(QSslSocket* attempt, QAbstractSocket::SocketError error) {
+    // That there is no address of one family tells nothing where there is one of the other.
+    if (reason.isEmpty() || error != QAbstractSocket::HostNotFoundError) {
+      reason = attempt->errorString();
+    }
+    drop(attempt);
+    std::erase(attempts, attempt);
+    if (attempts.empty() && untried.empty()) {
+      fail(reason);
+    } else {
+      tryNextFamily();
+    }
+  }
+
+  static void drop(QSslSocket* attempt) {
+    attempt->disconnect();
+    attempt->deleteLater();
+  }
+
+  // The first connection that stands is the one; what else is being tried is given up.
+  void take(QSslSocket* attempt) {
+    patience.stop();
+    untried.clear();
+    std::erase(attempts, attempt);
+    for (QSslSocket* other : attempts) {
+      drop(other);
+    }
+    attempts.clear();
+    socket = attempt;
+    socket->disconnect();
+    on(socket, &QSslSocket::encrypted, [this] { send(); });
+    on(socket, &QSslSocket::bytesWritten, [this] { sendMore(); });
+    on(socket, &QSslSocket::encryptedBytesWritten, [this] { sendMore(); });
+    on(socket, &QSslSocket::readyRead, [this] { read(); });
+    on(socket, &QSslSocket::errorOccurred, [this] { endOfConnection(); });
+    on(socket, &QSslSocket::disconnected, [this] { endOfConnection(); });
+    stall.start();
+    if (isSecure(url)) {
+      socket->setPeerVerifyName(url.host(QUrl::FullyEncoded));
+      socket->startClientEncryption();
+    } else {
+      send();
+    }
+  }
+
+  void send() {
+    isSending = true;
+    unsent = isPost ? std::string_view(request.body) : std::string_view();
+    socket->write(head());
+    sendMore();
+  }
+
+  QByteArray head() const {
+    const bool isForProxy = isServerToAsk(proxy, url);
+    std::vector<std::pair<QByteArray, QByteArray>> fields{
+        {"Host", hostField(url)},
+        {"User-Agent", "halvik-diagnostic"},
+        {"Accept", "*/*"},
+        // The reply is a line of text, and a compressed one might unfold to any size.
+        {"Accept-Encoding", "identity"},
+        {"Connection", "close"},
+    };
+    if (isForProxy && !proxy.user().isEmpty()) {
+      fields.emplace_back("Proxy-Authorization", authorizationField(proxy));
+    }
+    if (isPost) {
+      for (const auto& [name, value] : request.headers) {
+        fields.emplace_back(QByteArray::fromStdString(name), QByteArray::fromStdString(value));
+      }
+      fields.emplace_back("Content-Length", QByteArray::number(qulonglong{request.body.size()}));
+    }
+    QByteArray text = isPost ? "POST " : "GET ";
+    text += requestLineTarget(url, isForProxy) + " HTTP/1.1\r\n";
+    for (const auto& [name, value] : fields) {
+      text += name + ": " + value + "\r\n";
+    }
+    return text + "\r\n";
+  }
+
+  void sendMore() {
+    stall.start();
+    while (isSending && !unsent.empty() && bytesWaiting() < writeBufferBytes) {
+      const std::string_view piece = unsent.substr(0, writeBufferBytes);
+      unsent.remove_prefix(piece.size());
+      socket->write(piece.data(), static_cast<qint64>(piece.size()));
+    }
+    if (isSent() && !late.isActive()) {
+      late.start();
+    }
+  }
+
+  std::size_t bytesWaiting() const {
+    return static_cast<std::size_t>(socket->bytesToWrite() + socket->encryptedBytesToWrite());
+  }
+
+  bool isSent() const { return isSending && unsent.empty() && bytesWaiting() == 0; }
+
+  void read() {
+    const bool knewHead = reader.head().has_value();
+    const QByteArray bytes = socket->readAll();
+    const std::string data = reader.feed({bytes.data(), static_cast<std::size_t>(bytes.size())});
+    if (!knewHead && reader.head()) {
+      if (isRedirect(*reader.head())) {
+        follow(*reader.head());
+        return;
+      }
+      delegate.connectionDidReceiveResponse({.statusCode = reader.head()->statusCode});
+    }
+    if (!data.empty()) {
+      stall.start();
+      delegate.connectionDidReceiveData(data);
+    }
+    judge();
+  }
+
+  void judge() {
+    if (!reader.problem().empty()) {
+      fail("no usable reply: " + QString::fromStdString(reader.problem()));
+    } else if (reader.isComplete()) {
+      finish(*reader.head());
+    }
+  }
+
+  // Behind the last bytes, whatever the reason: a server may answer and close without having read
+  // all, which the toolkit tells as an error.
+  void endOfConnection() {
+    const QString why = socket->errorString();
+    const bool isClosed = socket->error() == QAbstractSocket::RemoteHostClosedError;
+    const QSslSocket* const ended = socket;
+    while (socket == ended && socket->bytesAvailable() > 0) {
+      read();
+    }
+    if (socket == ended && isClosed) {
+      reader.end();
+      judge();
+    }
+    if (socket == ended) {
+      fail(why);
+    }
+  }
+
+  void finish(const HttpReplyHead& head) {
+    // A server that wants no more of it has refused it; no other can know what it says yes to.
+    if (!isSent() && head.statusCode < firstErrorStatus) {
+      fail("the server answered before it had the whole request");
+      return;
+    }
+    if (head.statusCode >= firstErrorStatus) {
+      logFailure(QStringLiteral("server replied: %1 %2")
+                     .arg(head.statusCode)
+                     .arg(QString::fromStdString(head.reason)));
+    }
+    close();
+    delegate.connectionDidFinishLoading();
+  }
+
+  void follow(const HttpReplyHead& head) {
+    const bool asPost = isPost && asksForTheSameAgain(head.statusCode);
+    const QUrl target = url.resolved(QUrl::fromEncoded(QByteArray::fromStdString(*head.location)));
+    const bool isLessSecure = isSecure(url) && !isSecure(target);
+    if (!reader.problem().empty()) {
+      judge();
+    } else if (isLessSecure || !isHttp(target) || redirects == redirectsMax) {
+      fail("the redirect to " + target.toString() + " is refused");
+    } else if (!isSent() && !asPost) {
+      fail("the server answered before it had the whole request");
+    } else {
+      ++redirects;
+      close();
+      begin(target, asPost);
+    }
+  }
+
+  void fail(const QString& why) {
+    logFailure(why);
+    close();
+    delegate.connectionDidFailWithError();
+  }
+
+  void close() {
+    for (QTimer* timer : {&stall, &late, &patience}) {
+      timer->stop();
+    }
+    if (socket != nullptr) {
+      drop(socket);
+      socket = nullptr;
+    }
+    for (QSslSocket* attempt : attempts) {
+      drop(attempt);
+    }
+    attempts.clear();
+    untried.clear();
+    isSending = false;
+  }
+
+  void logFailure(const QString& why) const {
+    log("sending to " + request.url + " failed: " + withoutControls(why).toStdString());
   }
 
   const HttpRequest request;
   HttpConnectionDelegate& delegate;
-  const std::chrono::milliseconds stallLimit;
-  QNetworkAccessManager manager;
-  QNetworkReply* reply = nullptr;
-  qint64 received = 0;
   int redirects = 0;
+
+  // Of the request that is being made: the first one, or one that a redirect leads to.
+  QUrl url;
+  bool isPost = true;
+  QNetworkProxy proxy;
+  std::vector<Family> untried;
+  std::vector<QSslSocket*> attempts;
+  QString reason;
+  /// The connection that stands; none before, and none after the end.
+  QSslSocket* socket = nullptr;
+  bool isSending = false;
+  std::string_view unsent;
+  HttpReplyReader reader;
+
+  QTimer stall;
+  QTimer late;
+  QTimer patience;
+  /// Owns the sockets.
+  QObject context;
 };
 
 bool isHttpUrl(const std::string& url) {

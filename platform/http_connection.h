@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 Halvik
 // SPDX-License-Identifier: Apache-2.0
 
-// One HTTP request and the events of its reply on the main loop. HTTP, TLS and proxies are the
+// One HTTP request and the events of its reply on the main loop. Sockets, TLS and proxies are the
 // toolkit's.
 
 #pragma once
@@ -53,8 +53,11 @@ class HttpConnectionDelegate {
 };
 
 /// A request under way, sent over HTTP/1.1 with certificate checks against the system's store and
-/// through the system's proxy. Redirects are followed, but not from https to http. Destroying it,
-/// which must not be done from within one of its events, ends the request without a further event.
+/// through the system's proxy. It is sent once, and never again by itself. Redirects are followed,
+/// but not from https to http. A reply fails that is not whole, takes longer than ten stall limits,
+/// exceeds the bounds of HttpReplyReader, or comes before all was sent and is no refusal.
+/// Destroying it, which must not be done from within one of its events, ends the request without a
+/// further event.
 class HttpConnection {
  public:
   /// Sends `request`; the events follow in later turns of the main loop, so an Application must

@@ -5,6 +5,7 @@
 
 #include <utility>
 
+#include "platform/log.h"
 #include "platform/text.h"
 #include "report/multipart.h"
 
@@ -71,6 +72,9 @@ void Http::connectionDidReceiveData(std::string_view data) {
 }
 
 void Http::connectionDidFinishLoading() {
+  if (!uploadDidSucceed) {
+    platform::log("sending to " + serverURL + " failed: the reply is empty");
+  }
   uploadSucceeded(uploadDidSucceed);
 }
 

@@ -8,6 +8,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "ui/text_range.h"
 
@@ -75,9 +76,9 @@ class RichTextView {
   /// Replaces the whole contents by `text`, without attributes.
   virtual void setString(const std::string& text) = 0;
   virtual std::u16string string() const = 0;
-  /// Makes the text in `range` a link to itself, underlined and blue. Without effect when it is no
-  /// URL.
-  virtual void addLink(const TextRange& range) = 0;
+  /// Makes the text in each of `ranges`, which are in the order of the text, a link to itself,
+  /// underlined and blue. Leaves one plain that is no URL, or longer than any that a browser takes.
+  virtual void addLinks(const std::vector<TextRange>& ranges) = 0;
   /// The colour of the whole text, links included.
   virtual void setTextColor(const Color& color) = 0;
   /// The colour in which links are shown, whatever colour their text has.

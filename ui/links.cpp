@@ -18,33 +18,41 @@ bool isWhiteSpaceOrNewline(char16_t unit) {
   return QChar(unit).isSpace();
 }
 
-TextRange linkFrom(std::u16string_view text, std::size_t position, std::size_t prefixEnd) {
-  const auto* const end = std::find_if(text.begin() + static_cast<std::ptrdiff_t>(prefixEnd),
-                                       text.end(), isWhiteSpaceOrNewline);
-  const auto space = static_cast<std::size_t>(end - text.begin());
-  // The white space belongs to the link when there is one.
-  return {.position = position, .length = std::min(space + 1, text.size()) - position};
+// The first white space from `start` on, or the end of the text.
+std::size_t findSpace(std::u16string_view text, std::size_t start) {
+  const auto* const space = std::find_if(text.begin() + static_cast<std::ptrdiff_t>(start),
+                                         text.end(), isWhiteSpaceOrNewline);
+  return static_cast<std::size_t>(space - text.begin());
 }
 
 }  // namespace
 
 std::vector<TextRange> findLinks(std::u16string_view text) {
+  constexpr std::size_t nowhere = std::u16string_view::npos;
   std::vector<TextRange> links;
   std::size_t start = 0;
+  std::size_t space = 0;
+  // What was looked for in vain, or lies ahead, is not looked for again: the text may be full of
+  // addresses.
+  bool isSecureAhead = true;
   while (true) {
-    std::u16string_view prefix = secure;
-    std::size_t position = text.find(secure, start);
-    if (position == std::u16string_view::npos) {
-      prefix = plain;
+    std::size_t position = isSecureAhead ? text.find(secure, start) : nowhere;
+    isSecureAhead = position != nowhere;
+    const std::u16string_view prefix = isSecureAhead ? secure : plain;
+    if (!isSecureAhead) {
       position = text.find(plain, start);
     }
-    if (position == std::u16string_view::npos) {
+    if (position == nowhere) {
       return links;
     }
     // The next search begins behind the prefix, not behind the link: an address may hold another
     // one.
     start = position + prefix.size();
-    links.push_back(linkFrom(text, position, start));
+    if (space < start) {
+      space = findSpace(text, start);
+    }
+    // The white space belongs to the link when there is one.
+    links.push_back({.position = position, .length = std::min(space + 1, text.size()) - position});
   }
 }
 

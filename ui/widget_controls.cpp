@@ -6,6 +6,7 @@
 #include <QTextCursor>
 #include <QUrl>
 
+#include <algorithm>
 #include <cmath>
 
 namespace ui {
@@ -13,6 +14,8 @@ namespace ui {
 namespace {
 
 constexpr int glideMs = 150;
+// A text full of addresses, each of which reaches to its end, would take seconds to make links of.
+constexpr std::size_t addressUnitsMax = 8192;
 
 // A bar counts in whole steps; a hundred of them for each unit let it glide.
 int toSteps(double value) {
@@ -31,6 +34,18 @@ QTextCursor cursorOver(const QTextBrowser& view, const TextRange& range) {
   cursor.setPosition(static_cast<int>(range.position + range.length), QTextCursor::KeepAnchor);
   return cursor;
 }
+
+// While one exists, the view is not laid out anew for each change.
+class Batch {
+ public:
+  explicit Batch(const QTextBrowser& view) : cursor(view.document()) { cursor.beginEditBlock(); }
+  ~Batch() { cursor.endEditBlock(); }
+  Batch(const Batch&) = delete;
+  Batch& operator=(const Batch&) = delete;
+
+ private:
+  QTextCursor cursor;
+};
 
 }  // namespace
 
@@ -94,7 +109,17 @@ std::u16string WidgetRichTextView::string() const {
   return view->toPlainText().toStdU16String();
 }
 
+void WidgetRichTextView::addLinks(const std::vector<TextRange>& ranges) {
+  const Batch batch(*view);
+  for (const TextRange& range : ranges) {
+    addLink(range);
+  }
+}
+
 void WidgetRichTextView::addLink(const TextRange& range) {
+  if (range.length > addressUnitsMax) {
+    return;
+  }
   // The white space behind an address belongs to the range but not to the address.
   const QUrl url(cursorOver(*view, range).selectedText().trimmed(), QUrl::StrictMode);
   if (!url.isValid()) {
@@ -122,8 +147,14 @@ void WidgetRichTextView::setLinkColor(const Color& color) {
 }
 
 void WidgetRichTextView::showLinks() {
+  const Batch batch(*view);
+  std::size_t shown = 0;
   for (const TextRange& link : links) {
-    cursorOver(*view, link).mergeCharFormat(foreground(linkColor));
+    // An address may hold another one: what they share is coloured once.
+    const std::size_t start = std::max(link.position, shown);
+    shown = std::max(shown, link.position + link.length);
+    const TextRange rest{.position = start, .length = shown - start};
+    cursorOver(*view, rest).mergeCharFormat(foreground(linkColor));
   }
 }
 

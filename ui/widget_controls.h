@@ -65,11 +65,12 @@ class WidgetRichTextView final : public RichTextView {
   explicit WidgetRichTextView(QTextBrowser& shown);
   void setString(const std::string& text) override;
   std::u16string string() const override;
-  void addLink(const TextRange& range) override;
+  void addLinks(const std::vector<TextRange>& ranges) override;
   void setTextColor(const Color& color) override;
   void setLinkColor(const Color& color) override;
 
  private:
+  void addLink(const TextRange& range);
   void showLinks();
 
   QTextBrowser* view;

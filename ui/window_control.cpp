@@ -58,9 +58,7 @@ void MainController::setTextView(const ui::Outlet<ui::RichTextView>& view,
 
 void MainController::hiliteAndActivateURLs(const ui::Outlet<ui::RichTextView>& view) {
   const std::u16string text = view.ask(&ui::RichTextView::string).value_or(std::u16string());
-  for (const ui::TextRange& link : ui::findLinks(text)) {
-    view.send(&ui::RichTextView::addLink, link);
-  }
+  view.send(&ui::RichTextView::addLinks, ui::findLinks(text));
   view.send(&ui::RichTextView::setLinkColor, orange);
 }
 
