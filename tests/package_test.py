@@ -88,6 +88,15 @@ class Contents(unittest.TestCase):
         found = [path for path in (folder / "tree").rglob("*") if not path.is_dir()]
         self.assertEqual(sorted(str(path.relative_to(folder / "tree")) for path in found), FILES)
 
+    def test_no_file_grants_rights(self):
+        """All are root's, and nobody else's to change; none lends its owner's rights."""
+        listed = output("dpkg-deb", "--contents", package).decode().splitlines()
+        self.assertGreater(len(listed), len(FILES))
+        for line in listed:
+            mode, owner = line.split()[:2]
+            self.assertRegex(mode, "^(d|-)rw[x-]r-[x-]r-[x-]$", line)
+            self.assertEqual(owner, "root/root", line)
+
     def test_nothing_runs_during_the_installation(self):
         listed = subprocess.run(["tar", "--list"], input=output("dpkg-deb", "--ctrl-tarfile", package),
                                 capture_output=True, check=True).stdout

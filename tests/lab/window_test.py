@@ -162,7 +162,7 @@ class LabWindowTest(windows.WindowedTest):
         ended = self.close_window()
         self.assertEqual((ended.status, ended.stdout), (0, b""))
         refused, saved = ended.stderr.decode().splitlines()
-        self.assertRegex(refused, "server replied: Internal Server Error$")
+        self.assertRegex(refused, "server replied: 500 Internal Server Error$")
         self.assertRegex(saved, f"saving the report to {FALLBACK}$")
 
 

@@ -7,6 +7,7 @@ import array
 import fcntl
 import re
 import socket
+import ssl
 import struct
 import termios
 import threading
@@ -101,19 +102,24 @@ class Server:
     """An HTTP server that reads each request whole and answers it by the next of its scripts, the last one for ever.
 
     A script takes the exchange. With at_connect, the scripts run as soon as a client connects, before anything is read.
+    With a context, which a test may change later, it speaks TLS; a client that ends the handshake is no error.
     """
 
-    def __init__(self, *scripts, at_connect=False, receive_buffer=None):
+    def __init__(self, *scripts, at_connect=False, receive_buffer=None, family=socket.AF_INET, context=None, port=0):
         self.requests = []
         self.connections = 0
         self.errors = []
         self._scripts = list(scripts)
         self._at_connect = at_connect
         self._lock = threading.Lock()
-        self._listener = socket.socket()
+        self.context = context
+        self._listener = socket.socket(family)
+        self._listener.setsockopt(socket.SOL_SOCKET, socket.SO_REUSEADDR, 1)
+        if family == socket.AF_INET6:
+            self._listener.setsockopt(socket.IPPROTO_IPV6, socket.IPV6_V6ONLY, 1)
         if receive_buffer:
             self._listener.setsockopt(socket.SOL_SOCKET, socket.SO_RCVBUF, receive_buffer)
-        self._listener.bind(("127.0.0.1", 0))
+        self._listener.bind(("::1" if family == socket.AF_INET6 else "127.0.0.1", port))
         self._listener.listen()
         self.port = self._listener.getsockname()[1]
         self._exchanges = []
@@ -124,6 +130,8 @@ class Server:
         return f"http://127.0.0.1:{self.port}{path}"
 
     def close(self):
+        if self._listener.fileno() < 0:
+            return  # a test may close before its end
         self._listener.shutdown(socket.SHUT_RDWR)
         with self._lock:
             exchanges = list(self._exchanges)
@@ -158,13 +166,15 @@ class Server:
 
     def _serve(self, exchange):
         try:
+            if self.context:
+                exchange.connection = self.context.wrap_socket(exchange.connection, server_side=True)
             if self._at_connect:
                 self._next_script()(exchange)
                 return
             while exchange.connection.fileno() >= 0 and exchange.receive():
                 self.requests.append(exchange.request)
                 self._next_script()(exchange)
-        except (ConnectionError, BrokenPipeError):
+        except (ConnectionError, BrokenPipeError, ssl.SSLError):
             pass  # the client went away: its own outcome is what the test looks at
         except OSError as error:
             if exchange.connection.fileno() >= 0:

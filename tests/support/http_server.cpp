@@ -5,6 +5,7 @@
 
 #include <arpa/inet.h>
 #include <netinet/in.h>
+#include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -51,6 +52,13 @@ void ServerConnection::send(const std::string& bytes) const {
     }
     sent += static_cast<std::size_t>(count);
   }
+}
+
+bool ServerConnection::isOpenAfter(std::chrono::milliseconds wait) const {
+  pollfd awaited{.fd = fd, .events = POLLIN, .revents = 0};
+  std::array<char, 4096> block;
+  return poll(&awaited, 1, static_cast<int>(wait.count())) == 0 ||
+         recv(fd, block.data(), block.size(), 0) > 0;
 }
 
 void ServerConnection::waitForClose() const {

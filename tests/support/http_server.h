@@ -5,6 +5,7 @@
 
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <future>
 #include <mutex>
@@ -21,6 +22,8 @@ class ServerConnection {
   /// The whole request: head, and the body of the length that the head promises.
   std::string readRequest() const;
   void send(const std::string& bytes) const;
+  /// Waits for so long; whether the client is still there then. What it has sent is dropped.
+  bool isOpenAfter(std::chrono::milliseconds wait) const;
   /// Waits until the client has closed its side.
   void waitForClose() const;
 

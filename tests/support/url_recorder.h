@@ -30,10 +30,10 @@ class UrlRecorder : public QObject {
   QStringList opened;
 
  public slots:
-  void record(const QUrl& url) { opened << url.toString(); }
+  void record(const QUrl& url) { opened << url.toString(QUrl::FullyEncoded); }
 
  private:
-  static constexpr const char* schemes[] = {"http", "https", "file"};
+  static constexpr const char* schemes[] = {"http", "https", "file", "javascript"};
 };
 
 }  // namespace support

@@ -5,6 +5,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QProgressBar>
+#include <QTextBlock>
 #include <QTimer>
 #include <gmock/gmock.h>
 
@@ -49,6 +50,20 @@ class WindowControl : public WindowTest {
       usable[name] = find(name)->isEnabled();
     }
     return usable;
+  }
+
+  // The addresses that the results link to, in the order in which they stand.
+  std::vector<std::string> links() const {
+    std::vector<std::string> found;
+    const QTextDocument& document = *results()->document();
+    for (QTextBlock block = document.begin(); block.isValid(); block = block.next()) {
+      for (auto part = block.begin(); !part.atEnd(); ++part) {
+        if (const QString link = part.fragment().charFormat().anchorHref(); !link.isEmpty()) {
+          found.push_back(link.toStdString());
+        }
+      }
+    }
+    return found;
   }
 
   static std::map<std::string, bool> all(bool isEnabled) {
@@ -219,6 +234,74 @@ TEST_F(WindowControl, OpensTheUrl) {
   EXPECT_EQ(desktop.opened, QStringList());
   QTest::mouseClick(find("open"), Qt::LeftButton);
   EXPECT_EQ(desktop.opened, QStringList(QString::fromStdString(resultsUrl)));
+}
+
+// What the window makes of a reply that is no plain address. The buttons act on whatever it is: it
+// is the desktop that has to know what may be opened.
+TEST_F(WindowControl, TakesAReplyAsItIs) {
+  struct Case {
+    std::string reply;
+    std::vector<std::string> links;
+    std::string opened;
+  };
+  const std::string bidi = "\u202E";
+  const std::vector<Case> cases{
+      {"javascript:alert(1)", {}, "javascript:alert(1)"},
+      {"file:///etc/hostname", {}, "file:///etc/hostname"},
+      {"no address", {}, ""},
+      {" \t\n", {}, ""},
+      {"https://", {"https://"}, "https://"},
+      {"https://a/\x1b[2J\x07", {}, "https://a/%1B[2J%07"},
+      {"https://a/" + bidi + "gpj.exe",
+       {"https://a/" + bidi + "gpj.exe"},
+       "https://a/%E2%80%AEgpj.exe"},
+      {"https://a/1\r\nhttps://b/2",
+       {"https://a/1", "https://b/2"},
+       "https://a/1%0D%0Ahttps://b/2"},
+      {"https://a/" + std::string(8'000, 'x'),
+       {"https://a/" + std::string(8'000, 'x')},
+       "https://a/" + std::string(8'000, 'x')},
+      {"\xff", {}, ""},
+  };
+  std::vector<support::HttpServer::Behaviour> replies;
+  replies.reserve(cases.size());
+  for (const Case& one : cases) {
+    replies.push_back(support::answer(support::reply("200 OK", one.reply)));
+  }
+  open(replies);
+  for (const Case& one : cases) {
+    runOnce();
+    const std::string& reply = one.reply == "\xff" ? "" : one.reply;
+    EXPECT_EQ(controller->resultsUrl, reply);
+    EXPECT_EQ(links(), one.links) << reply;
+    QTest::mouseClick(find("copy"), Qt::LeftButton);
+    EXPECT_EQ(QApplication::clipboard()->text().toStdString(), reply);
+    desktop.opened.clear();
+    QTest::mouseClick(find("open"), Qt::LeftButton);
+    EXPECT_EQ(desktop.opened.join(' ').toStdString(), one.opened) << reply;
+  }
+}
+
+// Whatever may be made a link of.
+TEST_F(WindowControl, IsNotHeldUpByAReplyFullOfAddresses) {
+  std::vector<std::string> texts;
+  std::vector<support::HttpServer::Behaviour> replies;
+  for (const char* part :
+       {"http://", "https://", "http://a ", "https://a/\n", "http://https://", "x"}) {
+    std::string& text = texts.emplace_back("https://a/");
+    while (text.size() < 60'000) {
+      text += part;
+    }
+    replies.push_back(support::answer(support::reply("200 OK", text)));
+  }
+  open(replies);
+  for (const std::string& text : texts) {
+    runOnce();
+    EXPECT_TRUE(text.ends_with(controller->resultsUrl));
+    EXPECT_EQ(shown(), succeeded);
+  }
+  // Nor does a single one that no browser would take become a link.
+  EXPECT_EQ(links(), std::vector<std::string>());
 }
 
 TEST_F(WindowControl, HasNothingToCopyOrOpenAfterAFirstRunThatFailed) {
