@@ -213,7 +213,6 @@ class HttpConnection::Parts {
     on(socket, &QSslSocket::encrypted, [this] { send(); });
     on(socket, &QSslSocket::bytesWritten, [this] { sendMore(); });
     on(socket, &QSslSocket::encryptedBytesWritten, [this] { sendMore(); });
-    on(socket, &QSslSocket::readyRead, [this] { read(); });
     on(socket, &QSslSocket::errorOccurred, [this] { endOfConnection(); });
     on(socket, &QSslSocket::disconnected, [this] { endOfConnection(); });
     stall.start();
@@ -225,8 +224,10 @@ class HttpConnection::Parts {
     }
   }
 
+  // Nothing is read before this: what came without TLS would be anybody's word.
   void send() {
     isSending = true;
+    on(socket, &QSslSocket::readyRead, [this] { read(); });
     unsent = isPost ? std::string_view(request.body) : std::string_view();
     socket->write(head());
     sendMore();
@@ -309,7 +310,7 @@ class HttpConnection::Parts {
     const QString why = socket->errorString();
     const bool isClosed = socket->error() == QAbstractSocket::RemoteHostClosedError;
     const QSslSocket* const ended = socket;
-    while (socket == ended && socket->bytesAvailable() > 0) {
+    while (socket == ended && isSending && socket->bytesAvailable() > 0) {
       read();
     }
     if (socket == ended && isClosed) {

@@ -85,6 +85,17 @@ class ProtocolTest(TlsTest):
                     self.assertEqual(server.requests, [])
                 server.close()
 
+    def test_what_comes_without_tls_counts_for_nothing(self):
+        """Least of all where it asks for the report to be sent elsewhere."""
+        second = self.serve(servers.reply(RESULTS_URL), context=context(other), port=8443)
+        for status in (200, 307, 400):
+            plain = servers.reply(RESULTS_URL, status, [f"Location: https://{OTHER}:8443/"])
+            first = servers.Server(plain, at_connect=True, port=443)
+            self.addCleanup(first.close)
+            self.assert_refused(self.submit(), "(?!server replied)")
+            first.close()
+        self.assertEqual(second.connections, 0)
+
     def test_http_2_is_not_asked_for(self):
         settings = context(good)
         settings.set_alpn_protocols(["h2", "http/1.1"])
