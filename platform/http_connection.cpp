@@ -6,6 +6,7 @@
 #include <QNetworkAccessManager>
 #include <QNetworkProxyFactory>
 #include <QNetworkReply>
+#include <QTimer>
 #include <QUrl>
 
 #include "platform/boundary.h"
@@ -17,6 +18,11 @@ namespace {
 
 constexpr int redirectsMax = 20;
 constexpr qint64 readBufferBytes = 1 << 20;
+
+// A program that was stopped for long finds its clocks run out and what has arrived meanwhile at
+// the same moment. The limit on standing still is therefore counted in parts, of which a stop takes
+// one, however long it is. The toolkit's own limit would give up at once.
+constexpr int partsOfStallLimit = 10;
 
 // These two ask for the same request again; after any other redirect only the page behind it is
 // fetched.
@@ -71,6 +77,8 @@ class HttpConnection::Parts {
   Parts(HttpRequest sent, HttpConnectionDelegate& receiver, std::chrono::milliseconds limit)
       : request(std::move(sent)), delegate(receiver), stallLimit(limit) {
     QNetworkProxyFactory::setUseSystemConfiguration(true);
+    QObject::connect(&clock, &QTimer::timeout, &manager,
+                     [this] { enter([this] { countPart(); }); });
     QNetworkRequest first = requestTo(toUrl(request.url));
     for (const auto& [name, value] : request.headers) {
       first.setRawHeader(QByteArray::fromStdString(name), QByteArray::fromStdString(value));
@@ -81,7 +89,7 @@ class HttpConnection::Parts {
  private:
   QNetworkRequest requestTo(const QUrl& url) const {
     QNetworkRequest result(url);
-    result.setTransferTimeout(static_cast<int>(stallLimit.count()));
+    result.setAttribute(QNetworkRequest::EmitAllUploadProgressSignalsAttribute, true);
     // One single POST gains nothing from HTTP/2.
     result.setAttribute(QNetworkRequest::Http2AllowedAttribute, false);
     // The toolkit would follow redirects itself, but without a time limit and without the body of
@@ -99,8 +107,11 @@ class HttpConnection::Parts {
   void await(QNetworkReply* next) {
     reply = next;
     received = 0;
+    quietParts = 0;
+    clock.start(stallLimit / partsOfStallLimit);
     // Only the last piece of a reply counts: an endless one must not fill the memory.
     reply->setReadBufferSize(readBufferBytes);
+    QObject::connect(reply, &QNetworkReply::uploadProgress, &manager, [this] { quietParts = 0; });
     QObject::connect(reply, &QNetworkReply::metaDataChanged, &manager,
                      [this] { enter([this] { passHead(); }); });
     QObject::connect(reply, &QNetworkReply::readyRead, &manager,
@@ -109,13 +120,21 @@ class HttpConnection::Parts {
                      [this] { enter([this] { end(); }); });
   }
 
+  void countPart() {
+    if (++quietParts == partsOfStallLimit) {
+      reply->abort();
+    }
+  }
+
   void passHead() {
+    quietParts = 0;
     if (!redirectionTarget(*reply).isValid()) {
       delegate.connectionDidReceiveResponse({.statusCode = statusOf(*reply)});
     }
   }
 
   void passData() {
+    quietParts = 0;
     const QByteArray data = reply->readAll();
     received += data.size();
     if (!data.isEmpty() && !redirectionTarget(*reply).isValid()) {
@@ -124,6 +143,7 @@ class HttpConnection::Parts {
   }
 
   void end() {
+    clock.stop();
     if (reply->error() != QNetworkReply::NoError) {
       logFailure(reply->errorString());
     }
@@ -168,6 +188,8 @@ class HttpConnection::Parts {
   const HttpRequest request;
   HttpConnectionDelegate& delegate;
   const std::chrono::milliseconds stallLimit;
+  QTimer clock;
+  int quietParts = 0;
   QNetworkAccessManager manager;
   QNetworkReply* reply = nullptr;
   qint64 received = 0;
