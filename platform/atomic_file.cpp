@@ -10,6 +10,7 @@
 #include <optional>
 #include <system_error>
 
+#include "platform/ending_signals.h"
 #include "platform/files.h"
 #include "platform/standard_streams.h"
 
@@ -61,6 +62,8 @@ bool writeAtomically(const std::string& path, const Pieces& bytes) {
     return false;
   }
   std::string temporary = (target->path.parent_path() / ".halvik-diagnostic-XXXXXX").string();
+  // Before the file is there, so that there is no moment in which it would stay.
+  const RemovedAlong untilItIsRenamed(temporary.c_str());
   const int fd = mkstemp(temporary.data());
   if (fd < 0) {
     return false;

@@ -9,7 +9,6 @@
 
 #include <array>
 #include <cerrno>
-#include <csignal>
 #include <system_error>
 #include <utility>
 
@@ -63,9 +62,7 @@ void ChildProcess::launch() {
 }
 
 void ChildProcess::terminate() const {
-  if (pid > 0) {
-    kill(pid, SIGTERM);
-  }
+  running.terminate();
 }
 
 void ChildProcess::readAvailable(Stream stream, ByteBuffer& buffer) {
@@ -133,12 +130,14 @@ void ChildProcess::spawn() {
     argv.push_back(const_cast<char*>(arg.c_str()));
   }
   argv.push_back(nullptr);
+  const EndingSignalsHeld untilItIsKnown;
   const Spawned child =
       platform::spawn(command.path.c_str(), argv.data(), output.writeEnd, error.writeEnd);
   if (child.problem != 0) {
     fail(child.problem);
   }
   pid = child.pid;
+  running.begin(pid);
   if (!end.watch(child.end, termination)) {
     fail(errno);
   }
@@ -146,6 +145,7 @@ void ChildProcess::spawn() {
 
 void ChildProcess::reap() {
   end.unwatch();
+  running.end();
   while (waitpid(pid, nullptr, 0) < 0 && errno == EINTR) {
   }
   pid = -1;

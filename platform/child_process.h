@@ -13,13 +13,15 @@
 #include "platform/byte_buffer.h"
 #include "platform/child_end.h"
 #include "platform/descriptor_set.h"
+#include "platform/ending_signals.h"
 
 namespace platform {
 
 /// A command whose standard output and standard error are read through pipes. It inherits standard
 /// input, environment and working directory, starts with no signal ignored or blocked, and has none
 /// of this program's other descriptors. What it prints and how it ends is for the owner to judge:
-/// the exit status is not kept.
+/// the exit status is not kept. A signal that ends the program is passed on to it as a request to
+/// end.
 class ChildProcess {
  public:
   enum class Stream { output, error };
@@ -45,7 +47,8 @@ class ChildProcess {
   /// started.
   void launch();
 
-  /// Sends the command the termination signal if it still runs.
+  /// Sends the command the termination signal if it still runs, and lets it take notice if it is
+  /// stopped.
   void terminate() const;
 
   /// Appends what is there to be read now to `buffer`, with one read.
@@ -85,6 +88,7 @@ class ChildProcess {
   Pipe error;
   Watcher termination;
   ChildEnd end;
+  EndedAlong running;
   int pid = -1;
 };
 

@@ -62,12 +62,25 @@ std::vector<fs::path> desktopCandidates() {
                                        : std::vector{namedDesktop(home), usual};
 }
 
-// A new folder that nobody else can have prepared: the place for temporary files is everybody's.
-std::string privateTemporaryFolder() {
+// Where temporary files may be, the place that the user names first.
+std::vector<fs::path> temporaryCandidates() {
   std::error_code failed;
-  const fs::path shared = fs::temp_directory_path(failed);
-  std::string folder = ((failed ? fs::path("/tmp") : shared) / "halvik-diagnostic-XXXXXX").string();
-  return mkdtemp(folder.data()) == nullptr ? "/tmp" : folder;
+  const fs::path named = fs::temp_directory_path(failed);
+  const std::vector<fs::path> usual{"/tmp", "/var/tmp"};
+  return failed ? usual : std::vector{named, usual[0], usual[1]};
+}
+
+// A new folder that nobody else can have prepared: the places for temporary files are everybody's.
+// Where none can be made, there is no file to be had in what this returns either.
+std::string privateTemporaryFolder() {
+  std::string folder;
+  for (const fs::path& shared : temporaryCandidates()) {
+    folder = (shared / "halvik-diagnostic-XXXXXX").string();
+    if (mkdtemp(folder.data()) != nullptr) {
+      break;
+    }
+  }
+  return folder;
 }
 
 }  // namespace

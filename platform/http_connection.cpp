@@ -105,16 +105,49 @@ QString withoutControls(QString text) {
   return text;
 }
 
+// A time limit, counted in parts. A program that was suspended finds its clocks run out and what
+// has arrived meanwhile at the same moment: a suspension takes one part, however long it is, and
+// what has arrived is looked at before the next.
+class TimeLimit {
+ public:
+  TimeLimit(std::chrono::milliseconds limit, const std::function<void()>& whenOver) {
+    clock.setInterval(limit / partsMax);
+    QObject::connect(&clock, &QTimer::timeout, &clock, [this, whenOver] {
+      if (++passed == partsMax) {
+        stop();
+        enter(whenOver);
+      }
+    });
+  }
+
+  void start() {
+    passed = 0;
+    clock.start();
+  }
+  void stop() { clock.stop(); }
+  bool isRunning() const { return clock.isActive(); }
+
+ private:
+  static constexpr int partsMax = 10;
+
+  QTimer clock;
+  int passed = 0;
+};
+
 }  // namespace
 
 class HttpConnection::Parts {
  public:
   Parts(HttpRequest sent, HttpConnectionDelegate& receiver, std::chrono::milliseconds limit)
-      : request(std::move(sent)), delegate(receiver) {
+      : request(std::move(sent)),
+        delegate(receiver),
+        stall(limit, [this] { fail("nothing has moved for too long"); }),
+        late(limit * stallsPerReply, [this] { fail("the reply takes too long"); }) {
     QNetworkProxyFactory::setUseSystemConfiguration(true);
-    setUp(stall, limit, [this] { fail("nothing has moved for too long"); });
-    setUp(late, limit * stallsPerReply, [this] { fail("the reply takes too long"); });
-    setUp(patience, headStart, [this] { tryNextFamily(); });
+    patience.setSingleShot(true);
+    patience.setInterval(headStart);
+    QObject::connect(&patience, &QTimer::timeout, &context,
+                     [this] { enter([this] { tryNextFamily(); }); });
     QMetaObject::invokeMethod(
         &context, [this] { enter([this] { begin(toUrl(request.url), true); }); },
         Qt::QueuedConnection);
@@ -124,13 +157,6 @@ class HttpConnection::Parts {
   Parts& operator=(const Parts&) = delete;
 
  private:
-  void setUp(QTimer& timer, std::chrono::milliseconds interval,
-             const std::function<void()>& whenOver) {
-    timer.setSingleShot(true);
-    timer.setInterval(interval);
-    QObject::connect(&timer, &QTimer::timeout, &context, [whenOver] { enter(whenOver); });
-  }
-
   void begin(const QUrl& next, bool asPost) {
     url = next;
     isPost = asPost;
@@ -267,7 +293,7 @@ class HttpConnection::Parts {
       unsent.remove_prefix(piece.size());
       socket->write(piece.data(), static_cast<qint64>(piece.size()));
     }
-    if (isSent() && !late.isActive()) {
+    if (isSent() && !late.isRunning()) {
       late.start();
     }
   }
@@ -361,9 +387,9 @@ class HttpConnection::Parts {
   }
 
   void close() {
-    for (QTimer* timer : {&stall, &late, &patience}) {
-      timer->stop();
-    }
+    stall.stop();
+    late.stop();
+    patience.stop();
     if (socket != nullptr) {
       drop(socket);
       socket = nullptr;
@@ -397,8 +423,8 @@ class HttpConnection::Parts {
   std::string_view unsent;
   HttpReplyReader reader;
 
-  QTimer stall;
-  QTimer late;
+  TimeLimit stall;
+  TimeLimit late;
   QTimer patience;
   /// Owns the sockets.
   QObject context;

@@ -11,6 +11,8 @@
 #include <csignal>
 #include <optional>
 
+#include "platform/ending_signals.h"
+
 namespace platform {
 
 namespace {
@@ -52,6 +54,7 @@ void setUpProcess() {
   std::signal(SIGPIPE, SIG_IGN);
   std::signal(SIGXFSZ, SIG_IGN);
   std::signal(SIGCHLD, SIG_DFL);
+  catchEndingSignals();
 }
 
 void restoreStartingDescriptorLimit() {

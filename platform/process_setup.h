@@ -14,7 +14,8 @@ namespace platform {
 ///   up to three;
 /// - a closed pipe or a full quota comes back as an error of the write instead of ending the
 /// program;
-/// - ended commands wait until they are collected, whatever the program was started with.
+/// - ended commands wait until they are collected, whatever the program was started with;
+/// - a signal that ends the program ends its commands as well.
 /// A limit that cannot be raised is left as it is.
 void setUpProcess();
 

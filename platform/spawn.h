@@ -19,7 +19,7 @@ struct Spawned {
 /// Starts the program file `path` with `argv`, whose last element is null, and with the two given
 /// descriptors as its standard output and standard error. It inherits standard input, environment,
 /// working directory and the limits that this program was started with, no other descriptor, and no
-/// signal that is blocked or ignored.
+/// signal that is blocked or, but for those that staysIgnored() names, ignored.
 Spawned spawn(const char* path, char* const* argv, int standardOutput, int standardError);
 
 }  // namespace platform

@@ -21,7 +21,7 @@ CONTROLLER_SUBJECTS = {
 SYSTEM_INCLUDE = re.compile(r"^#include <([^>]+)>", re.M)
 # Headers of the language and of the toolkit, but for those of signals and of the network.
 EVERYWHERE = re.compile(r"(?!csignal$)[a-z_]+|Q(?!Network|Ssl)\w+")
-POSIX = re.compile(r"(fcntl|poll|pwd|spawn|unistd|sys/(resource|stat|time|types|uio|wait))\.h")
+POSIX = re.compile(r"(fcntl|poll|pthread|pwd|spawn|unistd|sys/(resource|stat|time|types|uio|wait))\.h")
 # What the C library of Linux offers besides, in headers that POSIX has as well.
 ONLY_ON_LINUX = re.compile(
     r"\b(accept4|clone|close_range|dup3|mkostemp|pipe2|program_invocation\w*|splice|statx|syscall|\w+_np|F_SETPIPE_SZ"

@@ -5,6 +5,7 @@
 
 #include <fcntl.h>
 #include <sched.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -14,6 +15,7 @@
 #include <csignal>
 #include <cstddef>
 
+#include "platform/ending_signals.h"
 #include "platform/process_setup.h"
 
 // posix_spawn gives the child a copy of the parent's whole table of descriptors, which it then
@@ -64,11 +66,19 @@ void resetSignals() {
   struct sigaction action {};
   action.sa_handler = SIG_DFL;
   for (int signal = 1; signal < NSIG; ++signal) {
-    sigaction(signal, &action, nullptr);
+    if (!staysIgnored(signal)) {
+      sigaction(signal, &action, nullptr);
+    }
   }
   sigset_t none;
   sigemptyset(&none);
   sigprocmask(SIG_SETMASK, &none, nullptr);
+}
+
+// The program may be ended in ways that leave it no time to end its commands. Programs with
+// privileges of their own are spared by the system.
+bool endWithParent() {
+  return prctl(PR_SET_PDEATHSIG, SIGTERM) == 0;
 }
 
 // Runs in the child, on memory that it shares with the parent, which stands still meanwhile.
@@ -78,7 +88,7 @@ int runChild(void* context) {
   if (close_range(behindLow, ~0U, CLOSE_RANGE_UNSHARE) == 0 &&
       dup2(start.low.output, STDOUT_FILENO) >= 0 && dup2(start.low.error, STDERR_FILENO) >= 0 &&
       // Ours are closed on exec anyway; this also keeps out what the program was started with.
-      close_range(STDERR_FILENO + 1, ~0U, 0) == 0) {
+      close_range(STDERR_FILENO + 1, ~0U, 0) == 0 && endWithParent()) {
     restoreStartingDescriptorLimit();
     resetSignals();
     execve(start.path, start.argv, environ);

@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <csignal>
 
+#include "platform/ending_signals.h"
 #include "platform/process_setup.h"
 
 // Declared by no header everywhere.
@@ -47,6 +48,11 @@ class SpawnAttributes {
     // Libraries ignore signals behind our back, SIGPIPE for one; a shell pipeline in a command
     // relies on the default.
     sigfillset(&set);
+    for (const int signal : {SIGHUP, SIGINT, SIGQUIT}) {
+      if (staysIgnored(signal)) {
+        sigdelset(&set, signal);
+      }
+    }
     posix_spawnattr_setsigdefault(&attributes, &set);
     posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
   }
@@ -94,7 +100,7 @@ Spawned spawn(const char* path, char* const* argv, int standardOutput, int stand
   // Once is enough: what the program was started with is open before its first command, and what is
   // opened later, by the program or by the toolkit, is opened so that it closes by itself.
   static const bool done [[maybe_unused]] = closeOnExec();
-  static const SpawnAttributes spawnAttributes;
+  const SpawnAttributes spawnAttributes;
   const SpawnFiles files(standardOutput, standardError);
   const StartingDescriptorLimit limit;
   Spawned child;

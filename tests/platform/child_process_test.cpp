@@ -143,7 +143,7 @@ TEST(ChildProcess, HasDefaultSignals) {
   sigset_t all;
   sigset_t before;
   sigfillset(&all);
-  const auto oldInt = std::signal(SIGINT, SIG_IGN);
+  const auto oldTerm = std::signal(SIGTERM, SIG_IGN);
   const auto oldPipe = std::signal(SIGPIPE, SIG_IGN);
   sigprocmask(SIG_SETMASK, &all, &before);
   // Not through a shell, which would unblock signals itself.
@@ -152,7 +152,7 @@ TEST(ChildProcess, HasDefaultSignals) {
   const std::string masks(grep.output.view());
   const std::string pipeline = outputOf("yes | head -1");
   sigprocmask(SIG_SETMASK, &before, nullptr);
-  std::signal(SIGINT, oldInt);
+  std::signal(SIGTERM, oldTerm);
   std::signal(SIGPIPE, oldPipe);
   EXPECT_NE(masks.find("SigBlk:\t0000000000000000\n"), std::string::npos) << masks;
   // Signals 32 and 33 belong to the C library, which never gives them back.
@@ -160,6 +160,19 @@ TEST(ChildProcess, HasDefaultSignals) {
   EXPECT_EQ(std::stoull(masks.substr(masks.find("SigIgn:") + 7), nullptr, 16) & ~ofTheLibrary, 0U)
       << masks;
   EXPECT_EQ(pipeline, "y\n");
+}
+
+TEST(ChildProcess, IgnoresWhatItsTerminalSendsWhereTheProgramDoes) {
+  for (const int signal : {SIGHUP, SIGINT, SIGQUIT}) {
+    struct sigaction before {};
+    struct sigaction ignored {};
+    ignored.sa_handler = SIG_IGN;
+    sigaction(signal, &ignored, &before);
+    Shell shell("kill -" + std::to_string(signal) + " $$; echo on");
+    shell.run();
+    sigaction(signal, &before, nullptr);
+    EXPECT_EQ(shell.output.view(), "on\n") << signal;
+  }
 }
 
 TEST(ChildProcess, LeavesNothingBehind) {
@@ -194,6 +207,21 @@ TEST(ChildProcess, ThatStillRunsIsAskedToEndWithItsOwner) {
   int status = 0;
   ASSERT_EQ(waitpid(pid, &status, 0), pid);
   EXPECT_EQ(WEXITSTATUS(status), 7);
+}
+
+TEST(ChildProcess, ThatIsStoppedEndsWithItsOwnerToo) {
+  pid_t pid = 0;
+  {
+    Shell shell("echo $$; kill -STOP $$; exec sleep 1000");
+    shell.child.launch();
+    support::turnUntil([&] { return shell.output.view().ends_with('\n'); });
+    pid = std::stoi(std::string(shell.output.view()));
+    siginfo_t facts{};
+    waitid(P_PID, static_cast<id_t>(pid), &facts, WSTOPPED | WNOWAIT);
+  }
+  int status = 0;
+  ASSERT_EQ(waitpid(pid, &status, 0), pid);
+  EXPECT_EQ(WTERMSIG(status), SIGTERM);
 }
 
 TEST(ChildProcess, FailsWithAReasonWhenThereAreNoDescriptorsLeft) {

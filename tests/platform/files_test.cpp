@@ -9,6 +9,9 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
+#include <fstream>
+#include <thread>
 
 #include "support/environment.h"
 #include "support/limit.h"
@@ -105,6 +108,40 @@ TEST(Files, ListsEveryEntryOfAFolder) {
   EXPECT_TRUE(listFolder(folder.path("file")).empty());
 }
 
+// Entries come and go while the folder is read, and at last the folder itself.
+TEST(Files, ListAFolderThatChangesMeanwhile) {
+  const TemporaryFolder outer;
+  const std::string folder = outer.path("folder");
+  std::filesystem::create_directory(folder);
+  std::ofstream(folder + "/stays").close();
+  std::atomic<bool> isGone = false;
+  std::thread changes([&] {
+    for (int round = 0; round < 300; ++round) {
+      for (int i = 0; i < 20; ++i) {
+        std::ofstream(folder + "/comes and goes " + std::to_string(i)).close();
+      }
+      for (int i = 0; i < 20; ++i) {
+        std::filesystem::remove(folder + "/comes and goes " + std::to_string(i));
+      }
+    }
+    std::filesystem::remove(folder + "/stays");
+    std::filesystem::remove(folder);
+    isGone = true;
+  });
+  bool wasSeen = true;
+  while (!isGone) {
+    const std::vector<FolderEntry> entries = listFolder(folder);
+    const auto kept = std::count_if(entries.begin(), entries.end(),
+                                    [](const FolderEntry& entry) { return entry.name == "stays"; });
+    // Until the end of the folder begins, the one that nobody touches is there, and once.
+    EXPECT_LE(kept, 1);
+    EXPECT_TRUE(wasSeen || kept == 0);
+    wasSeen = kept == 1;
+  }
+  changes.join();
+  EXPECT_TRUE(listFolder(folder).empty());
+}
+
 TEST(Files, KnowWhetherAPathExists) {
   const TemporaryFolder folder;
   folder.write("file", "");
@@ -191,6 +228,16 @@ TEST_F(Desktop, GivesWayToAPrivateTemporaryFolder) {
     EXPECT_EQ(std::filesystem::status(folder).permissions(), std::filesystem::perms(0700));
     EXPECT_NE(desktopFolder(), folder);
   }
+}
+
+// Even to root, nothing can be made in this one.
+TEST_F(Desktop, IsPrivateAlsoWhereThePlaceForTemporaryFilesCannotBeUsed) {
+  const ScopedVariable nowhere("HOME", "/nowhere/at/all");
+  const ScopedVariable place("TMPDIR", "/proc");
+  const std::string folder = desktopFolder();
+  ASSERT_TRUE(folder.starts_with("/tmp/halvik-diagnostic-")) << folder;
+  EXPECT_EQ(std::filesystem::status(folder).permissions(), std::filesystem::perms(0700));
+  rmdir(folder.c_str());
 }
 
 }  // namespace

@@ -6,6 +6,8 @@
 import os
 import pathlib
 import resource
+import socket
+import stat
 import subprocess
 
 import endpoints
@@ -17,10 +19,18 @@ FOLDERS = ["ipblock", "probe", "service"]
 SHOWN_FOLDER = f"{plan.SKIVRA}/beacon-logs"
 NOT_TOLD = ("-", "0", "0.000000000")
 FOLDER = object()  # stands for the content of an entry that is a folder
+SOCKET = object()  # and of one that is a socket
 
 
 class LinkTo(str):
     """The content of an entry that is a symbolic link."""
+
+
+class Device(tuple):
+    """The content of an entry that is a device, by its numbers."""
+
+    def __new__(cls, *numbers):
+        return super().__new__(cls, numbers)
 
 
 def creation_times(paths, **others):
@@ -49,6 +59,11 @@ class BeaconLogTest(support.ProgramTest):
                 os.mkdir(path)
             elif isinstance(content, LinkTo):
                 os.symlink(content, path)
+            elif content is SOCKET:
+                with socket.socket(socket.AF_UNIX) as listener:
+                    listener.bind(path)
+            elif isinstance(content, Device):
+                os.mknod(path, stat.S_IFCHR | 0o666, os.makedev(*content))
             else:
                 pathlib.Path(os.fsdecode(path)).write_bytes(support.as_bytes(content))
             created = creation_times([path])[0]
@@ -142,6 +157,80 @@ class BeaconLogTest(support.ProgramTest):
         blocks = self.run_plan()
         self.assertEqual(len(blocks), 68)
         self.assertIn((f'/bin/sh -c cat "{SHOWN_FOLDER}/probe/two', b'lines"\nstdout:\nread\n\n'), blocks)
+
+    def test_a_name_with_each_byte(self):
+        """Two of them mean something to the shell in this place, and the display name shows a line feed as it is."""
+        (self.logs / "probe").mkdir()
+        numbers = [number for number in range(1, 256) if number != ord("/")]
+        for number in numbers:
+            with open(os.fsencode(self.logs / "probe") + b"/before %c after" % number, "wb") as file:
+                file.write(b"log %d\n" % number)
+        readers = [content for name, content in self.run_plan() if name.startswith('/bin/sh -c cat "')]
+        complaints = [content for content in readers if content.startswith(b"stderr:\n")]
+        self.assertEqual(len(complaints), 2, complaints)
+        for complaint in complaints:
+            self.assertIn(b"yntax error", complaint)
+        read = {number: b"stdout:\nlog %d\n\n" % number for number in numbers if number not in b"\"`"}
+        read[ord("\n")] = b' after"\n' + read[ord("\n")]
+        self.assertEqual(sorted(set(readers) - set(complaints)), sorted(read.values()))
+        self.assertEqual(len(readers), len(numbers))
+
+    def test_entries_that_are_no_files(self):
+        def complaint(about):
+            return lambda content: content.startswith(b"stderr:\n") and about in content
+
+        (self.logs / "probe").mkdir()
+        loop = complaint(b"oo many levels of symbolic links")
+        entries = [
+            ("before", "text\n", "text\n"),
+            ("circle", LinkTo("circle"), loop),
+            ("there", LinkTo("back"), loop),
+            ("back", LinkTo("there"), loop),
+            ("up", LinkTo(".."), complaint(b"s a directory")),
+            ("socket", SOCKET, complaint(b"o such device or address")),
+            ("empty device", Device(1, 3), ""),
+            ("dead device", Device(250, 250), complaint(b"o such device")),
+            ("after", "text\n", "text\n"),
+        ]
+        try:
+            for name, content, _ in entries:
+                self.create("probe", name, content)
+        except PermissionError:
+            self.skipTest("this user makes no devices")
+        self.assert_readers([("probe", name, printed) for name, _, printed in entries])
+
+    def test_a_fifo_is_read_until_its_writer_closes(self):
+        """It is an entry like any other: without a writer, its reader waits, and the run with it."""
+        probe = self.logs / "probe"
+        probe.mkdir()
+        os.mkfifo(probe / "fifo")
+        process = self.start(support.program(), ["-s", "-c"], prefix=self.prefix)
+        writer = support.open_for_writing(probe / "fifo")
+        support.wait_until(lambda: not self.others_that_run(process.pid), "only the reader is left")
+        self.assertIsNone(process.poll())
+        os.write(writer, b"at last\n")
+        os.close(writer)
+        ended = self.finish(process)
+        self.assertEqual(ended.status, 0)
+        self.assertIn(f'cat "{SHOWN_FOLDER}/probe/fifo"\nstdout:\nat last\n\n'.encode(), ended.stdout)
+
+    @staticmethod
+    def others_that_run(pid):
+        lines = subprocess.run(["ps", "-o", "stat=,args=", "--ppid", str(pid)], capture_output=True, text=True).stdout
+        return [line for line in lines.splitlines() if not line.startswith("Z") and "/probe/fifo" not in line]
+
+    def test_folders_that_cannot_be_read(self):
+        for folder in FOLDERS:
+            (self.logs / folder).mkdir()
+            self.create(folder, "log", "text\n")
+            self.addCleanup((self.logs / folder).chmod, 0o755)
+        (self.logs / "ipblock").chmod(0o111)  # cannot be listed
+        (self.logs / "probe").chmod(0o444)  # can be listed, but nothing is told of its entries
+        (self.logs / "service" / "log").chmod(0)
+        # Permissions bind root as well then, and ping can still be run, to which some systems give a privilege.
+        self.prefix = [*self.prefix, "setpriv", "--bounding-set=-dac_override,-dac_read_search", "--"]
+        self.assert_readers([("service", "log",
+                              lambda content: content.startswith(b"stderr:\n") and b"ermission denied" in content)])
 
     def test_thousands_of_logs(self):
         soft, hard, wanted = 1024, 20000, 5000

@@ -294,6 +294,21 @@ def blocks(text):
 
 # Waiting
 
+def open_for_writing(fifo):
+    """The writing end of a FIFO, once somebody has opened the other one."""
+    ends = []
+
+    def is_open():
+        try:
+            ends.append(os.open(fifo, os.O_WRONLY | os.O_NONBLOCK))
+        except OSError:
+            return False
+        return True
+
+    wait_until(is_open, f"{fifo} has a reader")
+    return ends[0]
+
+
 def thread_states(pid):
     states = {}
     for thread in os.listdir(f"/proc/{pid}/task"):
