@@ -15,6 +15,7 @@
 #include <system_error>
 
 #include "platform/creation_time.h"
+#include "platform/log.h"
 
 namespace platform {
 
@@ -63,18 +64,24 @@ std::vector<fs::path> desktopCandidates() {
 }
 
 // A new folder that nobody else can have prepared: the place for temporary files is everybody's.
+// Where no folder can be made, that place itself is better than none.
 std::string privateTemporaryFolder() {
   std::error_code failed;
-  const fs::path shared = fs::temp_directory_path(failed);
-  std::string folder = ((failed ? fs::path("/tmp") : shared) / "halvik-diagnostic-XXXXXX").string();
-  return mkdtemp(folder.data()) == nullptr ? "/tmp" : folder;
+  const fs::path named = fs::temp_directory_path(failed);
+  const fs::path shared = failed ? fs::path("/tmp") : named;
+  std::string folder = (shared / "halvik-diagnostic-XXXXXX").string();
+  return mkdtemp(folder.data()) == nullptr ? shared.string() : folder;
 }
 
 }  // namespace
 
 bool pathExists(const std::string& path) {
-  std::error_code ignored;
-  return fs::exists(path, ignored);
+  std::error_code failed;
+  const fs::file_status status = fs::status(path, failed);
+  if (!fs::status_known(status)) {
+    log("cannot tell whether " + path + " is there: " + failed.message());
+  }
+  return fs::exists(status);
 }
 
 std::vector<FolderEntry> listFolder(const std::string& folder) {
