@@ -69,6 +69,8 @@ NOT_FALLIBLE = {
         "futex",
 }
 EXEMPT = {name for names in NOT_FALLIBLE.values() for name in names.split()}
+if support.PLATFORM == "posix":
+    EXEMPT.add("waitid")  # which the program asks about children that it has: docs/reliability.md
 
 # What passes by definition, and whose callers try again until it has.
 PASSING = ["EINTR", "EAGAIN"]
