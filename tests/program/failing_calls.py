@@ -34,7 +34,7 @@ ERRORS = {
     "ENOBUFS EMFILE": "socket",
     "EBUSY EINTR": "dup2 dup3",
     "ENOMEM EAGAIN": "clone clone3 fork vfork execve",
-    "ENOMEM": "brk close_range mmap mprotect mremap munmap madvise",
+    "ENOMEM": "close_range mmap mprotect mremap munmap madvise",
     "ENOMEM ENOSPC": "epoll_ctl",
     "EINTR": "epoll_pwait epoll_wait",
     "EINTR ENOMEM": "poll ppoll select pselect6",
@@ -60,6 +60,8 @@ OTHER_ERRORS = ["EIO", "ENOMEM"]  # of a call that another library or system bri
 NOT_FALLIBLE = {
     "a close that fails has closed all the same, which a call that is stopped could not":
         "close",
+    "a refused brk gives the old end of the heap, and no error: the C library takes an error for the new end":
+        "brk",
     "they do not fail with what the program gives them":
         "arch_prctl clock_gettime clock_nanosleep exit exit_group getegid geteuid getgid getpid getppid getresgid"
         " getresuid gettid getuid gettimeofday kill prctl restart_syscall rseq rt_sigaction rt_sigprocmask"
