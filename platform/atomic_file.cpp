@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdlib>
 #include <filesystem>
 #include <optional>
@@ -34,8 +35,8 @@ std::optional<Target> findTarget(const std::string& path) {
   struct stat facts {};
   std::error_code failed;
   if (stat(path.c_str(), &facts) != 0) {
-    // A link that leads nowhere is not ours to replace.
-    if (fs::is_symlink(path, failed)) {
+    // A link that leads nowhere is not ours to replace, nor is what the system cannot tell about.
+    if (errno != ENOENT || fs::symlink_status(path, failed).type() != fs::file_type::not_found) {
       return std::nullopt;
     }
     const mode_t mask = umask(0);

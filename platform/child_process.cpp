@@ -80,7 +80,11 @@ void ChildProcess::readToEnd(ByteBuffer& outputBytes, ByteBuffer& errorBytes) {
     std::array<pollfd, 2> waits{{{.fd = output.readEnd.fd, .events = POLLIN, .revents = 0},
                                  {.fd = error.readEnd.fd, .events = POLLIN, .revents = 0}}};
     if (poll(waits.data(), waits.size(), -1) < 0) {
-      // Interrupted by a signal, that of another command's end for example.
+      // Interrupted by a signal, that of another command's end for example. To go on after anything
+      // else could be to go on for ever.
+      if (errno != EINTR) {
+        fail(errno);
+      }
       continue;
     }
     for (std::size_t i = 0; i < streams.size(); ++i) {

@@ -15,6 +15,7 @@
 #include <system_error>
 
 #include "platform/creation_time.h"
+#include "platform/log.h"
 
 namespace platform {
 
@@ -86,8 +87,12 @@ std::string privateTemporaryFolder() {
 }  // namespace
 
 bool pathExists(const std::string& path) {
-  std::error_code ignored;
-  return fs::exists(path, ignored);
+  std::error_code failed;
+  const fs::file_status status = fs::status(path, failed);
+  if (!fs::status_known(status)) {
+    log("cannot tell whether " + path + " is there: " + failed.message());
+  }
+  return fs::exists(status);
 }
 
 std::vector<FolderEntry> listFolder(const std::string& folder) {

@@ -14,7 +14,8 @@
 
 namespace platform {
 
-/// Whether anything, file or folder, exists at `path`.
+/// Whether anything, file or folder, exists at `path`. Where the system cannot tell, nothing does,
+/// and a line on standard error says so.
 bool pathExists(const std::string& path);
 
 /// One entry of a folder.

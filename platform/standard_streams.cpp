@@ -59,7 +59,9 @@ int writeAll(int fd, const Pieces& bytes) {
     } else if (errno == EAGAIN) {
       // Whoever shares the descriptor with us may have made it non-blocking.
       pollfd wait{.fd = fd, .events = POLLOUT, .revents = 0};
-      poll(&wait, 1, -1);
+      if (poll(&wait, 1, -1) < 0 && errno != EINTR) {
+        return errno;
+      }
     } else if (errno != EINTR) {
       return errno;
     }

@@ -14,6 +14,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstddef>
+#include <utility>
 
 #include "platform/ending_signals.h"
 #include "platform/process_setup.h"
@@ -42,11 +43,21 @@ class LowDescriptors {
     return std::min({placeholder, output, error}) >= 0;
   }
 
-  void lend(int standardOutput, int standardError) const {
-    dup3(standardOutput, output, O_CLOEXEC);
-    dup3(standardError, error, O_CLOEXEC);
+  // False when the system refuses.
+  bool lend(int standardOutput, int standardError) const {
+    return dup3(standardOutput, output, O_CLOEXEC) >= 0 &&
+           dup3(standardError, error, O_CLOEXEC) >= 0;
   }
-  void takeBack() const { lend(placeholder, placeholder); }
+
+  void takeBack() {
+    for (int* number : {&output, &error}) {
+      // One that is refused its placeholder is given up: as long as we hold the writing end of a
+      // pipe, its stream never ends.
+      if (dup3(placeholder, *number, O_CLOEXEC) < 0) {
+        close(std::exchange(*number, -1));
+      }
+    }
+  }
 
   int placeholder = -1;
   int output = -1;
@@ -124,8 +135,9 @@ Spawned spawn(const char* path, char* const* argv, int standardOutput, int stand
     child.problem = errno;
     return child;
   }
-  low.lend(standardOutput, standardError);
-  {
+  if (!low.lend(standardOutput, standardError)) {
+    child.problem = errno;
+  } else {
     const AllSignalsBlocked blocked;
     child.pid =
         clone(runChild, stack.data() + stack.size(),

@@ -32,7 +32,8 @@ int signalPipe = -1;
 extern "C" void wakeUpLoop(int /*signal*/) {
   const int before = errno;
   // A pipe that is full already wakes the loop as well.
-  static_cast<void>(write(signalPipe, "", 1) < 0);
+  while (write(signalPipe, "", 1) < 0 && errno == EINTR) {
+  }
   errno = before;
 }
 
@@ -95,8 +96,13 @@ class Children {
     if (!openPipe(ends)) {
       return false;
     }
-    for (const int end : ends) {
-      fcntl(end, F_SETFL, O_NONBLOCK);
+    // Neither may the handler wait for room, nor the loop for more when it has taken what is there.
+    if (fcntl(ends[0], F_SETFL, O_NONBLOCK) != 0 || fcntl(ends[1], F_SETFL, O_NONBLOCK) != 0) {
+      const int problem = errno;
+      close(ends[0]);
+      close(ends[1]);
+      errno = problem;
+      return false;
     }
     readEnd = ends[0];
     signalPipe = ends[1];

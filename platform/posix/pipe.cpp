@@ -6,6 +6,8 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <cerrno>
+
 namespace platform {
 
 bool openPipe(std::array<int, 2>& ends) {
@@ -14,10 +16,14 @@ bool openPipe(std::array<int, 2>& ends) {
   }
   // A command started between the two calls would inherit the ends, and its siblings' streams would
   // never end. None is: all are started by the thread that we are in.
-  for (const int end : ends) {
-    fcntl(end, F_SETFD, FD_CLOEXEC);
+  if (fcntl(ends[0], F_SETFD, FD_CLOEXEC) == 0 && fcntl(ends[1], F_SETFD, FD_CLOEXEC) == 0) {
+    return true;
   }
-  return true;
+  const int problem = errno;
+  close(ends[0]);
+  close(ends[1]);
+  errno = problem;
+  return false;
 }
 
 void enlargePipe(int /*fd*/) {

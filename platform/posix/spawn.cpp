@@ -68,30 +68,40 @@ class SpawnFiles {
  public:
   SpawnFiles(int standardOutput, int standardError) {
     posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_adddup2(&actions, standardOutput, STDOUT_FILENO);
-    posix_spawn_file_actions_adddup2(&actions, standardError, STDERR_FILENO);
+    // Without one of them the child would write where we do.
+    problem = posix_spawn_file_actions_adddup2(&actions, standardOutput, STDOUT_FILENO);
+    if (problem == 0) {
+      problem = posix_spawn_file_actions_adddup2(&actions, standardError, STDERR_FILENO);
+    }
   }
   ~SpawnFiles() { posix_spawn_file_actions_destroy(&actions); }
   SpawnFiles(const SpawnFiles&) = delete;
   SpawnFiles& operator=(const SpawnFiles&) = delete;
 
   posix_spawn_file_actions_t actions;
+  int problem;
 };
 
 // A child takes the limit of its parent: while this lives, ours on descriptors is the one that the
 // program was started with.
 class StartingDescriptorLimit {
  public:
-  StartingDescriptorLimit() {
-    getrlimit(RLIMIT_NOFILE, &ours);
-    restoreStartingDescriptorLimit();
+  StartingDescriptorLimit() : isKnown(getrlimit(RLIMIT_NOFILE, &ours) == 0) {
+    if (isKnown) {
+      restoreStartingDescriptorLimit();
+    }
   }
-  ~StartingDescriptorLimit() { setrlimit(RLIMIT_NOFILE, &ours); }
+  ~StartingDescriptorLimit() {
+    if (isKnown) {
+      setrlimit(RLIMIT_NOFILE, &ours);
+    }
+  }
   StartingDescriptorLimit(const StartingDescriptorLimit&) = delete;
   StartingDescriptorLimit& operator=(const StartingDescriptorLimit&) = delete;
 
  private:
   rlimit ours{};
+  bool isKnown;
 };
 
 }  // namespace
@@ -104,8 +114,11 @@ Spawned spawn(const char* path, char* const* argv, int standardOutput, int stand
   const SpawnFiles files(standardOutput, standardError);
   const StartingDescriptorLimit limit;
   Spawned child;
-  child.problem =
-      posix_spawn(&child.pid, path, &files.actions, &spawnAttributes.attributes, argv, environ);
+  child.problem = files.problem;
+  if (child.problem == 0) {
+    child.problem =
+        posix_spawn(&child.pid, path, &files.actions, &spawnAttributes.attributes, argv, environ);
+  }
   child.end = child.pid;
   return child;
 }

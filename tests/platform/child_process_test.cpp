@@ -4,6 +4,7 @@
 #include "platform/child_process.h"
 
 #include <gtest/gtest.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -11,6 +12,7 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
+#include <cstdlib>
 #include <filesystem>
 #include <memory>
 #include <system_error>
@@ -18,6 +20,7 @@
 #include "support/application.h"
 #include "support/descriptors.h"
 #include "support/limit.h"
+#include "support/refused_call.h"
 #include "support/temporary_folder.h"
 
 namespace platform {
@@ -245,6 +248,25 @@ TEST(ChildProcess, IsReadToTheEndOfTheStreamThatEndsLast) {
   EXPECT_EQ(shell.output.view(), "early\n");
   EXPECT_EQ(shell.error.view(), "late\n");
 }
+
+#ifdef SYS_poll
+TEST(ChildProcessDeathTest, SaysSoIfItCannotWaitForItsStreams) {
+  EXPECT_EXIT(
+      {
+        Shell shell("echo lost");
+        shell.child.launch();
+        if (!support::refuseCall(SYS_poll, ENOMEM)) {
+          std::_Exit(2);
+        }
+        try {
+          shell.child.readToEnd(shell.output, shell.error);
+        } catch (const std::system_error& error) {
+          std::_Exit(error.code().value() == ENOMEM ? 0 : 1);
+        }
+      },
+      testing::ExitedWithCode(0), "");
+}
+#endif
 
 TEST(ChildProcess, IsOneOfAThousandAtOnce) {
   rlimit limit{};

@@ -3,18 +3,23 @@
 
 #include "platform/files.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <pwd.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <atomic>
+#include <cerrno>
+#include <cstdlib>
 #include <fstream>
 #include <thread>
 
 #include "support/environment.h"
 #include "support/limit.h"
+#include "support/refused_call.h"
 #include "support/temporary_folder.h"
 
 namespace platform {
@@ -78,6 +83,24 @@ TEST(Files, LeavesEverythingElseAlone) {
   EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
   EXPECT_EQ(entryCount(folder), 4U);
 }
+
+#ifdef SYS_newfstatat
+// It might be a device, or a link.
+TEST(FilesDeathTest, LeaveAloneWhatTheSystemCannotTellAbout) {
+  const TemporaryFolder folder;
+  const std::string path = folder.write("file", "old");
+  EXPECT_EXIT(
+      {
+        if (!support::refuseCall(SYS_newfstatat, EIO)) {
+          std::_Exit(2);
+        }
+        std::_Exit(writeAtomically(path, {"new"}) ? 1 : 0);
+      },
+      testing::ExitedWithCode(0), "");
+  EXPECT_EQ(contentsOf(path), "old");
+  EXPECT_EQ(entryCount(folder), 1U);
+}
+#endif
 
 TEST(Files, AWriteThatFailsHalfWayLeavesTheOldFile) {
   const TemporaryFolder folder;
@@ -151,6 +174,19 @@ TEST(Files, KnowWhetherAPathExists) {
   EXPECT_FALSE(pathExists(folder.path("file/below")));
 }
 
+// What is taken to be missing is left out of a run: a user has to hear that nobody could look.
+TEST(Files, TellIfNobodyCanLookWhetherAPathExists) {
+  const TemporaryFolder folder;
+  std::filesystem::create_symlink("loop", folder.path("loop"));
+  testing::internal::CaptureStderr();
+  EXPECT_FALSE(pathExists(folder.path("missing")));
+  EXPECT_FALSE(pathExists(folder.path("loop")));
+  const std::string said = testing::internal::GetCapturedStderr();
+  EXPECT_THAT(said,
+              testing::HasSubstr("cannot tell whether " + folder.path("loop") + " is there: "));
+  EXPECT_THAT(said, testing::Not(testing::HasSubstr("missing")));
+}
+
 TEST(Files, ExpandALeadingTilde) {
   const ScopedVariable home("HOME", "/home/somebody");
   const std::string root = getpwnam("root")->pw_dir;
@@ -216,6 +252,23 @@ TEST_F(Desktop, IsNoRelativePath) {
     EXPECT_EQ(desktopFolder(), home.path("Desktop")) << line;
   }
 }
+
+#ifdef SYS_mkdir
+[[noreturn]] void exitWithWhetherDesktopIs(const std::string& expected) {
+  if (!support::refuseCall(SYS_mkdir, ENOSPC)) {
+    std::_Exit(2);
+  }
+  std::_Exit(desktopFolder() == expected ? 0 : 1);
+}
+
+using DesktopDeathTest = Desktop;
+
+TEST_F(DesktopDeathTest, IsThePlaceForTemporaryFilesWhereNoFolderCanBeMade) {
+  const TemporaryFolder temporary;
+  const ScopedVariable place("TMPDIR", temporary.path().c_str());
+  EXPECT_EXIT(exitWithWhetherDesktopIs(temporary.path()), testing::ExitedWithCode(0), "");
+}
+#endif
 
 TEST_F(Desktop, GivesWayToAPrivateTemporaryFolder) {
   const TemporaryFolder temporary;

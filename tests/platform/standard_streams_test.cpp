@@ -5,14 +5,18 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstdlib>
 #include <string>
 #include <system_error>
 #include <thread>
+
+#include "support/refused_call.h"
 
 namespace platform {
 namespace {
@@ -55,6 +59,21 @@ class StandardOutput {
  private:
   int before;
 };
+
+#ifdef SYS_poll
+TEST(StandardStreamsDeathTest, TellsThatItCannotWait) {
+  EXPECT_EXIT(
+      {
+        const Pipe pipe;
+        fcntl(pipe.writeEnd(), F_SETFL, O_NONBLOCK);
+        if (!support::refuseCall(SYS_poll, ENOMEM)) {
+          std::_Exit(2);
+        }
+        std::_Exit(writeAll(pipe.writeEnd(), {std::string(1'000'000, 'x')}) == ENOMEM ? 0 : 1);
+      },
+      testing::ExitedWithCode(0), "");
+}
+#endif
 
 TEST(StandardStreams, WritesAllBytesAlsoWhereItHasToWait) {
   // More pieces than one call takes, of all sizes, some of them empty.

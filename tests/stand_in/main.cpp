@@ -32,7 +32,13 @@ diagnostics::Endpoints standInEndpoints() {
 class StandInController final : public app::MainController {
  public:
   explicit StandInController(platform::Application& loop)
-      : MainController(loop, standInEndpoints()), lines(setting("STAND_IN_COMMANDS")) {
+      : MainController(loop, standInEndpoints()) {
+    if (const std::string path = setting("STAND_IN_COMMANDS"); !path.empty()) {
+      // Whoever gives commands means them to be run: an error is not to look like their end.
+      lines.exceptions(std::ios::badbit | std::ios::failbit);
+      lines.open(path);
+      lines.exceptions(std::ios::badbit);
+    }
     if (const std::string limit = setting("STAND_IN_STALL_MS"); !limit.empty()) {
       stallLimit = std::chrono::milliseconds(std::stoi(limit));
     }

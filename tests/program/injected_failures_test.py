@@ -1,0 +1,82 @@
+# SPDX-FileCopyrightText: 2026 Halvik
+# SPDX-License-Identifier: Apache-2.0
+
+"""Whole runs in which one system call fails: some of those that scripts/inject_failures makes."""
+
+import importlib.util
+import pathlib
+import shutil
+import unittest
+
+import failing_calls
+import support
+import system_calls
+
+RUNS = 70  # of each scenario
+SEED = 1
+
+# Calls whose failure the program once took for success.
+WATCHED = ["dup3", "fcntl", "poll"]
+
+
+class InjectedFailuresTest(unittest.TestCase):
+    def sweep(self, name):
+        with failing_calls.scenario(name) as scenario:
+            plan = list(failing_calls.failures(scenario, failing_calls.count(scenario)))
+            watched = [(failure, phase) for failure, phase in plan if failure.name in WATCHED and failure.number <= 2]
+            for failure, phase in watched + failing_calls.sample(plan, RUNS, SEED):
+                result = failing_calls.attempt(scenario, failure)
+                self.assertNotEqual(result.verdict, failing_calls.BAD, failing_calls.describe(result, phase))
+
+    def test_a_report_to_be_printed(self):
+        self.sweep("print")
+
+    def test_a_report_to_be_written(self):
+        self.sweep("file")
+
+    @support.needs_namespaces
+    @unittest.skipUnless(shutil.which("nginx") and shutil.which("openssl"), "nginx or openssl is not installed")
+    @unittest.skipUnless(importlib.util.find_spec("werkzeug"), "python3-werkzeug is not installed")
+    def test_a_report_to_be_uploaded(self):
+        self.sweep("upload")
+
+    def test_an_upload_that_is_refused(self):
+        self.sweep("fallback")
+
+
+class JudgeTest(unittest.TestCase):
+    """The judge is not to be fooled by a run that looks good."""
+
+    def judge(self, name, spoil):
+        class Spoilt(failing_calls.SCENARIOS[name]):
+            def prepare(self, folder):
+                super().prepare(folder)
+                spoil(folder)
+
+        return failing_calls.Run(Spoilt(), lambda call: 0)
+
+    def test_missing_bytes(self):
+        for name in ("print", "file", "fallback"):
+            with self.subTest(name):
+                run = self.judge(name, lambda folder: (folder / "work/big").write_text(failing_calls.BIG[:-1]))
+                self.assertEqual(run.verdict, failing_calls.BAD, run.detail)
+
+    def test_a_file_that_is_left_behind(self):
+        run = self.judge("file", lambda folder: (folder / "work/.halvik-diagnostic-Xa1b2c").write_text("x"))
+        self.assertEqual(run.verdict, failing_calls.BAD, run.detail)
+
+    def test_a_report_that_cannot_be_saved(self):
+        in_the_way = "home/Desktop/diagnostic_results.txt"
+        run = self.judge("fallback", lambda folder: (folder / in_the_way).mkdir(parents=True))
+        self.assertEqual(run.verdict, failing_calls.TOLD, run.detail)
+
+    def test_nothing_wrong(self):
+        run = self.judge("print", lambda folder: None)
+        self.assertEqual(run.verdict, failing_calls.WHOLE, run.detail)
+
+
+if b"__asan_init" in pathlib.Path(support.stand_in()).read_bytes():
+    support.skip_file("the sanitizer makes calls of its own, and does not promise to survive that they fail")
+if not system_calls.is_permitted():
+    support.skip_file("this machine permits no filter that asks about system calls")
+support.run_tests()
