@@ -108,8 +108,8 @@ std::string generateHelp(const OptionTable& table) {
 }
 
 bool isSet(const OptionValues& values, const std::string& key) {
-  const OptionValue* value = find(values, key);
-  return value != nullptr && *value == OptionValue(true);
+  const bool* flag = std::get_if<bool>(find(values, key));
+  return flag != nullptr && *flag;
 }
 
 const std::string* textOf(const OptionValues& values, const std::string& key) {

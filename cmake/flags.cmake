@@ -24,6 +24,8 @@ endif()
 set(halvik_optimized "$<CONFIG:Release,RelWithDebInfo,MinSizeRel>")
 check_pie_supported(LANGUAGES CXX)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+# A compiler that knows a flag, but only for another processor, says so in a warning.
+set(CMAKE_REQUIRED_FLAGS -Werror)
 # Some compilers define it by themselves, with another value.
 target_compile_options(halvik_flags INTERFACE "$<${halvik_optimized}:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>")
 foreach(flag IN ITEMS -fstack-protector-strong -fstack-clash-protection -fcf-protection -mbranch-protection=standard)
@@ -40,6 +42,7 @@ foreach(flag IN ITEMS -Wl,-z,relro -Wl,-z,now)
     target_link_options(halvik_flags INTERFACE "$<${halvik_optimized}:${flag}>")
   endif()
 endforeach()
+unset(CMAKE_REQUIRED_FLAGS)
 
 # The same bytes, whatever folder the sources are in.
 target_compile_options(halvik_flags INTERFACE "$<${halvik_optimized}:-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=>")

@@ -23,10 +23,9 @@ std::string inSkivraFolder(const std::string& name) {
   return std::string(skivraFolder) + '/' + name;
 }
 
-// An absent domain counts as having a dot: only a domain that was named and is none keeps its tests
-// away.
-bool hasDot(const TestDomain& domain) {
-  return !domain || domain->find('.') != std::string::npos;
+// A domain that was named and is none keeps its tests away.
+bool hasDot(const std::string& domain) {
+  return domain.find('.') != std::string::npos;
 }
 
 void startShell(TestStarter& starter, const std::string& commandLine,
@@ -120,7 +119,7 @@ TestDomain makeTestDomain(const std::optional<std::string>& option,
 
 void startGeneralTests(TestStarter& starter, const Endpoints& endpoints, const TestDomain& domain) {
   starter.startTest(dig, {"+time=10", endpoints.myIpQueryName});
-  if (domain && hasDot(domain)) {
+  if (domain && hasDot(*domain)) {
     startDomainTests(starter, endpoints, *domain);
   }
   startRouteTests(starter, endpoints);
@@ -145,7 +144,7 @@ void startSkivraTests(TestStarter& starter, const Endpoints& endpoints, const Te
     // Nobody could name a domain: the query keeps its place in the report but has no arguments, not
     // even the server.
     starter.startTest(dig, {});
-  } else if (hasDot(domain)) {
+  } else if (hasDot(*domain)) {
     starter.startTest(dig, {*domain, "@127.0.0.1"});
   }
   starter.startTest(dig, {"@127.0.0.1", endpoints.debugQueryName + '.', "txt"});

@@ -5,6 +5,7 @@
 
 #include <QChar>
 #include <QString>
+#include <QStringDecoder>
 #include <simdjson.h>
 
 #include <algorithm>
@@ -54,6 +55,14 @@ std::size_t countUnitsInBlocks(std::string_view text) {
   return units;
 }
 
+// Unlike the toolkit's usual way this keeps a byte order mark, which is a character like any other
+// in what a command printed or a user typed.
+QString decode(std::string_view text) {
+  QStringDecoder decoder(QStringDecoder::Utf8,
+                         QStringDecoder::Flag::Stateless | QStringDecoder::Flag::ConvertInitialBom);
+  return decoder(QByteArrayView(text.data(), static_cast<qsizetype>(text.size())));
+}
+
 bool isSpace(QChar character) {
   return character == u'\t' || character.category() == QChar::Separator_Space;
 }
@@ -66,9 +75,7 @@ bool isUtf8(std::string_view bytes) {
 }
 
 std::string toUtf8(std::string_view bytes) {
-  return isUtf8(bytes)
-             ? std::string(bytes)
-             : QString::fromUtf8(bytes.data(), static_cast<qsizetype>(bytes.size())).toStdString();
+  return isUtf8(bytes) ? std::string(bytes) : decode(bytes).toStdString();
 }
 
 std::size_t utf16Length(std::string_view text) {
@@ -137,7 +144,7 @@ std::string join(const Pieces& pieces) {
 }
 
 std::string trimSpaces(std::string_view text) {
-  const QString all = QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+  const QString all = decode(text);
   const auto* const first = std::find_if_not(all.begin(), all.end(), isSpace);
   const auto last = std::find_if_not(all.rbegin(), std::make_reverse_iterator(first), isSpace);
   return QString(first, static_cast<qsizetype>(last.base() - first)).toStdString();

@@ -27,7 +27,10 @@ void addBlock(Pieces& pieces, const ResultBlock& block) {
 }
 
 std::string headLine(std::string_view label, const std::optional<std::string>& text) {
-  return text ? std::string(label) + *text + '\n' : std::string();
+  if (!text) {
+    return {};
+  }
+  return std::string(label) + *text + '\n';
 }
 
 }  // namespace

@@ -51,8 +51,7 @@ class FocusKeeper final : public QObject {
 
   bool eventFilter(QObject* watched, QEvent* event) override {
     const auto* start = qobject_cast<QWidget*>(watched);
-    if (event->type() == QEvent::EnabledChange && start->isEnabled() && before != nullptr &&
-        start->window()->focusWidget() != before) {
+    if (event->type() == QEvent::EnabledChange && start->isEnabled() && before != nullptr) {
       // Later, since the other fields are enabled after the button.
       QMetaObject::invokeMethod(
           before, [this] { before->setFocus(); }, Qt::QueuedConnection);

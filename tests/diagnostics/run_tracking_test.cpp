@@ -71,5 +71,15 @@ TEST(RunTracking, CompletionWaitsForTheLastCommandAndRunsOnce) {
   }
 }
 
+TEST(RunTracking, ADisplayThatIsDueAfterTheRunIsGoneIsLeftOut) {
+  bool isLater = false;
+  {
+    MainController controller(support::application());
+    controller.updateProgress();
+  }
+  support::application().post([&] { isLater = true; });
+  support::turnUntil([&] { return isLater; });
+}
+
 }  // namespace
 }  // namespace app

@@ -45,6 +45,8 @@ TEST(Text, KnowsInvalidUtf8) {
     EXPECT_TRUE(isUtf8(toUtf8(bytes))) << bytes;
   }
   EXPECT_EQ(toUtf8("a\xFF b"), "a\xEF\xBF\xBD b");
+  // A byte order mark is a character like any other.
+  EXPECT_EQ(toUtf8("\xEF\xBB\xBF\xFF"), "\xEF\xBB\xBF\xEF\xBF\xBD");
 }
 
 TEST(Text, MeasuresInUtf16Units) {
@@ -142,6 +144,7 @@ TEST(Text, TrimsSpacesAndTabsButNoLineBreaks) {
   EXPECT_EQ(trimSpaces(" \nx\r\n "), "\nx\r\n");
   // Not of the category of spaces, invisible as it is.
   EXPECT_EQ(trimSpaces("\xE2\x80\x8B"), "\xE2\x80\x8B");
+  EXPECT_EQ(trimSpaces("\xEF\xBB\xBF x "), "\xEF\xBB\xBF x");
 }
 
 }  // namespace

@@ -362,6 +362,25 @@ TEST_F(WindowControl, StaysAliveWhileItsCommandsPrint) {
   EXPECT_EQ(shown(), succeeded);
 }
 
+TEST_F(WindowControl, GivesTheKeyboardBackToWhereItWas) {
+  open({succeed()});
+  find("ticket")->setFocus();
+  // Pressed without the keyboard going there, as by a screen reader.
+  find<QPushButton>("start")->click();
+  finish();
+  support::turnUntil([&] { return window->focusWidget() == find("ticket"); });
+}
+
+TEST_F(WindowControl, LeavesTheKeyboardWhereItIsWhenItWasNowhere) {
+  open({succeed()});
+  while (QWidget* focused = window->focusWidget()) {
+    focused->clearFocus();
+  }
+  find<QPushButton>("start")->click();
+  finish();
+  EXPECT_EQ(shown(), succeeded);
+}
+
 TEST_F(WindowControl, AsksItsCommandsToEndWhenItGoes) {
   open({succeed()});
   const support::TemporaryFolder started;

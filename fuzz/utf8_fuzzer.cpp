@@ -1,0 +1,100 @@
+// SPDX-FileCopyrightText: 2026 Halvik
+// SPDX-License-Identifier: Apache-2.0
+
+// Input: a byte N, N % 16 bytes that tell how far a text grows in each step, and the text, to be
+// unfolded. Property: what the program knows about a text, whole or growing, is what a decoder
+// knows that looks at one byte after the other.
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "fuzz/slow_utf8.h"
+#include "fuzz/support.h"
+#include "platform/text.h"
+
+namespace {
+
+constexpr char32_t replacement = 0xFFFD;
+
+std::vector<std::size_t> takeSteps(std::string_view& input) {
+  std::vector<std::size_t> steps;
+  if (input.empty()) {
+    return steps;
+  }
+  const std::size_t count = static_cast<unsigned char>(input[0]) % 16;
+  input.remove_prefix(1);
+  while (steps.size() < count && !input.empty()) {
+    steps.push_back(static_cast<unsigned char>(input[0]));
+    input.remove_prefix(1);
+  }
+  return steps;
+}
+
+void checkGrowth(std::string_view text, const std::vector<std::size_t>& steps) {
+  platform::Utf8Progress progress;
+  std::size_t size = 0;
+  for (const std::size_t step : steps) {
+    size = std::min(size + step, text.size());
+    const fuzz::ExactCopy grown(text.substr(0, size));
+    progress.advance(grown.view());
+    // It might have ended here.
+    platform::Utf8Progress ended = progress;
+    fuzz::check(ended.finish(grown.view()) == fuzz::decode(grown.view()).has_value(),
+                "a text that ends after some step is judged as at once");
+  }
+  fuzz::check(progress.finish(text) == fuzz::decode(text).has_value(),
+              "a text that grew is judged as at once");
+}
+
+std::u32string withoutReplacements(std::u32string characters) {
+  characters.erase(std::remove(characters.begin(), characters.end(), replacement),
+                   characters.end());
+  return characters;
+}
+
+void checkMended(std::string_view bytes) {
+  const std::string mended = platform::toUtf8(bytes);
+  const auto characters = fuzz::decode(mended);
+  fuzz::check(characters.has_value(), "what was made text is text");
+  fuzz::check(characters->find(replacement) != std::u32string::npos, "what was replaced shows");
+  fuzz::check(
+      withoutReplacements(*characters) == withoutReplacements(fuzz::decodeWhatIsWhole(bytes)),
+      "what is text among other bytes stays");
+}
+
+void checkMeasures(std::string_view text, const std::u32string& characters) {
+  std::size_t units = 0;
+  std::vector<bool> isInside(text.size() + 1, true);
+  std::size_t position = 0;
+  for (const char32_t character : characters) {
+    units += character > 0xFFFF ? 2 : 1;
+    isInside[position] = false;
+    position += fuzz::encode({&character, 1}).size();
+  }
+  isInside[position] = false;
+  fuzz::check(platform::utf16Length(text) == units, "a text has its length in UTF-16");
+  for (std::size_t i = 0; i <= text.size(); ++i) {
+    fuzz::check(platform::isInsideCharacter(text, i) == isInside[i],
+                "a cut is inside a character or not");
+  }
+}
+
+}  // namespace
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  std::string_view input = fuzz::asText(data, size);
+  const std::vector<std::size_t> steps = takeSteps(input);
+  const fuzz::ExactCopy copy(fuzz::unfold(input));
+  const std::string_view text = copy.view();
+  const auto characters = fuzz::decode(text);
+  fuzz::check(platform::isUtf8(text) == characters.has_value(), "a text is UTF-8 or not");
+  checkGrowth(text, steps);
+  if (characters) {
+    fuzz::check(platform::toUtf8(text) == text, "what is text stays as it is");
+    checkMeasures(text, *characters);
+  } else {
+    checkMended(text);
+  }
+  return 0;
+}
