@@ -208,8 +208,11 @@ class HttpConnection::Parts {
 
   void lose(QSslSocket* attempt, QAbstractSocket::SocketError error) {
     // That there is no address of one family tells nothing where there is one of the other.
-    if (reason.isEmpty() || error != QAbstractSocket::HostNotFoundError) {
-      reason = attempt->errorString();
+    const bool isUnknown = error == QAbstractSocket::HostNotFoundError;
+    if (reason.isEmpty() || !isUnknown) {
+      reason = isUnknown ? QStringLiteral("Host %1 not found")
+                               .arg(isServerToAsk(proxy, url) ? proxy.hostName() : url.host())
+                         : attempt->errorString();
     }
     drop(attempt);
     std::erase(attempts, attempt);
