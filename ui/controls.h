@@ -77,7 +77,8 @@ class RichTextView {
   virtual void setString(const std::string& text) = 0;
   virtual std::u16string string() const = 0;
   /// Makes the text in each of `ranges`, which are in the order of the text, a link to itself,
-  /// underlined and blue. Leaves one plain that is no URL, or longer than any that a browser takes.
+  /// underlined and blue. What is no URL stays plain, and so does what comes behind the first four
+  /// million units of links.
   virtual void addLinks(const std::vector<TextRange>& ranges) = 0;
   /// The colour of the whole text, links included.
   virtual void setTextColor(const Color& color) = 0;

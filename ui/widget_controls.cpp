@@ -14,8 +14,8 @@ namespace ui {
 namespace {
 
 constexpr int glideMs = 150;
-// A text full of addresses, each of which reaches to its end, would take seconds to make links of.
-constexpr std::size_t addressUnitsMax = 8192;
+// In a text full of addresses, of which each reaches to its end, links would take minutes to make.
+constexpr std::size_t linkedUnitsMax = 4UL << 20;
 
 // A bar counts in whole steps; a hundred of them for each unit let it glide.
 int toSteps(double value) {
@@ -111,15 +111,17 @@ std::u16string WidgetRichTextView::string() const {
 
 void WidgetRichTextView::addLinks(const std::vector<TextRange>& ranges) {
   const Batch batch(*view);
+  std::size_t linkedUnits = 0;
   for (const TextRange& range : ranges) {
+    linkedUnits += range.length;
+    if (linkedUnits > linkedUnitsMax) {
+      return;
+    }
     addLink(range);
   }
 }
 
 void WidgetRichTextView::addLink(const TextRange& range) {
-  if (range.length > addressUnitsMax) {
-    return;
-  }
   // The white space behind an address belongs to the range but not to the address.
   const QUrl url(cursorOver(*view, range).selectedText().trimmed(), QUrl::StrictMode);
   if (!url.isValid()) {
