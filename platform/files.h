@@ -41,7 +41,8 @@ std::string expandTilde(const std::string& path);
 
 /// The folder that this desktop shows as the user's Desktop, by default "Desktop" in the home
 /// folder; created if it is missing. Where none of these can be written to, a new private folder
-/// among the temporary files, which is still better than losing a report.
+/// among the temporary files, which is still better than losing a report. Where no folder can be
+/// made at all, one that is not there.
 std::string desktopFolder();
 
 }  // namespace platform
