@@ -134,14 +134,17 @@ void ChildProcess::spawn() {
     argv.push_back(const_cast<char*>(arg.c_str()));
   }
   argv.push_back(nullptr);
-  const EndingSignalsHeld untilItIsKnown;
-  const Spawned child =
-      platform::spawn(command.path.c_str(), argv.data(), output.writeEnd, error.writeEnd);
-  if (child.problem != 0) {
-    fail(child.problem);
+  Spawned child;
+  {
+    const EndingSignalsHeld untilItIsKnown;
+    child = platform::spawn(command.path.c_str(), argv.data(), output.writeEnd, error.writeEnd);
+    if (child.problem != 0) {
+      fail(child.problem);
+    }
+    pid = child.pid;
+    running.begin(pid);
   }
-  pid = child.pid;
-  running.begin(pid);
+  // The mask of signals is this one's to change.
   if (!end.watch(child.end, termination)) {
     fail(errno);
   }
