@@ -37,7 +37,7 @@ class OutputTest(HostileCommandTest):
             ended = self.run_stand_in(["-s", "-c"], [line], stdout=nowhere)
         self.assertEqual((ended.status, ended.stderr), (0, b""))
         used = int(re.search(r"(\d+) kB", peak.read_text())[1]) * 1024
-        self.assertLess(used, 1.1 * kept + (400 if "ASAN_OPTIONS" in os.environ else 96) * MEGABYTE)
+        self.assertLess(used, 1.1 * kept + (400 if support.is_sanitized() else 96) * MEGABYTE)
 
     def test_a_writer_that_never_ends_is_read_until_it_is_ended(self):
         """The others do not wait for it meanwhile."""

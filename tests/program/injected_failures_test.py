@@ -4,7 +4,6 @@
 """Whole runs in which one system call fails: some of those that scripts/inject_failures makes."""
 
 import importlib.util
-import pathlib
 import shutil
 import unittest
 
@@ -75,7 +74,7 @@ class JudgeTest(unittest.TestCase):
         self.assertEqual(run.verdict, failing_calls.WHOLE, run.detail)
 
 
-if b"__asan_init" in pathlib.Path(support.stand_in()).read_bytes():
+if support.is_sanitized():
     support.skip_file("the sanitizer makes calls of its own, and does not promise to survive that they fail")
 if not system_calls.is_permitted():
     support.skip_file("this machine permits no filter that asks about system calls")

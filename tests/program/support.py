@@ -147,6 +147,11 @@ def stand_in():
     return os.path.abspath(os.environ["HALVIK_STAND_IN"])
 
 
+def is_sanitized():
+    """Whether the program was built with sanitizers, which take memory, system calls and descriptors of their own."""
+    return b"__asan_init" in pathlib.Path(stand_in()).read_bytes()
+
+
 class Ended:
     """What a run of the program left: its status and both of its streams."""
 
