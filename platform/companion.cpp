@@ -15,13 +15,8 @@
 
 namespace platform {
 
-namespace {
-
-namespace fs = std::filesystem;
-
-}  // namespace
-
 std::string companionPath(const std::string& name) {
+  namespace fs = std::filesystem;
   const fs::path own = QFile::encodeName(QCoreApplication::applicationDirPath()).toStdString();
   const fs::path installed = (own / HALVIK_LIBEXEC_FROM_BIN / name).lexically_normal();
   std::error_code ignored;

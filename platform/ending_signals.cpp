@@ -52,7 +52,7 @@ void endBy(int signal) {
 
 extern "C" void clearUpAndEnd(int signal) {
   if (pthread_equal(pthread_self(), mainThread) == 0) {
-    // The system picks any thread, one of the HTTP library for example.
+    // The system picks any thread, one that looks up a name for example.
     pthread_kill(mainThread, signal);
     return;
   }

@@ -282,7 +282,6 @@ TEST_F(WindowControl, TakesAReplyAsItIs) {
   }
 }
 
-// Whatever may be made a link of.
 TEST_F(WindowControl, IsNotHeldUpByAReplyFullOfAddresses) {
   std::vector<std::string> texts;
   std::vector<support::HttpServer::Behaviour> replies;
