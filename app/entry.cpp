@@ -8,9 +8,9 @@
 
 #include "app/options.h"
 #include "platform/boundary.h"
-#include "platform/http_connection.h"
 #include "platform/log.h"
 #include "platform/process_setup.h"
+#include "platform/url.h"
 
 namespace app {
 
@@ -23,25 +23,29 @@ OptionTable programOptions() {
 
 // Returns only when the run is not to be headless.
 void maybeRunWithoutGUIAndExit(const OptionValues& values, int& argc, char** argv,
-                               const ControllerFactory& makeController) {
+                               const ControllerFactory& makeController, const Modes& modes) {
   if (!isSet(values, "silentSig")) {
     return;
   }
-  platform::Application application(argc, argv);
-  const std::unique_ptr<MainController> controller = makeController(application);
-  controller->initArgsWithSilent(isSet(values, "silentSig"), isSet(values, "consoleSig"),
-                                 isSet(values, "skvSig"), isSet(values, "noskvSig"),
-                                 isSet(values, "internetSig"));
+  const bool isConsole = isSet(values, "consoleSig");
+  const bool isInternet = isSet(values, "internetSig");
+  const std::string* outputFile = textOf(values, "outputSig");
+  const std::unique_ptr<platform::Application> application = modes.makeApplication(
+      argc, argv,
+      uploadsWithoutWindow(isInternet, isConsole, outputFile != nullptr && !outputFile->empty()));
+  const std::unique_ptr<MainController> controller = makeController(*application);
+  controller->initArgsWithSilent(isSet(values, "silentSig"), isConsole, isSet(values, "skvSig"),
+                                 isSet(values, "noskvSig"), isInternet);
   if (const std::string* domain = textOf(values, "domainSig")) {
     controller->setDomain(*domain);
   }
-  if (const std::string* path = textOf(values, "outputSig")) {
-    controller->setOutputFile(*path);
+  if (outputFile != nullptr) {
+    controller->setOutputFile(*outputFile);
   }
   controller->awakeFromNib();
   controller->runTests();
-  application.run();
-  application.exit(EXIT_SUCCESS);
+  application->run();
+  application->exit(EXIT_SUCCESS);
 }
 
 }  // namespace
@@ -60,8 +64,7 @@ bool handleGateKeeperArgument(int argc, const char* const* argv) {
   return false;
 }
 
-int runProgram(int argc, char** argv, const ControllerFactory& makeController,
-               const WindowedMode& runWindowed) {
+int runProgram(int argc, char** argv, const ControllerFactory& makeController, const Modes& modes) {
   int status = EXIT_SUCCESS;
   platform::setProcessName(argc > 0 ? argv[0] : "");
   platform::setUpProcess();
@@ -74,9 +77,9 @@ int runProgram(int argc, char** argv, const ControllerFactory& makeController,
       return;
     }
     if (!handleGateKeeperArgument(argc, argv)) {
-      maybeRunWithoutGUIAndExit(values, argc, argv, makeController);
+      maybeRunWithoutGUIAndExit(values, argc, argv, makeController, modes);
     }
-    status = runWindowed(argc, argv, makeController);
+    status = modes.runWindowed(argc, argv, makeController);
   });
   return status;
 }

@@ -1,28 +1,24 @@
 // SPDX-FileCopyrightText: 2026 Halvik
 // SPDX-License-Identifier: Apache-2.0
 
-// The program that users call. To open a window it goes on as another one: loading the toolkit's
-// widgets takes longer than all else that a run without a window does before its first command.
+// The program that users call, with the libraries of a run that prints its report or writes it to a
+// file.
 
-#include <cstdlib>
-#include <cstring>
-#include <string>
-
-#include "app/entry.h"
-#include "platform/companion.h"
-#include "platform/log.h"
+#include "app/companions.h"
+#include "platform/headless_application.h"
 
 namespace {
 
-int becomeWindow(int& argc, char** argv, const app::ControllerFactory& /*makeController*/) {
-  const int problem = platform::becomeCompanion("halvik-diagnostic-window", argc, argv);
-  platform::log(std::string("cannot open the window: ") + std::strerror(problem) +
-                "; the option -s runs without one");
-  return EXIT_FAILURE;
+std::unique_ptr<platform::Application> makeApplication(int& argc, char** argv, bool willUpload) {
+  if (willUpload) {
+    app::becomeUploader(argv);
+  }
+  return platform::makeHeadlessApplication(argc, argv);
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  return app::runProgram(argc, argv, app::makeMainController, becomeWindow);
+  return app::runProgram(argc, argv, app::makeMainController,
+                         {.makeApplication = makeApplication, .runWindowed = app::becomeWindow});
 }

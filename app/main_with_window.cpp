@@ -3,9 +3,11 @@
 
 // The program with its window.
 
-#include "app/entry.h"
+#include "app/toolkit_run.h"
 #include "app/windowed_run.h"
 
 int main(int argc, char** argv) {
-  return app::runProgram(argc, argv, app::makeMainController, app::runWindowed);
+  return app::runProgram(
+      argc, argv, app::makeMainController,
+      {.makeApplication = app::makeToolkitApplication, .runWindowed = app::runWindowed});
 }

@@ -5,12 +5,19 @@
 // environment, by one of:
 //   BENCH_COMMANDS  a file of shell command lines, each run by a shell of its own
 //   BENCH_LOGS      a folder, name ending in "/", whose files are read as the Skivra's logs are
-// With neither, it ends where the first command would be launched.
+// With neither, it ends where the first command would be launched. Like the program, it goes on as
+// another one to send its report; BENCH_UPLOAD is defined for that.
 
 #include <cstdlib>
 #include <fstream>
 
 #include "app/entry.h"
+#ifdef BENCH_UPLOAD
+#include "app/toolkit_run.h"
+#else
+#include "platform/companion.h"
+#include "platform/headless_application.h"
+#endif
 
 namespace {
 
@@ -49,6 +56,22 @@ class BenchController final : public app::MainController {
   bool isStarting = false;
 };
 
+#ifdef BENCH_UPLOAD
+constexpr auto makeApplication = app::makeToolkitApplication;
+#else
+std::unique_ptr<platform::Application> makeApplication(int& argc, char** argv, bool willUpload) {
+  if (willUpload) {
+    platform::becomeCompanion("bench_diagnostic_upload", argv);
+    std::exit(EXIT_FAILURE);
+  }
+  return platform::makeHeadlessApplication(argc, argv);
+}
+#endif
+
+int runWindowed(int& /*argc*/, char** /*argv*/, const app::ControllerFactory& /*makeController*/) {
+  return EXIT_FAILURE;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -56,5 +79,5 @@ int main(int argc, char** argv) {
     return std::make_unique<BenchController>(application);
   };
   return app::runProgram(argc, argv, makeController,
-                         [](int&, char**, const auto&) { return EXIT_FAILURE; });
+                         {.makeApplication = makeApplication, .runWindowed = runWindowed});
 }

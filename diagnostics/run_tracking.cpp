@@ -4,6 +4,7 @@
 // Progress and completion of a run.
 
 #include "app/main_controller.h"
+#include "app/options.h"
 #include "platform/standard_streams.h"
 #include "platform/text.h"
 
@@ -52,7 +53,7 @@ void MainController::handleAllTestsFinished() {
     writeToPath(*outputFile);
     platform::writeStandardOutput({"outputFile=", *outputFile, "\n"});
   }
-  if (isInternet || !isSilent || (!isConsole && !hasOutputFile)) {
+  if (!isSilent || uploadsWithoutWindow(isInternet, isConsole, hasOutputFile)) {
     submitResults();
   } else {
     application.exit(0);

@@ -1,16 +1,16 @@
 // SPDX-FileCopyrightText: 2026 Halvik
 // SPDX-License-Identifier: Apache-2.0
 
-// The main loop and the toolkit's application behind it. One per process; main thread only.
+// The main loop. One per process; main thread only.
 
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <memory>
 
 #include "platform/descriptor_set.h"
-
-class QCoreApplication;
+#include "platform/http_connection.h"
 
 namespace platform {
 
@@ -27,14 +27,12 @@ class ApplicationDelegate {
   ~ApplicationDelegate() = default;
 };
 
-/// Turns the main loop: tells watched descriptors, runs posted tasks, and lets the toolkit handle
-/// windows and HTTP.
+/// Turns the main loop: tells watched descriptors and runs posted tasks. An error that one of them
+/// lets out ends the process.
 class Application {
  public:
-  /// The application of a run without a window: no display is needed, looked for or shown on.
-  /// `argc` and `argv` must outlive it.
-  Application(int& argc, char** argv);
-  virtual ~Application();
+  Application() = default;
+  virtual ~Application() = default;
   Application(const Application&) = delete;
   Application& operator=(const Application&) = delete;
 
@@ -42,27 +40,26 @@ class Application {
   virtual void setDelegate(ApplicationDelegate& delegate);
 
   /// Turns the loop until the last window has been closed. Returns the exit status.
-  int run();
+  virtual int run() = 0;
 
   /// Waits for the next events, handles them, and returns.
-  void turn();
+  virtual void turn() = 0;
 
   /// Runs `task` in a later turn of the loop.
-  void post(std::function<void()> task);
+  virtual void post(std::function<void()> task) = 0;
+
+  /// What the loop watches for reading.
+  virtual DescriptorSet& descriptors() = 0;
+
+  /// Sends `request`; `delegate` is told of the reply in later turns of the loop. A request in
+  /// which nothing moves for `stallLimit` fails. A failure's reason is logged. Returns nothing for
+  /// an address that no request can go to: others than those of http and https, with a host.
+  virtual std::unique_ptr<HttpConnection> send(HttpRequest request,
+                                               HttpConnectionDelegate& delegate,
+                                               std::chrono::milliseconds stallLimit) = 0;
 
   /// Ends the process at once.
   [[noreturn]] void exit(int status);
-
-  /// What the loop watches for reading.
-  DescriptorSet& descriptors();
-
- protected:
-  /// With what `makeToolkit` makes as the toolkit's own application.
-  explicit Application(const std::function<std::unique_ptr<QCoreApplication>()>& makeToolkit);
-
- private:
-  class Parts;
-  std::unique_ptr<Parts> parts;
 };
 
 }  // namespace platform

@@ -9,11 +9,12 @@
 
 namespace platform {
 
-/// The path of the companion called `name`. To be asked while an Application exists.
+/// The path of the companion called `name`.
 std::string companionPath(const std::string& name);
 
-/// Goes on as the companion called `name`, with the same arguments, environment and process number.
-/// Returns only if that fails, with the error's number. To be called before an Application exists.
-int becomeCompanion(const std::string& name, int argc, char** argv);
+/// Goes on as the companion called `name`, with the arguments `argv`, the same environment and the
+/// same process number. Returns only if that fails, with the error's number. To be called before an
+/// Application exists.
+int becomeCompanion(const std::string& name, char* const* argv);
 
 }  // namespace platform

@@ -5,8 +5,6 @@
 
 #pragma once
 
-#include <memory>
-
 namespace platform {
 
 /// Told when its descriptor has something to read or has reached its end.
@@ -26,24 +24,18 @@ class DescriptorWatcher {
 /// is to be read.
 class DescriptorSet {
  public:
-  /// To be made when the toolkit's application exists. Throws std::system_error when the system has
-  /// no descriptor left.
-  DescriptorSet();
-  ~DescriptorSet();
+  DescriptorSet() = default;
+  virtual ~DescriptorSet() = default;
   DescriptorSet(const DescriptorSet&) = delete;
   DescriptorSet& operator=(const DescriptorSet&) = delete;
 
   /// Calls `watcher` again and again while `fd` is ready. Both must live until unwatch. Throws
   /// std::system_error.
-  void watch(int fd, DescriptorWatcher& watcher);
+  virtual void watch(int fd, DescriptorWatcher& watcher) = 0;
 
   /// Ends the watch; from here on `watcher` is not called, not even for what the running turn has
   /// already seen. Does nothing for what is not watched.
-  void unwatch(int fd, const DescriptorWatcher& watcher);
-
- private:
-  class Parts;
-  std::unique_ptr<Parts> parts;
+  virtual void unwatch(int fd, const DescriptorWatcher& watcher) = 0;
 };
 
 }  // namespace platform

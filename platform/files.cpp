@@ -3,8 +3,6 @@
 
 #include "platform/files.h"
 
-#include <QFile>
-#include <QStandardPaths>
 #include <pwd.h>
 #include <unistd.h>
 
@@ -15,6 +13,7 @@
 #include <system_error>
 
 #include "platform/creation_time.h"
+#include "platform/desktop_setting.h"
 #include "platform/log.h"
 
 namespace platform {
@@ -45,8 +44,7 @@ bool isFolder(const fs::path& path) {
 // What the desktop environment names, unless that is no place or the home folder, its way of saying
 // that there is none.
 fs::path namedDesktop(const fs::path& home) {
-  const QString named = QStandardPaths::writableLocation(QStandardPaths::DesktopLocation);
-  const fs::path folder = fs::path(QFile::encodeName(named).toStdString()).lexically_normal();
+  const fs::path folder = desktopSetting(home).lexically_normal();
   const fs::path homeItself = (home / "").lexically_normal();
   return folder.is_absolute() && folder / "" != homeItself ? folder : home / "Desktop";
 }

@@ -1,13 +1,10 @@
 // SPDX-FileCopyrightText: 2026 Halvik
 // SPDX-License-Identifier: Apache-2.0
 
-// One HTTP request and the events of its reply on the main loop. Sockets, TLS and proxies are the
-// toolkit's.
+// One HTTP request and the events of its reply on the main loop.
 
 #pragma once
 
-#include <chrono>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -26,12 +23,6 @@ struct HttpRequest {
 struct HttpResponse {
   int statusCode;
 };
-
-/// Whether `url` is one that a request can go to: http or https, with a host.
-bool isHttpUrl(const std::string& url);
-
-/// The host of `url`; empty when it has none.
-std::string hostOfUrl(const std::string& url);
 
 /// Told of a reply: at most one head at a time, then its data in pieces as they arrive, then
 /// exactly one end.
@@ -60,17 +51,10 @@ class HttpConnectionDelegate {
 /// further event.
 class HttpConnection {
  public:
-  /// Sends `request`; the events follow in later turns of the main loop, so an Application must
-  /// exist. A request in which nothing moves for `stallLimit` fails. A failure's reason is logged.
-  HttpConnection(HttpRequest request, HttpConnectionDelegate& delegate,
-                 std::chrono::milliseconds stallLimit);
-  ~HttpConnection();
+  HttpConnection() = default;
+  virtual ~HttpConnection() = default;
   HttpConnection(const HttpConnection&) = delete;
   HttpConnection& operator=(const HttpConnection&) = delete;
-
- private:
-  class Parts;
-  std::unique_ptr<Parts> parts;
 };
 
 }  // namespace platform

@@ -22,7 +22,7 @@ std::string join(const Pieces& pieces);
 /// are not.
 bool isUtf8(std::string_view bytes);
 
-/// `bytes` with every invalid sequence replaced by U+FFFD.
+/// `bytes` with every one that belongs to no valid character replaced by U+FFFD.
 std::string toUtf8(std::string_view bytes);
 
 /// The length of valid UTF-8 `text` in UTF-16 code units.

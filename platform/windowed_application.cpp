@@ -45,7 +45,7 @@ void showError(const char* reason) {
 }  // namespace
 
 WindowedApplication::WindowedApplication(int& argc, char** argv)
-    : Application([&argc, argv] { return std::make_unique<QApplication>(argc, argv); }),
+    : ToolkitApplication([&argc, argv] { return std::make_unique<QApplication>(argc, argv); }),
       ownDesktop(std::make_unique<ToolkitDesktop>()) {
   QGuiApplication::setQuitOnLastWindowClosed(false);
   QGuiApplication::setDesktopFileName(QStringLiteral("halvik-diagnostic"));

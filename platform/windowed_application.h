@@ -5,13 +5,13 @@
 
 #pragma once
 
-#include "platform/application.h"
 #include "platform/desktop.h"
+#include "platform/toolkit_application.h"
 
 namespace platform {
 
 /// An application that shows windows. An uncaught error is also told in a message box.
-class WindowedApplication final : public Application {
+class WindowedApplication final : public ToolkitApplication {
  public:
   /// `argc` and `argv` must outlive the application. Without a display to show a window on, it says
   /// so in the log and ends the process with status 1.

@@ -23,7 +23,7 @@ bool MainController::submitResults() {
   if (body.size() > static_cast<std::size_t>(maxPostSize)) {
     body = report::trimTailData(body, maxPostSize);
   }
-  http = std::make_unique<report::Http>(endpoints.submitUrl, body, *this, stallLimit);
+  http = std::make_unique<report::Http>(application, endpoints.submitUrl, body, *this, stallLimit);
   return true;
 }
 

@@ -18,35 +18,27 @@ constexpr int firstErrorStatus = 400;
 
 }  // namespace
 
-Http::Http(std::string url, std::string_view data, HttpProtocol& receiver,
-           std::chrono::milliseconds stallLimit)
+Http::Http(platform::Application& application, std::string url, std::string_view data,
+           HttpProtocol& receiver, std::chrono::milliseconds stallLimit)
     : serverURL(std::move(url)), delegate(receiver) {
-  upload(data, stallLimit);
+  upload(application, data, stallLimit);
 }
 
-void Http::upload(std::string_view data, std::chrono::milliseconds stallLimit) {
-  if (data.empty()) {
-    uploadSucceeded(false);
-    return;
+void Http::upload(platform::Application& application, std::string_view data,
+                  std::chrono::milliseconds stallLimit) {
+  if (!data.empty()) {
+    connection = application.send(postRequestWithURL(serverURL, boundary, data), *this, stallLimit);
   }
-  std::optional<platform::HttpRequest> request = postRequestWithURL(serverURL, boundary, data);
-  if (!request) {
+  if (!connection) {
     uploadSucceeded(false);
-    return;
   }
-  platform::HttpConnectionDelegate& events = *this;
-  connection = std::make_unique<platform::HttpConnection>(std::move(*request), events, stallLimit);
 }
 
-std::optional<platform::HttpRequest> Http::postRequestWithURL(const std::string& url,
-                                                              std::string_view boundry,
-                                                              std::string_view data) const {
-  if (!platform::isHttpUrl(url)) {
-    return std::nullopt;
-  }
-  return platform::HttpRequest{.url = url,
-                               .headers = {{"Content-Type", multipartContentType(boundry)}},
-                               .body = multipartBody(boundry, data)};
+platform::HttpRequest Http::postRequestWithURL(const std::string& url, std::string_view boundry,
+                                               std::string_view data) const {
+  return {.url = url,
+          .headers = {{"Content-Type", multipartContentType(boundry)}},
+          .body = multipartBody(boundry, data)};
 }
 
 void Http::uploadSucceeded(bool ok) {

@@ -12,7 +12,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/http_connection.h"
+#include "platform/application.h"
 
 namespace report {
 
@@ -42,10 +42,10 @@ class Http : private platform::HttpConnectionDelegate {
   static constexpr std::chrono::milliseconds usualStallLimit{60'000};
 
   /// Starts the upload of `data` to `url`. With no data, or with a URL that nothing can be sent to,
-  /// `receiver` is told before the constructor returns; otherwise later, from the main loop.
-  /// `receiver` must outlive the client.
-  Http(std::string url, std::string_view data, HttpProtocol& receiver,
-       std::chrono::milliseconds stallLimit = usualStallLimit);
+  /// `receiver` is told before the constructor returns; otherwise later, from the loop of
+  /// `application`. Both must outlive the client.
+  Http(platform::Application& application, std::string url, std::string_view data,
+       HttpProtocol& receiver, std::chrono::milliseconds stallLimit = usualStallLimit);
 
   /// Whether reply data has arrived and the status was below 400.
   bool didResponseSucceed() const { return responseDidSucceed; }
@@ -58,10 +58,10 @@ class Http : private platform::HttpConnectionDelegate {
   const std::optional<std::string>& reply() const { return replyText; }
 
  private:
-  void upload(std::string_view data, std::chrono::milliseconds stallLimit);
-  std::optional<platform::HttpRequest> postRequestWithURL(const std::string& url,
-                                                          std::string_view boundry,
-                                                          std::string_view data) const;
+  void upload(platform::Application& application, std::string_view data,
+              std::chrono::milliseconds stallLimit);
+  platform::HttpRequest postRequestWithURL(const std::string& url, std::string_view boundry,
+                                           std::string_view data) const;
   void uploadSucceeded(bool ok);
 
   void connectionDidReceiveResponse(const platform::HttpResponse& response) override;

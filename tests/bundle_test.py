@@ -20,7 +20,8 @@ PROJECT = """
 cmake_minimum_required(VERSION 3.25)
 {settings}
 add_executable(halvik-diagnostic main.cpp)
-add_executable(halvik-diagnostic-window main.cpp)
+add_executable(halvik-diagnostic-upload main.cpp)
+set(halvik_companions halvik-diagnostic-upload)
 include("{root}/cmake/macos_bundle.cmake")
 """
 PRETENCE = ["-D", "CMAKE_SYSTEM_NAME=Darwin", "-D", "CMAKE_CXX_COMPILER_FORCED=ON"]

@@ -32,7 +32,7 @@ ONLY_ON_LINUX = re.compile(
 def floor(name):
     if name.startswith("platform/"):
         return 0
-    if name.startswith(("app/main.", "app/main_with_window.", "app/entry.", "app/windowed_run.")):
+    if name.startswith(("app/main.", "app/main_with_", "app/companions.", "app/entry.", "app/windowed_run.")):
         return 4
     if name in CONTROLLER_SUBJECTS:
         return 3

@@ -23,6 +23,7 @@ LIBRARIES = "usr/lib/*/qt6/plugins"
 
 FILES = """
 usr/bin/halvik-diagnostic
+usr/libexec/halvik-diagnostic/halvik-diagnostic-upload
 usr/libexec/halvik-diagnostic/halvik-diagnostic-window
 usr/libexec/halvik-diagnostic/scutil
 usr/libexec/halvik-diagnostic/system_profiler
@@ -171,6 +172,10 @@ class Hardening(unittest.TestCase):
         self.assertNotIn(".symtab", self.read("--sections"))
         program = (folder / "tree" / self.path).read_bytes()
         self.assertNotIn(os.fsencode(project.ROOT), program)
+
+
+class HardeningOfTheUpload(Hardening):
+    path = "usr/libexec/halvik-diagnostic/halvik-diagnostic-upload"
 
 
 class HardeningOfTheWindow(Hardening):

@@ -3,8 +3,6 @@
 
 #include "ui/links.h"
 
-#include <QChar>
-
 #include <algorithm>
 
 namespace ui {
@@ -14,8 +12,15 @@ namespace {
 constexpr std::u16string_view secure = u"https://";
 constexpr std::u16string_view plain = u"http://";
 
+// What lies beyond ASCII: the next line, the spaces of Unicode, and its separators of lines and
+// paragraphs.
+constexpr std::u16string_view whiteSpaceBeyondAscii =
+    u"\u0085\u00A0\u1680\u2000\u2001\u2002\u2003\u2004\u2005\u2006\u2007\u2008\u2009\u200A"
+    u"\u2028\u2029\u202F\u205F\u3000";
+
 bool isWhiteSpaceOrNewline(char16_t unit) {
-  return QChar(unit).isSpace();
+  return unit < 0x80 ? unit == u' ' || (unit >= u'\t' && unit <= u'\r')
+                     : whiteSpaceBeyondAscii.find(unit) != std::u16string_view::npos;
 }
 
 // The first white space from `start` on, or the end of the text.

@@ -7,8 +7,6 @@
 
 #include <array>
 
-#include "platform/http_connection.h"
-
 namespace diagnostics {
 namespace {
 
@@ -30,7 +28,6 @@ TEST(Endpoints, ReportsGoToASecureAddress) {
   const std::string& url = builtInEndpoints().submitUrl;
   EXPECT_TRUE(url.starts_with("https://"));
   EXPECT_TRUE(url.ends_with("/diagnosticsubmit"));
-  EXPECT_TRUE(platform::isHttpUrl(url));
 }
 
 }  // namespace

@@ -1,17 +1,19 @@
 # SPDX-FileCopyrightText: 2026 Halvik
 # SPDX-License-Identifier: Apache-2.0
 
-"""A run without a window loads none of the window's libraries: the program goes on as its companion to open one."""
+"""The program has the libraries of the lightest run only: it goes on as a companion to send its report or open a window."""
 
 import os
 import pathlib
 import resource
 import shutil
 import subprocess
+import unittest
 
 import support
 
-COMPANION = "halvik-diagnostic-window"
+WINDOW = "halvik-diagnostic-window"
+UPLOAD = "halvik-diagnostic-upload"
 SCRIPT = """#!/bin/sh
 echo "$$ $0"
 ulimit -S -n
@@ -26,9 +28,9 @@ class CompanionTest(support.ProgramTest):
         self.program.parent.mkdir()
         shutil.copy(support.program(), self.program)
 
-    def place(self, folder):
-        """Puts a script in the companion's place, below the folder of the program."""
-        path = self.program.parent / folder / COMPANION
+    def place(self, folder, name=WINDOW):
+        """Puts a script in the place of a companion, below the folder of the program."""
+        path = self.program.parent / folder / name
         path.parent.mkdir(parents=True, exist_ok=True)
         path.write_text(SCRIPT)
         path.chmod(0o755)
@@ -38,10 +40,12 @@ class CompanionTest(support.ProgramTest):
         return self.finish(self.start(str(self.program), options, **others))
 
     def test_is_the_same_process_with_the_same_arguments(self):
-        path = self.place("libexec")
-        process = self.start(str(self.program), ["--skv", "-d=a b"])
-        lines = self.finish(process).stdout.decode().splitlines()
-        self.assertEqual((lines[0], lines[2]), (f"{process.pid} {path}", "<--skv><-d=a b>"))
+        for name, options in ((WINDOW, ["--skv", "-d=a b"]), (UPLOAD, ["-s", "-d=a b"])):
+            path = self.place("libexec", name)
+            process = self.start(str(self.program), options)
+            lines = self.finish(process).stdout.decode().splitlines()
+            arguments = "".join(f"<{option}>" for option in options)
+            self.assertEqual((lines[0], lines[2]), (f"{process.pid} {path}", arguments))
 
     def test_has_the_limit_on_descriptors_that_the_program_was_started_with(self):
         self.place("libexec")
@@ -53,7 +57,16 @@ class CompanionTest(support.ProgramTest):
             path = self.place(folder)
             self.assertIn(str(path).encode(), self.ended().stdout.splitlines()[0])
 
-    def test_that_is_missing_or_cannot_be_run_is_named(self):
+    @support.needs_namespaces
+    @unittest.skipUnless(support.PLATFORM == "linux", "what the toolkit does is its own matter")
+    def test_is_found_without_proc_and_through_a_link(self):
+        path = self.place("libexec")
+        (self.folder / "link").symlink_to(self.program)
+        script = f"mount -t tmpfs none /proc && exec {self.folder}/link"
+        output = subprocess.run(["unshare", "--mount", "sh", "-c", script], check=True, capture_output=True, text=True)
+        self.assertIn(str(path), output.stdout.splitlines()[0])
+
+    def test_of_the_window_that_is_missing_or_cannot_be_run_is_named(self):
         self.assertEqual(self.ended().messages,
                          ["cannot open the window: No such file or directory; the option -s runs without one"])
         self.place("libexec").chmod(0o644)
@@ -61,12 +74,28 @@ class CompanionTest(support.ProgramTest):
         self.assertEqual(ended.messages, ["cannot open the window: Permission denied; the option -s runs without one"])
         self.assertEqual((ended.status, ended.stdout), (1, b""))
 
-    def test_no_run_without_a_window_needs_it(self):
+    def test_of_the_upload_that_is_missing_is_named(self):
+        ended = self.ended("-s")
+        self.assertEqual(ended.messages, ["cannot upload: No such file or directory; "
+                                          "the options -c and -o= deliver the report without it"])
+        self.assertEqual((ended.status, ended.stdout), (1, b""))
+
+    def test_that_sends_is_asked_for_what_is_to_be_sent_only(self):
+        self.place("libexec", UPLOAD)
+        for options in (["-s"], ["-s", "-i"], ["-s", "-c", "-i"], ["-s", "-o=x", "-i"], ["-s", "-o="], ["-s", "-o"]):
+            with self.subTest(options):
+                self.assertIn(UPLOAD.encode(), self.ended(*options).stdout)
+
+    def test_no_run_that_neither_sends_nor_shows_anything_needs_one(self):
         self.assertEqual(self.ended("-h").status, 0)
-        loaded = subprocess.run(["ldd", support.program()], check=True, capture_output=True, text=True).stdout
-        self.assertIn("libQt6Network", loaded)
+        program = pathlib.Path(support.program())
+        of_program, of_upload = (subprocess.run(["ldd", path], check=True, capture_output=True, text=True).stdout
+                                 for path in (program, program.parent / "libexec" / UPLOAD))
+        if support.PLATFORM == "linux":
+            self.assertNotIn("libQt6", of_program)
+        self.assertIn("libQt6Network", of_upload)
         for name in ("libQt6Gui", "libQt6Widgets", "libX11", "libGL"):
-            self.assertNotIn(name, loaded)
+            self.assertNotIn(name, of_program + of_upload)
 
     def test_keeps_the_name_of_the_program(self):
         process = self.start(support.program(), [], env={"QT_QPA_PLATFORM": "offscreen"})
@@ -74,7 +103,7 @@ class CompanionTest(support.ProgramTest):
 
         # In the middle of the change it has no command line at all.
         def has_changed():
-            return (facts / "exe").readlink().name == COMPANION and (facts / "cmdline").read_bytes()
+            return (facts / "exe").readlink().name == WINDOW and (facts / "cmdline").read_bytes()
 
         support.wait_until(lambda: process.poll() is not None or has_changed(), "the program has become its companion")
         self.assertEqual((facts / "cmdline").read_bytes().split(b"\0")[0], os.fsencode(support.program()))

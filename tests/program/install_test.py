@@ -10,6 +10,7 @@ import support
 
 FILES = """
 bin/halvik-diagnostic
+libexec/halvik-diagnostic/halvik-diagnostic-upload
 libexec/halvik-diagnostic/halvik-diagnostic-window
 libexec/halvik-diagnostic/scutil
 libexec/halvik-diagnostic/system_profiler

@@ -13,8 +13,9 @@
 #include <cstdlib>
 #include <fstream>
 
-#include "app/entry.h"
+#include "app/toolkit_run.h"
 #include "app/windowed_run.h"
+#include "platform/headless_application.h"
 
 namespace {
 
@@ -60,8 +61,15 @@ std::unique_ptr<app::MainController> makeController(platform::Application& appli
   return std::make_unique<StandInController>(application);
 }
 
+// With the application that the program has for the run; only the libraries are not the same.
+std::unique_ptr<platform::Application> makeApplication(int& argc, char** argv, bool willUpload) {
+  return willUpload ? app::makeToolkitApplication(argc, argv, willUpload)
+                    : platform::makeHeadlessApplication(argc, argv);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
-  return app::runProgram(argc, argv, makeController, app::runWindowed);
+  return app::runProgram(argc, argv, makeController,
+                         {.makeApplication = makeApplication, .runWindowed = app::runWindowed});
 }

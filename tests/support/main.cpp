@@ -10,6 +10,7 @@
 
 #include "platform/log.h"
 #include "platform/process_setup.h"
+#include "platform/toolkit_application.h"
 #include "platform/windowed_application.h"
 #include "support/application.h"
 
@@ -18,7 +19,7 @@ namespace {
 #ifdef HALVIK_TESTS_WITH_WINDOWS
 using TestedApplication = platform::WindowedApplication;
 #else
-using TestedApplication = platform::Application;
+using TestedApplication = platform::ToolkitApplication;
 #endif
 
 TestedApplication* theApplication = nullptr;

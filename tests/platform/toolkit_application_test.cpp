@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 Halvik
 // SPDX-License-Identifier: Apache-2.0
 
-#include "platform/application.h"
+#include "platform/toolkit_application.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>

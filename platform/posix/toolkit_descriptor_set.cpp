@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 Halvik
 // SPDX-License-Identifier: Apache-2.0
 
-#include "platform/descriptor_set.h"
+#include "platform/toolkit_descriptor_set.h"
 
 #include <QSocketNotifier>
 #include <fcntl.h>
@@ -14,10 +14,12 @@
 
 namespace platform {
 
+namespace {
+
 // One notifier a descriptor. A turn of the loop calls each watcher once at most.
-class DescriptorSet::Parts {
+class ToolkitDescriptorSet final : public DescriptorSet {
  public:
-  void watch(int fd, DescriptorWatcher& watcher) {
+  void watch(int fd, DescriptorWatcher& watcher) override {
     if (fcntl(fd, F_GETFD) < 0) {
       throw std::system_error(errno, std::generic_category(), "cannot watch a descriptor");
     }
@@ -27,7 +29,7 @@ class DescriptorSet::Parts {
     notifiers[fd] = notifier;
   }
 
-  void unwatch(int fd) {
+  void unwatch(int fd, const DescriptorWatcher& /*watcher*/) override {
     const auto known = notifiers.find(fd);
     if (known != notifiers.end()) {
       // It may be the one whose event is under way.
@@ -42,16 +44,10 @@ class DescriptorSet::Parts {
   std::unordered_map<int, QSocketNotifier*> notifiers;
 };
 
-DescriptorSet::DescriptorSet() : parts(std::make_unique<Parts>()) {}
+}  // namespace
 
-DescriptorSet::~DescriptorSet() = default;
-
-void DescriptorSet::watch(int fd, DescriptorWatcher& watcher) {
-  parts->watch(fd, watcher);
-}
-
-void DescriptorSet::unwatch(int fd, const DescriptorWatcher& /*watcher*/) {
-  parts->unwatch(fd);
+std::unique_ptr<DescriptorSet> makeToolkitDescriptorSet() {
+  return std::make_unique<ToolkitDescriptorSet>();
 }
 
 }  // namespace platform

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 Halvik
 // SPDX-License-Identifier: Apache-2.0
 
-#include "platform/http_connection.h"
+#include "platform/toolkit_http_connection.h"
 
 #include <QNetworkProxyFactory>
 #include <QSslSocket>
@@ -134,11 +134,10 @@ class TimeLimit {
   int passed = 0;
 };
 
-}  // namespace
-
-class HttpConnection::Parts {
+class ToolkitHttpConnection final : public HttpConnection {
  public:
-  Parts(HttpRequest sent, HttpConnectionDelegate& receiver, std::chrono::milliseconds limit)
+  ToolkitHttpConnection(HttpRequest sent, HttpConnectionDelegate& receiver,
+                        std::chrono::milliseconds limit)
       : request(std::move(sent)),
         delegate(receiver),
         stall(limit, [this] { fail("nothing has moved for too long"); }),
@@ -152,9 +151,7 @@ class HttpConnection::Parts {
         &context, [this] { enter([this] { begin(toUrl(request.url), true); }); },
         Qt::QueuedConnection);
   }
-  ~Parts() { close(); }
-  Parts(const Parts&) = delete;
-  Parts& operator=(const Parts&) = delete;
+  ~ToolkitHttpConnection() override { close(); }
 
  private:
   void begin(const QUrl& next, bool asPost) {
@@ -433,18 +430,14 @@ class HttpConnection::Parts {
   QObject context;
 };
 
-bool isHttpUrl(const std::string& url) {
-  return isHttp(toUrl(url));
+}  // namespace
+
+std::unique_ptr<HttpConnection> sendByToolkit(HttpRequest request, HttpConnectionDelegate& delegate,
+                                              std::chrono::milliseconds stallLimit) {
+  if (!isHttp(toUrl(request.url))) {
+    return nullptr;
+  }
+  return std::make_unique<ToolkitHttpConnection>(std::move(request), delegate, stallLimit);
 }
-
-std::string hostOfUrl(const std::string& url) {
-  return toUrl(url).host().toStdString();
-}
-
-HttpConnection::HttpConnection(HttpRequest request, HttpConnectionDelegate& delegate,
-                               std::chrono::milliseconds stallLimit)
-    : parts(std::make_unique<Parts>(std::move(request), delegate, stallLimit)) {}
-
-HttpConnection::~HttpConnection() = default;
 
 }  // namespace platform

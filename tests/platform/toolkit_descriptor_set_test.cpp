@@ -1,41 +1,23 @@
 // SPDX-FileCopyrightText: 2026 Halvik
 // SPDX-License-Identifier: Apache-2.0
 
-#include "platform/descriptor_set.h"
+#include "platform/toolkit_descriptor_set.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include <array>
-#include <functional>
+#include <algorithm>
 #include <memory>
 #include <system_error>
 #include <vector>
 
 #include "support/application.h"
+#include "support/pipe_watcher.h"
 
 namespace platform {
 namespace {
 
-struct Watcher final : DescriptorWatcher {
-  Watcher() { EXPECT_EQ(pipe(ends.data()), 0); }
-  ~Watcher() {
-    close(ends[0]);
-    close(ends[1]);
-  }
-  void descriptorReady() override {
-    ++calls;
-    if (then) {
-      then();
-    }
-  }
-  int fd() const { return ends[0]; }
-  void makeReady() const { EXPECT_EQ(write(ends[1], "x", 1), 1); }
-
-  std::array<int, 2> ends{};
-  int calls = 0;
-  std::function<void()> then;
-};
+using Watcher = support::PipeWatcher;
 
 // Long enough for a watcher to be called that must not be.
 void turnSomeTimes() {
@@ -46,39 +28,39 @@ void turnSomeTimes() {
 }
 
 TEST(DescriptorSet, CallsWhoIsReady) {
-  DescriptorSet set;
+  const std::unique_ptr<DescriptorSet> set = makeToolkitDescriptorSet();
   Watcher ready;
   Watcher idle;
-  set.watch(ready.fd(), ready);
-  set.watch(idle.fd(), idle);
+  set->watch(ready.fd(), ready);
+  set->watch(idle.fd(), idle);
   turnSomeTimes();
   EXPECT_EQ(ready.calls, 0);
   ready.makeReady();
   support::turnUntil([&] { return ready.calls >= 2; });
   EXPECT_EQ(idle.calls, 0);
-  set.unwatch(ready.fd(), ready);
-  set.unwatch(idle.fd(), idle);
+  set->unwatch(ready.fd(), ready);
+  set->unwatch(idle.fd(), idle);
 }
 
 TEST(DescriptorSet, CallsWhoseWriterHasGone) {
-  DescriptorSet set;
+  const std::unique_ptr<DescriptorSet> set = makeToolkitDescriptorSet();
   Watcher watcher;
-  set.watch(watcher.fd(), watcher);
+  set->watch(watcher.fd(), watcher);
   close(std::exchange(watcher.ends[1], -1));
   support::turnUntil([&] { return watcher.calls > 0; });
-  set.unwatch(watcher.fd(), watcher);
+  set->unwatch(watcher.fd(), watcher);
 }
 
 TEST(DescriptorSet, DoesNotCallWhoHasLeftInTheSameTurn) {
-  DescriptorSet set;
+  const std::unique_ptr<DescriptorSet> set = makeToolkitDescriptorSet();
   Watcher first;
   Watcher second;
   for (Watcher* watcher : {&first, &second}) {
-    set.watch(watcher->fd(), *watcher);
+    set->watch(watcher->fd(), *watcher);
     watcher->makeReady();
     watcher->then = [&] {
-      set.unwatch(first.fd(), first);
-      set.unwatch(second.fd(), second);
+      set->unwatch(first.fd(), first);
+      set->unwatch(second.fd(), second);
     };
   }
   support::turnUntil([&] { return first.calls + second.calls > 0; });
@@ -87,20 +69,20 @@ TEST(DescriptorSet, DoesNotCallWhoHasLeftInTheSameTurn) {
 }
 
 TEST(DescriptorSet, WatchesAnotherUnderANumberThatWasWatchedBefore) {
-  DescriptorSet set;
+  const std::unique_ptr<DescriptorSet> set = makeToolkitDescriptorSet();
   Watcher before;
-  set.watch(before.fd(), before);
-  set.unwatch(before.fd(), before);
+  set->watch(before.fd(), before);
+  set->unwatch(before.fd(), before);
   Watcher after;
   before.makeReady();
-  set.watch(before.fd(), after);
+  set->watch(before.fd(), after);
   support::turnUntil([&] { return after.calls > 0; });
   EXPECT_EQ(before.calls, 0);
-  set.unwatch(before.fd(), after);
+  set->unwatch(before.fd(), after);
 }
 
 TEST(DescriptorSet, GivesEachOfManyItsTurnAndTheWindowItsOwn) {
-  DescriptorSet set;
+  const std::unique_ptr<DescriptorSet> set = makeToolkitDescriptorSet();
   std::vector<std::unique_ptr<Watcher>> watchers;
   int callsBeforeTask = -1;
   int calls = 0;
@@ -108,7 +90,7 @@ TEST(DescriptorSet, GivesEachOfManyItsTurnAndTheWindowItsOwn) {
     watchers.push_back(std::make_unique<Watcher>());
     watchers.back()->then = [&] { ++calls; };
     watchers.back()->makeReady();
-    set.watch(watchers.back()->fd(), *watchers.back());
+    set->watch(watchers.back()->fd(), *watchers.back());
   }
   support::application().post([&] { callsBeforeTask = calls; });
   support::turnUntil([&] {
@@ -118,20 +100,20 @@ TEST(DescriptorSet, GivesEachOfManyItsTurnAndTheWindowItsOwn) {
   EXPECT_GE(callsBeforeTask, 0);
   EXPECT_LE(callsBeforeTask, 200);
   for (const auto& watcher : watchers) {
-    set.unwatch(watcher->fd(), *watcher);
+    set->unwatch(watcher->fd(), *watcher);
   }
 }
 
 TEST(DescriptorSet, RefusesWhatCannotBeWatched) {
-  DescriptorSet set;
+  const std::unique_ptr<DescriptorSet> set = makeToolkitDescriptorSet();
   Watcher watcher;
-  EXPECT_THROW(set.watch(-1, watcher), std::system_error);
+  EXPECT_THROW(set->watch(-1, watcher), std::system_error);
 }
 
 TEST(DescriptorSet, LetsGoOfWhatWasNeverWatched) {
-  DescriptorSet set;
+  const std::unique_ptr<DescriptorSet> set = makeToolkitDescriptorSet();
   const Watcher watcher;
-  set.unwatch(watcher.fd(), watcher);
+  set->unwatch(watcher.fd(), watcher);
 }
 
 }  // namespace

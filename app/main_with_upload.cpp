@@ -1,0 +1,13 @@
+// SPDX-FileCopyrightText: 2026 Halvik
+// SPDX-License-Identifier: Apache-2.0
+
+// The program with all that sends a report.
+
+#include "app/companions.h"
+#include "app/toolkit_run.h"
+
+int main(int argc, char** argv) {
+  return app::runProgram(
+      argc, argv, app::makeMainController,
+      {.makeApplication = app::makeToolkitApplication, .runWindowed = app::becomeWindow});
+}

@@ -1,0 +1,24 @@
+// SPDX-FileCopyrightText: 2026 Halvik
+// SPDX-License-Identifier: Apache-2.0
+
+#include "platform/executable.h"
+
+#include <sys/auxv.h>
+
+#include <system_error>
+
+namespace platform {
+
+namespace fs = std::filesystem;
+
+fs::path executableFolder() {
+  std::error_code failed;
+  fs::path own = fs::read_symlink("/proc/self/exe", failed);
+  if (failed) {
+    // As it was started, which is all that is known where /proc is missing.
+    own = fs::canonical(reinterpret_cast<const char*>(getauxval(AT_EXECFN)), failed);
+  }
+  return own.parent_path();
+}
+
+}  // namespace platform

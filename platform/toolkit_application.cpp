@@ -1,0 +1,74 @@
+// SPDX-FileCopyrightText: 2026 Halvik
+// SPDX-License-Identifier: Apache-2.0
+
+#include "platform/toolkit_application.h"
+
+#include <QCoreApplication>
+
+#include <cstdlib>
+#include <utility>
+
+#include "platform/boundary.h"
+#include "platform/log.h"
+#include "platform/toolkit_descriptor_set.h"
+#include "platform/toolkit_http_connection.h"
+
+namespace platform {
+
+namespace {
+
+// The toolkit's own remarks go where ours go. Its fatal ones come when it finds no display: an
+// abort would look like a defect of the program, and its advice to reinstall would help nobody.
+void logToolkitMessage(QtMsgType type, const QMessageLogContext& /*context*/,
+                       const QString& message) {
+  const bool isAboutLocale = message.startsWith(QLatin1String("Detected locale"));
+  if (type == QtDebugMsg || type == QtInfoMsg || isAboutLocale) {
+    return;
+  }
+  const bool isAboutDisplay = message.startsWith(QLatin1String("This application failed to start"));
+  log(isAboutDisplay ? "there is no display to open the window on; the option -s runs without one"
+                     : message.toStdString());
+  if (type == QtFatalMsg) {
+    std::_Exit(EXIT_FAILURE);
+  }
+}
+
+}  // namespace
+
+ToolkitApplication::ToolkitApplication(int& argc, char** argv)
+    : ToolkitApplication([&argc, argv] { return std::make_unique<QCoreApplication>(argc, argv); }) {
+}
+
+ToolkitApplication::ToolkitApplication(
+    const std::function<std::unique_ptr<QCoreApplication>()>& makeToolkit) {
+  qInstallMessageHandler(logToolkitMessage);
+  toolkit = makeToolkit();
+  watched = makeToolkitDescriptorSet();
+}
+
+ToolkitApplication::~ToolkitApplication() = default;
+
+int ToolkitApplication::run() {
+  return QCoreApplication::exec();
+}
+
+void ToolkitApplication::turn() {
+  QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+}
+
+void ToolkitApplication::post(std::function<void()> task) {
+  QMetaObject::invokeMethod(
+      toolkit.get(), [task = std::move(task)] { enter(task); }, Qt::QueuedConnection);
+}
+
+DescriptorSet& ToolkitApplication::descriptors() {
+  return *watched;
+}
+
+std::unique_ptr<HttpConnection> ToolkitApplication::send(HttpRequest request,
+                                                         HttpConnectionDelegate& delegate,
+                                                         std::chrono::milliseconds stallLimit) {
+  return sendByToolkit(std::move(request), delegate, stallLimit);
+}
+
+}  // namespace platform

@@ -1,0 +1,38 @@
+// SPDX-FileCopyrightText: 2026 Halvik
+// SPDX-License-Identifier: Apache-2.0
+
+// The application with the toolkit's main loop.
+
+#pragma once
+
+#include "platform/application.h"
+
+class QCoreApplication;
+
+namespace platform {
+
+/// An application that can do all but show windows: no display is needed, looked for or shown on.
+class ToolkitApplication : public Application {
+ public:
+  /// `argc` and `argv` must outlive it.
+  ToolkitApplication(int& argc, char** argv);
+  ~ToolkitApplication() override;
+
+  int run() override;
+  void turn() override;
+  void post(std::function<void()> task) override;
+  DescriptorSet& descriptors() override;
+  std::unique_ptr<HttpConnection> send(HttpRequest request, HttpConnectionDelegate& delegate,
+                                       std::chrono::milliseconds stallLimit) override;
+
+ protected:
+  /// With what `makeToolkit` makes as the toolkit's own application.
+  explicit ToolkitApplication(
+      const std::function<std::unique_ptr<QCoreApplication>()>& makeToolkit);
+
+ private:
+  std::unique_ptr<QCoreApplication> toolkit;
+  std::unique_ptr<DescriptorSet> watched;
+};
+
+}  // namespace platform
