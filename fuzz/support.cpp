@@ -11,9 +11,6 @@ namespace fuzz {
 
 namespace {
 
-// Enough for any block, and little enough for thousands of inputs a second.
-constexpr std::size_t unfoldedBytesMax = 1UL << 15;
-
 std::size_t characterBytes(char first) {
   const auto byte = static_cast<unsigned char>(first);
   return byte < 0xC0U ? 1 : byte < 0xE0U ? 2 : byte < 0xF0U ? 3 : 4;
@@ -36,9 +33,9 @@ std::string_view Fields::next() {
   return field;
 }
 
-std::string unfold(std::string_view input) {
+std::string unfold(std::string_view input, std::size_t bytesMax) {
   std::string text;
-  while (!input.empty() && text.size() < unfoldedBytesMax) {
+  while (!input.empty() && text.size() < bytesMax) {
     std::size_t copies = 1;
     if (input[0] == '\1' && input.size() > 2) {
       copies = static_cast<unsigned char>(input[1]);
@@ -51,6 +48,20 @@ std::string unfold(std::string_view input) {
     input.remove_prefix(character.size());
   }
   return text;
+}
+
+std::vector<std::size_t> takeSteps(std::string_view& input) {
+  std::vector<std::size_t> steps;
+  if (input.empty()) {
+    return steps;
+  }
+  const std::size_t count = static_cast<unsigned char>(input[0]) % 16;
+  input.remove_prefix(1);
+  while (steps.size() < count && !input.empty()) {
+    steps.push_back(static_cast<unsigned char>(input[0]));
+    input.remove_prefix(1);
+  }
+  return steps;
 }
 
 ExactCopy::ExactCopy(std::string_view text)

@@ -10,6 +10,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
@@ -38,8 +39,13 @@ class Fields {
 
 /// `input` with every byte 1 that is followed by a byte N and a character replaced by N copies of
 /// the character: a few bytes make a text longer than any block in which the program looks at
-/// texts. "\1--" is the separator of the report.
-std::string unfold(std::string_view input);
+/// texts. "\1--" is the separator of the report. It ends soon after `bytesMax` bytes: enough for
+/// any such block, and little enough for thousands of inputs a second.
+std::string unfold(std::string_view input, std::size_t bytesMax = 32UL * 1024);
+
+/// Takes a byte N and N % 16 more bytes off `input`: how far something that arrives bit by bit has
+/// grown in each step.
+std::vector<std::size_t> takeSteps(std::string_view& input);
 
 /// A copy with nothing behind it, so that a byte read beyond the end is found.
 class ExactCopy {

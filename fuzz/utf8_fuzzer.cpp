@@ -17,20 +17,6 @@ namespace {
 
 constexpr char32_t replacement = 0xFFFD;
 
-std::vector<std::size_t> takeSteps(std::string_view& input) {
-  std::vector<std::size_t> steps;
-  if (input.empty()) {
-    return steps;
-  }
-  const std::size_t count = static_cast<unsigned char>(input[0]) % 16;
-  input.remove_prefix(1);
-  while (steps.size() < count && !input.empty()) {
-    steps.push_back(static_cast<unsigned char>(input[0]));
-    input.remove_prefix(1);
-  }
-  return steps;
-}
-
 void checkGrowth(std::string_view text, const std::vector<std::size_t>& steps) {
   platform::Utf8Progress progress;
   std::size_t size = 0;
@@ -84,7 +70,7 @@ void checkMeasures(std::string_view text, const std::u32string& characters) {
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   std::string_view input = fuzz::asText(data, size);
-  const std::vector<std::size_t> steps = takeSteps(input);
+  const std::vector<std::size_t> steps = fuzz::takeSteps(input);
   const fuzz::ExactCopy copy(fuzz::unfold(input));
   const std::string_view text = copy.view();
   const auto characters = fuzz::decode(text);
