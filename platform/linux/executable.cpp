@@ -5,6 +5,7 @@
 
 #include <sys/auxv.h>
 
+#include <bit>
 #include <system_error>
 
 namespace platform {
@@ -16,7 +17,7 @@ fs::path executableFolder() {
   fs::path own = fs::read_symlink("/proc/self/exe", failed);
   if (failed) {
     // As it was started, which is all that is known where /proc is missing.
-    own = fs::canonical(reinterpret_cast<const char*>(getauxval(AT_EXECFN)), failed);
+    own = fs::canonical(std::bit_cast<const char*>(getauxval(AT_EXECFN)), failed);
   }
   return own.parent_path();
 }
