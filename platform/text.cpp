@@ -157,10 +157,10 @@ std::string trimSpaces(std::string_view text) {
   const auto find = [](auto matches) {
     return std::find_if(trimmed.begin(), trimmed.end(), matches);
   };
-  for (auto space = find(isAtStart); space != trimmed.end(); space = find(isAtStart)) {
+  for (const auto* space = find(isAtStart); space != trimmed.end(); space = find(isAtStart)) {
     text.remove_prefix(space->size());
   }
-  for (auto space = find(isAtEnd); space != trimmed.end(); space = find(isAtEnd)) {
+  for (const auto* space = find(isAtEnd); space != trimmed.end(); space = find(isAtEnd)) {
     text.remove_suffix(space->size());
   }
   return std::string(text);
