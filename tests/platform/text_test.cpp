@@ -45,6 +45,8 @@ TEST(Text, KnowsInvalidUtf8) {
     EXPECT_TRUE(isUtf8(toUtf8(bytes))) << bytes;
   }
   EXPECT_EQ(toUtf8("a\xFF b"), "a\xEF\xBF\xBD b");
+  EXPECT_EQ(toUtf8("\xFF\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80"),
+            "\xEF\xBF\xBD\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80");
   // A byte order mark is a character like any other.
   EXPECT_EQ(toUtf8("\xEF\xBB\xBF\xFF"), "\xEF\xBB\xBF\xEF\xBF\xBD");
 }

@@ -96,10 +96,12 @@ TEST_F(HeadlessApplicationTest, GivesEachOfManyItsTurnAndTasksTheirs) {
   EXPECT_EQ(callsBeforeTask, 32);
 }
 
-// Again and again, as one that comes before the wait would not end it.
-TEST_F(HeadlessApplicationTest, GoesOnAfterASignal) {
+// Which comes again and again, as one before the wait would not end it.
+TEST_F(HeadlessApplicationTest, WaitsUntilASignal) {
+  static volatile std::sig_atomic_t hasCome;
+  hasCome = 0;
   struct sigaction action {};
-  action.sa_handler = [](int) {};
+  action.sa_handler = [](int) { hasCome = 1; };
   struct sigaction before {};
   sigaction(SIGALRM, &action, &before);
   const itimerval often{.it_interval = {.tv_sec = 0, .tv_usec = 1000},
@@ -109,6 +111,7 @@ TEST_F(HeadlessApplicationTest, GoesOnAfterASignal) {
   const itimerval never{};
   setitimer(ITIMER_REAL, &never, nullptr);
   sigaction(SIGALRM, &before, nullptr);
+  EXPECT_EQ(hasCome, 1);
 }
 
 TEST_F(HeadlessApplicationTest, SendsNothing) {
