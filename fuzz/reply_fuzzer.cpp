@@ -117,6 +117,21 @@ bool hasUsualLineEnds(std::string_view bytes) {
   return true;
 }
 
+// Beside what the library takes for a whole reply.
+void checkSame(const Reading& own, const LibraryReading& library) {
+  fuzz::check(own.reader.problem() != "it breaks off", "no end of it is overlooked");
+  if (own.reader.isComplete()) {
+    fuzz::check(static_cast<unsigned>(own.reader.head()->statusCode) == library.parser.status_code,
+                "a library reads the same status");
+    // The library gives these a body when they come in an unknown encoding.
+    constexpr int noContent = 204;
+    constexpr int notModified = 304;
+    const int status = own.reader.head()->statusCode;
+    fuzz::check(status == noContent || status == notModified || own.body == library.body,
+                "a library reads the same body");
+  }
+}
+
 }  // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -128,11 +143,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   checkSame(atOnce, readInSteps(bytes, steps));
   checkSame(atOnce, readByteByByte(bytes));
   const LibraryReading library(bytes);
-  if (hasUsualLineEnds(bytes) && atOnce.reader.isComplete() && library.isWhole) {
-    fuzz::check(
-        static_cast<unsigned>(atOnce.reader.head()->statusCode) == library.parser.status_code,
-        "a library reads the same status");
-    fuzz::check(atOnce.body == library.body, "a library reads the same body");
+  if (library.isWhole && hasUsualLineEnds(bytes)) {
+    checkSame(atOnce, library);
   }
   return 0;
 }

@@ -71,6 +71,9 @@ std::string HttpReplyReader::feed(std::string_view bytes) {
 }
 
 void HttpReplyReader::end() {
+  if (!whyNot.empty()) {
+    return;
+  }
   if (stage == Stage::untilEnd) {
     stage = Stage::complete;
   } else if (stage == Stage::statusLine && headBytes + line.size() == 0) {

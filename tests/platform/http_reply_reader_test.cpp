@@ -54,6 +54,16 @@ Outcome readAnyhow(const std::string& bytes, bool isClosed) {
   return whole;
 }
 
+TEST(HttpReplyReader, TellsTheFirstProblem) {
+  HttpReplyReader reader;
+  reader.feed("SSH-2.0\r\n");
+  const std::string problem = reader.problem();
+  EXPECT_NE(problem, "");
+  reader.feed(ok + "Content-Length: x\r\n\r\n");
+  reader.end();
+  EXPECT_EQ(reader.problem(), problem);
+}
+
 TEST(HttpReplyReader, ReadsAWholeReply) {
   const std::vector<std::pair<std::string, std::string>> replies{
       {ok + "Content-Length: 3\r\n\r\nurl", "url"},
