@@ -106,7 +106,8 @@ class MainController : public platform::ApplicationDelegate,
   /// Writes the report to `path`; a failure is logged. In a windowed run the file is then opened in
   /// an editor.
   void writeToPath(const std::string& path);
-  /// Writes the report to where it is kept when it could not be delivered.
+  /// Writes the report to where it is kept when it could not be delivered: the Desktop, or else a
+  /// private folder among the temporary files.
   void saveToDesktop();
 
   // The window: ui/window_control.cpp
@@ -160,6 +161,10 @@ class MainController : public platform::ApplicationDelegate,
   std::chrono::milliseconds stallLimit = report::Http::usualStallLimit;
 
  private:
+  /// As writeToPath, and tell whether it worked.
+  bool didWriteToPath(const std::string& path);
+  bool didSaveIn(const std::string& folder);
+
   /// The report has been built and has not reached anyone yet.
   bool isReportAtRisk = false;
   platform::Application& application;

@@ -69,19 +69,6 @@ std::vector<fs::path> temporaryCandidates() {
   return failed ? usual : std::vector{named, usual[0], usual[1]};
 }
 
-// A new folder that nobody else can have prepared: the places for temporary files are everybody's.
-// Where none can be made, there is no file to be had in what this returns either.
-std::string privateTemporaryFolder() {
-  std::string folder;
-  for (const fs::path& shared : temporaryCandidates()) {
-    folder = (shared / "halvik-diagnostic-XXXXXX").string();
-    if (mkdtemp(folder.data()) != nullptr) {
-      break;
-    }
-  }
-  return folder;
-}
-
 }  // namespace
 
 bool pathExists(const std::string& path) {
@@ -124,7 +111,23 @@ std::string desktopFolder() {
       return folder.string();
     }
   }
-  return privateTemporaryFolder();
+  return "";
+}
+
+std::string temporaryFolder() {
+  // The places are everybody's: nobody else can have prepared this one.
+  std::string folder;
+  for (const fs::path& shared : temporaryCandidates()) {
+    folder = (shared / "halvik-diagnostic-XXXXXX").string();
+    if (mkdtemp(folder.data()) != nullptr) {
+      break;
+    }
+  }
+  return folder;
+}
+
+void removeEmptyFolder(const std::string& folder) {
+  rmdir(folder.c_str());
 }
 
 }  // namespace platform

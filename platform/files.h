@@ -40,9 +40,13 @@ bool writeAtomically(const std::string& path, const Pieces& bytes);
 std::string expandTilde(const std::string& path);
 
 /// The folder that this desktop shows as the user's Desktop, by default "Desktop" in the home
-/// folder; created if it is missing. Where none of these can be written to, a new private folder
-/// among the temporary files, which is still better than losing a report. Where no folder can be
-/// made at all, one that is not there.
+/// folder; created if it is missing. Empty where none of these can be written to.
 std::string desktopFolder();
+
+/// A new private folder among the temporary files. Where none can be made, one that is not there.
+std::string temporaryFolder();
+
+/// Removes `folder` if it is empty.
+void removeEmptyFolder(const std::string& folder);
 
 }  // namespace platform

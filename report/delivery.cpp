@@ -64,18 +64,35 @@ void MainController::onHttpError(const report::Http& client) {
 }
 
 void MainController::writeToPath(const std::string& path) {
+  didWriteToPath(path);
+}
+
+bool MainController::didWriteToPath(const std::string& path) {
   if (!platform::writeAtomically(path, results.pieces())) {
     platform::log("could not save diagnostic_results.txt");
-  } else {
-    desktop.send(&platform::Desktop::openInTextEditor, path);
+    return false;
   }
+  desktop.send(&platform::Desktop::openInTextEditor, path);
+  return true;
 }
 
 void MainController::saveToDesktop() {
   isReportAtRisk = false;
-  const std::string path = platform::desktopFolder() + "/diagnostic_results.txt";
+  const std::string folder = platform::desktopFolder();
+  if (!folder.empty() && didSaveIn(folder)) {
+    return;
+  }
+  // The home folder may be full where the place for temporary files is not.
+  const std::string lastResort = platform::temporaryFolder();
+  if (!didSaveIn(lastResort)) {
+    platform::removeEmptyFolder(lastResort);
+  }
+}
+
+bool MainController::didSaveIn(const std::string& folder) {
+  const std::string path = folder + "/diagnostic_results.txt";
   platform::log("saving the report to " + path);
-  writeToPath(path);
+  return didWriteToPath(path);
 }
 
 }  // namespace app

@@ -253,43 +253,52 @@ TEST_F(Desktop, IsNoRelativePath) {
   }
 }
 
-#ifdef SYS_mkdir
-[[noreturn]] void exitWithWhetherDesktopIsMissing() {
-  if (!support::refuseCall(SYS_mkdir, ENOSPC)) {
-    std::_Exit(2);
-  }
-  std::_Exit(std::filesystem::exists(desktopFolder()) ? 1 : 0);
-}
-
-using DesktopDeathTest = Desktop;
-
-// The place for temporary files itself would show the report to everybody.
-TEST_F(DesktopDeathTest, IsNoFolderOfEverybodysWhereNoneCanBeMade) {
-  EXPECT_EXIT(exitWithWhetherDesktopIsMissing(), testing::ExitedWithCode(0), "");
-}
-#endif
-
-TEST_F(Desktop, GivesWayToAPrivateTemporaryFolder) {
-  const TemporaryFolder temporary;
-  const ScopedVariable place("TMPDIR", temporary.path().c_str());
+TEST_F(Desktop, IsNowhereWhereNothingCanBeWritten) {
   home.write("Desktop", "a file");
   for (const std::string& unusable : {std::string("/nowhere/at/all"), home.path()}) {
     const ScopedVariable nowhere("HOME", unusable.c_str());
-    const std::string folder = desktopFolder();
-    EXPECT_TRUE(folder.starts_with(temporary.path("halvik-diagnostic-"))) << folder;
-    EXPECT_EQ(std::filesystem::status(folder).permissions(), std::filesystem::perms(0700));
-    EXPECT_NE(desktopFolder(), folder);
+    EXPECT_EQ(desktopFolder(), "");
   }
 }
 
+TEST(TemporaryPlace, IsANewPrivateFolder) {
+  const TemporaryFolder temporary;
+  const ScopedVariable place("TMPDIR", temporary.path().c_str());
+  const std::string folder = temporaryFolder();
+  EXPECT_TRUE(folder.starts_with(temporary.path("halvik-diagnostic-"))) << folder;
+  EXPECT_EQ(std::filesystem::status(folder).permissions(), std::filesystem::perms(0700));
+  EXPECT_NE(temporaryFolder(), folder);
+}
+
 // Even to root, nothing can be made in this one.
-TEST_F(Desktop, IsPrivateAlsoWhereThePlaceForTemporaryFilesCannotBeUsed) {
-  const ScopedVariable nowhere("HOME", "/nowhere/at/all");
+TEST(TemporaryPlace, IsElsewhereWhereTheNamedOneCannotBeUsed) {
   const ScopedVariable place("TMPDIR", "/proc");
-  const std::string folder = desktopFolder();
+  const std::string folder = temporaryFolder();
   ASSERT_TRUE(folder.starts_with("/tmp/halvik-diagnostic-")) << folder;
   EXPECT_EQ(std::filesystem::status(folder).permissions(), std::filesystem::perms(0700));
-  rmdir(folder.c_str());
+  removeEmptyFolder(folder);
+  EXPECT_FALSE(std::filesystem::exists(folder));
+}
+
+#ifdef SYS_mkdir
+[[noreturn]] void exitWithWhetherItIsMissing() {
+  if (!support::refuseCall(SYS_mkdir, ENOSPC)) {
+    std::_Exit(2);
+  }
+  std::_Exit(std::filesystem::exists(temporaryFolder()) ? 1 : 0);
+}
+
+// The place for temporary files itself would show the report to everybody.
+TEST(TemporaryPlaceDeathTest, IsNoFolderOfEverybodysWhereNoneCanBeMade) {
+  EXPECT_EXIT(exitWithWhetherItIsMissing(), testing::ExitedWithCode(0), "");
+}
+#endif
+
+TEST(Files, RemoveAFolderOnlyWhenItIsEmpty) {
+  const TemporaryFolder outer;
+  const std::string path = outer.write("file", "x");
+  removeEmptyFolder(outer.path());
+  EXPECT_EQ(contentsOf(path), "x");
 }
 
 }  // namespace

@@ -94,12 +94,46 @@ class DesktopTest(support.ProgramTest):
                 (config / "user-dirs.dirs").unlink()
                 self.assert_only_files(home, {".config", *(path.name for path in home.iterdir() if path.is_dir())})
 
+    def assert_saved_elsewhere(self, ended, temporary):
+        [saved] = temporary.rglob("diagnostic_results.txt")
+        self.assert_same_text(saved.read_bytes(), REPORT)
+        self.assertEqual(saved.parent.stat().st_mode & 0o777, 0o700)
+        self.assertEqual(ended.messages[1:], [f"saving the report to {self.desktop_file}", FAILURE,
+                                              f"saving the report to {saved}", FALLBACK])
+
     def test_a_folder_in_place_of_the_file_is_left_alone(self):
+        temporary = self.folder / "temporary"
+        temporary.mkdir()
         self.desktop_file.mkdir(parents=True)
-        ended = self.fail_to_submit()
-        self.assertIn(FAILURE, ended.messages)
+        ended = self.fail_to_submit(env={"TMPDIR": temporary})
+        self.assert_saved_elsewhere(ended, temporary)
         self.assertTrue(self.desktop_file.is_dir())
         self.assert_only_files(self.desktop_file.parent, [self.desktop_file.name])
+
+    @support.needs_namespaces
+    def test_a_full_home_loses_no_report(self):
+        temporary = self.folder / "temporary"
+        temporary.mkdir()
+        support.mount("-t", "tmpfs", "-o", "size=4k", "none", self.home)
+        self.addCleanup(support.uncover, self.home)
+        self.desktop_file.parent.mkdir()
+        (self.home / "fills it").write_bytes(b"x" * 4096)
+        self.assert_saved_elsewhere(self.fail_to_submit(env={"TMPDIR": temporary}), temporary)
+        self.assert_only_files(self.desktop_file.parent, [])
+
+    @support.needs_namespaces
+    def test_no_room_anywhere_leaves_nothing_behind(self):
+        full = self.folder / "full"
+        full.mkdir()
+        support.mount("-t", "tmpfs", "-o", "size=4k", "none", full)
+        self.addCleanup(support.uncover, full)
+        (full / "Desktop").mkdir()
+        (full / "temporary").mkdir()
+        (full / "fills it").write_bytes(b"x" * 4096)
+        ended = self.fail_to_submit(env={"HOME": full, "TMPDIR": full / "temporary"})
+        self.assertEqual(ended.messages.count(FAILURE), 2)
+        self.assert_only_files(full / "temporary", [])
+        self.assert_only_files(full / "Desktop", [])
 
     @support.needs_namespaces
     def test_without_a_home_variable_the_account_tells(self):
