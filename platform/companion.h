@@ -9,7 +9,7 @@
 
 namespace platform {
 
-/// The path of the companion called `name`.
+/// The path of the companion called `name`. Throws as executableFolder() does.
 std::string companionPath(const std::string& name);
 
 /// Goes on as the companion called `name`, with the arguments `argv`, the same environment and the

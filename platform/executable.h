@@ -9,7 +9,8 @@
 
 namespace platform {
 
-/// The folder of the running executable, links resolved.
+/// The folder of the running executable, links resolved. Throws std::system_error where the system
+/// does not tell.
 std::filesystem::path executableFolder();
 
 }  // namespace platform

@@ -44,9 +44,9 @@ bool isFolder(const fs::path& path) {
 // What the desktop environment names, unless that is no place or the home folder, its way of saying
 // that there is none.
 fs::path namedDesktop(const fs::path& home) {
-  const fs::path folder = desktopSetting(home).lexically_normal();
+  const fs::path folder = (desktopSetting(home) / "").lexically_normal();
   const fs::path homeItself = (home / "").lexically_normal();
-  return folder.is_absolute() && folder / "" != homeItself ? folder : home / "Desktop";
+  return folder.is_absolute() && folder != homeItself ? folder.parent_path() : home / "Desktop";
 }
 
 // Where a Desktop may be, the best place first; none without a home folder.

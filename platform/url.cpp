@@ -3,6 +3,7 @@
 
 #include "platform/url.h"
 
+#include <algorithm>
 #include <string_view>
 
 namespace platform {

@@ -54,6 +54,10 @@ void EpollSet::unwatch(int fd, const DescriptorWatcher& watcher) {
 void EpollSet::dispatch(Wait wait) {
   std::array<epoll_event, eventsPerDispatch> events;
   const int count = epoll_wait(set, events.data(), eventsPerDispatch, wait == Wait::no ? 0 : -1);
+  // To go on after anything but a signal could be to go on for ever.
+  if (count < 0 && errno != EINTR) {
+    fail("cannot wait for the watched descriptors");
+  }
   std::array<DescriptorWatcher*, eventsPerDispatch> ready;
   for (int i = 0; i < count; ++i) {
     ready[static_cast<std::size_t>(i)] =

@@ -19,6 +19,10 @@ fs::path executableFolder() {
     // As it was started, which is all that is known where /proc is missing.
     own = fs::canonical(std::bit_cast<const char*>(getauxval(AT_EXECFN)), failed);
   }
+  if (failed) {
+    // Not the working directory, in which others may have put what has the name of a companion.
+    throw std::system_error(failed, "cannot tell where the program is");
+  }
   return own.parent_path();
 }
 

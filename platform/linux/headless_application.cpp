@@ -3,6 +3,8 @@
 
 #include "platform/headless_application.h"
 
+#include <unistd.h>
+
 #include <stdexcept>
 #include <utility>
 #include <vector>
@@ -18,6 +20,14 @@ namespace {
 
 class HeadlessApplication final : public Application {
  public:
+  HeadlessApplication() {
+    // The toolkit refuses this as well. The rights of another user would go to whatever stands in
+    // PATH, and to a file of any name.
+    if (getuid() != geteuid()) {
+      throw std::runtime_error("it was started with the rights of another user");
+    }
+  }
+
   int run() override {
     while (true) {
       turn();

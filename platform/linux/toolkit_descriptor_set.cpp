@@ -5,6 +5,7 @@
 
 #include <QSocketNotifier>
 
+#include "platform/boundary.h"
 #include "platform/linux/epoll_set.h"
 
 namespace platform {
@@ -16,7 +17,7 @@ class ToolkitDescriptorSet final : public DescriptorSet {
  public:
   ToolkitDescriptorSet() : notifier(descriptors.descriptor(), QSocketNotifier::Read) {
     QObject::connect(&notifier, &QSocketNotifier::activated, &notifier,
-                     [this] { descriptors.dispatch(EpollSet::Wait::no); });
+                     [this] { enter([this] { descriptors.dispatch(EpollSet::Wait::no); }); });
   }
 
   void watch(int fd, DescriptorWatcher& watcher) override { descriptors.watch(fd, watcher); }

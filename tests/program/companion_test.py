@@ -7,7 +7,9 @@ import os
 import pathlib
 import resource
 import shutil
+import signal
 import subprocess
+import sys
 import unittest
 
 import support
@@ -65,6 +67,23 @@ class CompanionTest(support.ProgramTest):
         script = f"mount -t tmpfs none /proc && exec {self.folder}/link"
         output = subprocess.run(["unshare", "--mount", "sh", "-c", script], check=True, capture_output=True, text=True)
         self.assertIn(str(path), output.stdout.splitlines()[0])
+
+    @support.needs_namespaces
+    @unittest.skipUnless(support.PLATFORM == "linux", "what the toolkit does is its own matter")
+    def test_is_not_looked_for_in_the_working_directory(self):
+        """Where the system does not tell a program where it is."""
+        (self.work / "libexec").mkdir()
+        for path in (self.work / "libexec" / WINDOW, self.work / WINDOW):
+            path.write_text(SCRIPT)
+            path.chmod(0o755)
+        start = ("import os, sys; "
+                 "os.execve(os.open(sys.argv[1], os.O_RDONLY), ['halvik-diagnostic'], dict(os.environ))")
+        prefix = ["unshare", "--mount", "sh", "-c", 'mount -t tmpfs none /proc && exec "$@"', "sh"]
+        ended = self.ended(prefix=[*prefix, sys.executable, "-c", start])
+        self.assertEqual((ended.status, ended.stdout), (-signal.SIGABRT, b""))
+        self.assertEqual(ended.messages,
+                         ["the program ends after an error: cannot tell where the program is: "
+                          "No such file or directory"])
 
     def test_of_the_window_that_is_missing_or_cannot_be_run_is_named(self):
         self.assertEqual(self.ended().messages,

@@ -72,6 +72,7 @@ class DesktopTest(support.ProgramTest):
         home = self.home
         for entry, variables, expected in [
             ('"$HOME/Schreibtisch"', {}, home / "Schreibtisch"),
+            ('"$HOME/Schreibtisch/"', {}, home / "Schreibtisch"),
             ('"$HOME/Bureau/de travail"', {}, home / "Bureau" / "de travail"),
             ('"$HOME/\u684c\u9762"', {}, home / "\u684c\u9762"),
             (f'"{elsewhere}"', {}, elsewhere),

@@ -5,6 +5,7 @@
 
 import os
 import re
+import shutil
 import signal
 import subprocess
 import sys
@@ -123,6 +124,18 @@ while True:
         self.assertEqual(ended.messages, [f"{ENDED_BY_ERROR} cannot run /bin/sh: Resource temporarily unavailable"])
         self.assert_only_files(self.home, [])
         support.wait_until(lambda: not self.processes(), "the commands have ended")
+
+    def test_the_rights_of_another_user(self):
+        """Nothing is done with them, whoever has marked the program so."""
+        owned = self.folder / "owned"
+        shutil.copy(support.stand_in(), owned)
+        owned.chmod(0o4755)
+        if os.statvfs(owned).f_flag & os.ST_NOSUID:
+            self.skipTest("no program lends its owner's rights here")
+        ended = self.finish(self.start(str(owned), ["-s", "-c", "-o=F"], prefix=self.BECOME))
+        self.assertNotEqual(ended.status, 0)
+        self.assertEqual(ended.stdout, b"")
+        self.assert_only_files(self.work, [])
 
     def test_none_for_the_upload(self):
         """It has a thread of its own. Refused, it is a failed upload, and a process may have become free after all."""
