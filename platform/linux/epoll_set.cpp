@@ -12,8 +12,6 @@
 #include <cstddef>
 #include <system_error>
 
-#include "platform/boundary.h"
-
 namespace platform {
 
 namespace {
@@ -66,7 +64,7 @@ void EpollSet::dispatch(Wait wait) {
   pending = std::span(ready.data(), static_cast<std::size_t>(std::max(count, 0)));
   for (DescriptorWatcher*& watcher : pending) {
     if (watcher != nullptr) {
-      enter([watcher] { watcher->descriptorReady(); });
+      watcher->descriptorReady();
     }
   }
   pending = {};

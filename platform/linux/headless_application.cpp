@@ -39,7 +39,9 @@ class HeadlessApplication final : public Application {
     for (const std::function<void()>& task : due) {
       enter(task);
     }
-    watched.dispatch(due.empty() ? EpollSet::Wait::untilSomeoneIsReady : EpollSet::Wait::no);
+    enter([&] {
+      watched.dispatch(due.empty() ? EpollSet::Wait::untilSomeoneIsReady : EpollSet::Wait::no);
+    });
   }
 
   void post(std::function<void()> task) override { tasks.push_back(std::move(task)); }

@@ -10,7 +10,6 @@
 #include <csignal>
 #include <cstdlib>
 
-#include "platform/boundary.h"
 #include "platform/headless_application.h"
 #include "support/application.h"
 #include "support/pipe_watcher.h"
@@ -45,7 +44,7 @@ TEST(EpollSetDeathTest, EndsTheLightestLoopIfItCannotWait) {
       {
         int argc = 0;
         const auto application = makeHeadlessApplication(argc, nullptr);
-        enter([&] { waitInVain(*application); });
+        waitInVain(*application);
       },
       testing::KilledBySignal(SIGABRT), reason);
 }
