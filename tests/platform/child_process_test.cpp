@@ -4,6 +4,7 @@
 #include "platform/child_process.h"
 
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -19,6 +20,7 @@
 
 #include "support/application.h"
 #include "support/descriptors.h"
+#include "support/held_call.h"
 #include "support/limit.h"
 #include "support/refused_call.h"
 #include "support/temporary_folder.h"
@@ -197,6 +199,64 @@ TEST(ChildProcess, ThatCannotBeLaunchedLeavesNothingBehind) {
     EXPECT_THROW(child.launch(), std::system_error);
   }
   EXPECT_EQ(support::openDescriptors(), before);
+}
+
+// Nor is it there for its owner to collect.
+TEST(ChildProcessDeathTest, ThatCannotBeLaunchedIsNoChild) {
+  EXPECT_EXIT(
+      {
+        ChildProcess child(support::application().descriptors(), "/no/such/tool", {});
+        try {
+          child.launch();
+        } catch (const std::system_error&) {
+          std::_Exit(waitpid(-1, nullptr, WNOHANG) < 0 && errno == ECHILD ? 0 : 1);
+        }
+      },
+      testing::ExitedWithCode(0), "");
+}
+
+TEST(ChildProcess, ThatHasBeenCollectedIsSentNothing) {
+  Shell shell(":");
+  shell.run();
+  // Its number may be a stranger's by now. That of nobody is an error.
+  errno = 0;
+  shell.child.terminate();
+  EXPECT_EQ(errno, 0);
+}
+
+// A process that is sent a signal in the middle of a launch. Of its end the command is to hear from
+// nobody else.
+[[noreturn]] void launchWhileASignalComes() {
+  const pthread_t launching = pthread_self();
+  if (!support::holdCall(SYS_execve, [=](pid_t) { pthread_kill(launching, SIGTERM); }) ||
+      !support::refuseCall(SYS_prctl, 0)) {
+    std::_Exit(2);
+  }
+  ChildProcess child(support::application().descriptors(), "/bin/sleep", {"1000"});
+  child.launch();
+  std::_Exit(3);
+}
+
+TEST(ChildProcess, IsAskedToEndByASignalThatCameDuringItsLaunch) {
+  std::array<int, 2> ends;
+  ASSERT_EQ(pipe(ends.data()), 0);
+  const pid_t pid = fork();
+  if (pid == 0) {
+    // The one descriptor of ours that a command has, so that somebody holds it until both have
+    // ended.
+    dup2(ends[1], STDIN_FILENO);
+    close(ends[1]);
+    launchWhileASignalComes();
+  }
+  close(ends[1]);
+  int status = 0;
+  waitpid(pid, &status, 0);
+  EXPECT_TRUE(WIFSIGNALED(status));
+  EXPECT_EQ(WTERMSIG(status), SIGTERM);
+  constexpr int guardMilliseconds = 60'000;
+  pollfd wait{.fd = ends[0], .events = POLLIN, .revents = 0};
+  EXPECT_EQ(poll(&wait, 1, guardMilliseconds), 1);
+  close(ends[0]);
 }
 
 TEST(ChildProcess, ThatStillRunsIsAskedToEndWithItsOwner) {

@@ -4,14 +4,19 @@
 #include "platform/ending_signals.h"
 
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <functional>
+#include <optional>
 #include <string>
 #include <thread>
+#include <tuple>
+#include <vector>
 
 #include "support/temporary_folder.h"
 
@@ -21,6 +26,9 @@ namespace {
 using Children = std::array<EndedAlong, 3>;
 
 constexpr std::array ending{SIGHUP, SIGINT, SIGTERM};
+
+// Ends what hangs; no test waits for it otherwise.
+constexpr int guardSeconds = 60;
 
 // Whether every child that a test has started has ended, also where a signal ended the process that
 // had started it: each holds the writing end.
@@ -35,6 +43,7 @@ class Lifeline {
   pid_t startSleeper() const {
     const pid_t pid = fork();
     if (pid == 0) {
+      alarm(2 * guardSeconds);
       std::signal(SIGTERM, SIG_DFL);
       close(ends[0]);
       for (;;) {
@@ -46,8 +55,9 @@ class Lifeline {
 
   void waitForAllEnds() {
     close(ends[1]);
-    char byte = 0;
-    EXPECT_EQ(read(ends[0], &byte, 1), 0);
+    pollfd wait{.fd = ends[0], .events = POLLIN, .revents = 0};
+    EXPECT_EQ(poll(&wait, 1, guardSeconds * 1000), 1);
+    EXPECT_EQ(wait.revents, POLLHUP);
   }
 
  private:
@@ -59,6 +69,7 @@ class Lifeline {
 int statusAfter(const std::function<void()>& work) {
   const pid_t pid = fork();
   if (pid == 0) {
+    alarm(guardSeconds);
     catchEndingSignals();
     work();
     std::_Exit(EXIT_SUCCESS);
@@ -102,33 +113,90 @@ TEST(EndingSignals, EndThemWhicheverThreadTheyCameTo) {
   lifeline.waitForAllEnds();
 }
 
+// What becomes of three children, of whom those in `collected` are collected in this order before a
+// signal comes.
+void expectOthersToEnd(const std::vector<std::size_t>& collected) {
+  const Lifeline lifeline;
+  std::array<pid_t, 3> pids{};
+  for (pid_t& pid : pids) {
+    pid = lifeline.startSleeper();
+  }
+  const int status = statusAfter([&] {
+    Children children;
+    for (std::size_t i = 0; i < children.size(); ++i) {
+      children.at(i).begin(pids.at(i));
+    }
+    for (const std::size_t i : collected) {
+      children.at(i).end();
+      children.at(i).end();
+      children.at(i).terminate();
+    }
+    raise(SIGTERM);
+  });
+  EXPECT_EQ(signalOf(status), SIGTERM);
+  for (std::size_t i = 0; i < pids.size(); ++i) {
+    const bool isSpared = std::ranges::find(collected, i) != collected.end();
+    EXPECT_EQ(waitpid(pids.at(i), nullptr, isSpared ? WNOHANG : 0), isSpared ? 0 : pids.at(i));
+    if (isSpared) {
+      kill(pids.at(i), SIGKILL);
+      waitpid(pids.at(i), nullptr, 0);
+    }
+  }
+}
+
 // In any order, as the ends of commands come.
 TEST(EndingSignals, LeaveThoseAloneThatHaveBeenCollected) {
-  for (const std::size_t forgotten : {0U, 1U, 2U}) {
-    const Lifeline lifeline;
-    std::array<pid_t, 3> pids{};
-    for (pid_t& pid : pids) {
-      pid = lifeline.startSleeper();
+  std::array<std::size_t, 3> order{0, 1, 2};
+  do {
+    for (const int count : {1, 2, 3}) {
+      expectOthersToEnd({order.begin(), order.begin() + count});
     }
+  } while (std::ranges::next_permutation(order).found);
+}
+
+TEST(EndingSignals, EndChildrenInThePlaceOfThoseThatHaveBeenCollected) {
+  std::array<std::size_t, 3> order{0, 1, 2};
+  do {
+    Lifeline lifeline;
     const int status = statusAfter([&] {
       Children children;
-      for (std::size_t i = 0; i < children.size(); ++i) {
-        children.at(i).begin(pids.at(i));
+      for (EndedAlong& child : children) {
+        child.begin(lifeline.startSleeper());
       }
-      children.at(forgotten).end();
-      children.at(forgotten).end();
+      for (int i = 0; i < 2; ++i) {
+        for (const std::size_t collected : {order[0], order[1]}) {
+          children.at(collected).terminate();
+          children.at(collected).end();
+        }
+        for (const std::size_t renewed : {order[1], order[0]}) {
+          children.at(renewed).begin(lifeline.startSleeper());
+        }
+      }
       raise(SIGTERM);
     });
-    EXPECT_EQ(signalOf(status), SIGTERM);
-    for (std::size_t i = 0; i < pids.size(); ++i) {
-      if (i != forgotten) {
-        EXPECT_EQ(waitpid(pids.at(i), nullptr, 0), pids.at(i));
-      }
-    }
-    EXPECT_EQ(waitpid(pids.at(forgotten), nullptr, WNOHANG), 0);
-    kill(pids.at(forgotten), SIGKILL);
-    waitpid(pids.at(forgotten), nullptr, 0);
-  }
+    ASSERT_EQ(signalOf(status), SIGTERM);
+    lifeline.waitForAllEnds();
+  } while (std::ranges::next_permutation(order).found);
+}
+
+// A window lets go of the commands of its runs before the program ends.
+TEST(EndingSignals, LeaveThoseAloneWhomNobodyKnowsAnyMore) {
+  const Lifeline lifeline;
+  const pid_t forgotten = lifeline.startSleeper();
+  const pid_t known = lifeline.startSleeper();
+  const int status = statusAfter([&] {
+    EndedAlong other;
+    std::optional<EndedAlong> gone;
+    other.begin(known);
+    gone.emplace().begin(forgotten);
+    gone.reset();
+    raise(SIGTERM);
+  });
+  EXPECT_EQ(signalOf(status), SIGTERM);
+  EXPECT_EQ(waitpid(known, nullptr, 0), known);
+  EXPECT_EQ(waitpid(forgotten, nullptr, WNOHANG), 0);
+  kill(forgotten, SIGKILL);
+  waitpid(forgotten, nullptr, 0);
 }
 
 TEST(EndingSignals, RemoveAFileThatIsHalfWritten) {
@@ -142,6 +210,17 @@ TEST(EndingSignals, RemoveAFileThatIsHalfWritten) {
   });
   EXPECT_EQ(signalOf(status), SIGINT);
   EXPECT_NE(access(half.c_str(), F_OK), 0);
+  EXPECT_EQ(access(whole.c_str(), F_OK), 0);
+}
+
+TEST(EndingSignals, KeepAFileThatIsWholeByNow) {
+  const support::TemporaryFolder folder;
+  const std::string whole = folder.write("whole", "text");
+  const int status = statusAfter([&] {
+    { const RemovedAlong written(whole.c_str()); }
+    raise(SIGINT);
+  });
+  EXPECT_EQ(signalOf(status), SIGINT);
   EXPECT_EQ(access(whole.c_str(), F_OK), 0);
 }
 
@@ -159,17 +238,40 @@ TEST(EndingSignals, StayIgnoredWhereTheProgramWasStartedToIgnoreThem) {
 
 TEST(EndingSignals, WaitWhileTheyAreHeld) {
   for (const int signal : ending) {
+    std::array<int, 2> ends;
+    ASSERT_EQ(pipe(ends.data()), 0);
     const int status = statusAfter([&] {
       const EndingSignalsHeld held;
       raise(signal);
+      // Not reached by one that did not wait. This one ends the process at the end of this.
+      std::ignore = write(ends[1], "", 1);
+    });
+    close(ends[1]);
+    char byte = 1;
+    EXPECT_EQ(read(ends[0], &byte, 1), 1);
+    EXPECT_EQ(signalOf(status), signal);
+    close(ends[0]);
+  }
+}
+
+// The thread that they came to does not clear up by itself: the main one may be in the middle of a
+// change.
+TEST(EndingSignals, WaitForTheMainThreadWhicheverThreadTheyCameTo) {
+  for (const int signal : ending) {
+    const int status = statusAfter([&] {
+      const EndingSignalsHeld held;
+      std::thread([&] {
+        sigset_t none;
+        sigemptyset(&none);
+        pthread_sigmask(SIG_SETMASK, &none, nullptr);
+        pthread_kill(pthread_self(), signal);
+      }).join();
       sigset_t pending;
       sigpending(&pending);
-      // Else the held one ends the process at the end of this.
-      if (sigismember(&pending, signal) != 1) {
-        std::_Exit(EXIT_FAILURE);
-      }
+      std::_Exit(sigismember(&pending, signal) == 1 ? 3 : 4);
     });
-    EXPECT_EQ(signalOf(status), signal);
+    EXPECT_EQ(signalOf(status), 0);
+    EXPECT_EQ(WEXITSTATUS(status), 3);
   }
 }
 

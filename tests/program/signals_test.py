@@ -3,10 +3,12 @@
 
 """Signals to a run, at each of its stages: who ends, who is left, and what becomes of the report."""
 
+import ctypes
 import os
 import pty
 import select
 import signal
+import socket
 import subprocess
 import unittest
 
@@ -17,6 +19,7 @@ ALL = support.PLAN_LENGTH
 ENDING = [signal.SIGTERM, signal.SIGINT, signal.SIGHUP]
 WAIT = "echo >>started; exec cat"  # until standard input ends
 LARGE_BYTES = 100_000_000
+libc = ctypes.CDLL(None)
 IGNORING = ["sh", "-c", "trap '' HUP INT QUIT; exec \"$@\"", "sh"]
 
 
@@ -144,6 +147,34 @@ class EndTest(SignalTest):
                 self.assert_nobody_is_left()
                 support.wait_until(lambda: gone, "the connection is closed")
                 server.close()
+
+    @support.needs_namespaces
+    def test_while_the_name_of_the_server_is_looked_up(self):
+        """That is done by a thread of the toolkit's, which the system may choose to hand the signal to."""
+        self.look_up_names_at_port_53()
+        for number in ENDING:
+            with self.subTest(number.name), socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as mute:
+                self.renew_input()
+                mute.bind(("127.0.0.1", 53))
+                mute.settimeout(support.GUARD_SECONDS)
+                process = self.start_run(["-s"], ["echo one"], submit="http://server.halvik.example/diagnosticsubmit")
+                mute.recv(512)
+                others = support.thread_states(process.pid).keys() - {str(process.pid)}
+                self.assertTrue(others, "the name is looked up by the only thread")
+                libc.tgkill(process.pid, int(others.pop()), number)
+                self.assert_ended_by(process, number)
+                self.assert_nobody_is_left()
+
+    def look_up_names_at_port_53(self):
+        """Of this namespace, and not by a service of the machine."""
+        if os.path.exists("/run/nscd/socket"):
+            self.skipTest("this machine looks up names by a service")
+        settings = {"/etc/resolv.conf": "nameserver 127.0.0.1\n", "/etc/nsswitch.conf": "hosts: files dns\n"}
+        for path, text in settings.items():
+            own = self.folder / os.path.basename(path)
+            own.write_text(text)
+            support.cover(path, own)
+            self.addCleanup(support.uncover, path)
 
     def test_while_the_output_file_is_written(self):
         """The old file stays, and the new one that was being filled beside it goes."""

@@ -6,15 +6,18 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
+#include <csignal>
 #include <cstdlib>
 #include <string>
 
+#include "support/held_call.h"
 #include "support/limit.h"
 #include "support/refused_call.h"
 
@@ -79,6 +82,21 @@ TEST(SpawnDeathTest, FailsIfTheChildCannotBeGivenItsStreams) {
   EXPECT_EXIT(exitWithWhetherSpawnTellsOfMissingStreams(), testing::ExitedWithCode(0), "");
 }
 
+[[noreturn]] void exitWithWhetherOurDescriptorsStay() {
+  constexpr int firstOfAll = STDERR_FILENO + 1;
+  const int ours = open("/", O_PATH | O_CLOEXEC);
+  if (!support::refuseCall(SYS_close_range, ENOMEM, firstOfAll)) {
+    std::_Exit(2);
+  }
+  const Spawned child = startTrue(STDOUT_FILENO, STDERR_FILENO);
+  std::_Exit(child.problem == ENOMEM && fcntl(ours, F_GETFD) >= 0 ? 0 : 1);
+}
+
+// What it closes in a table of descriptors that is not its own, it closes for the program.
+TEST(SpawnDeathTest, FailsIfTheChildCannotHaveDescriptorsOfItsOwn) {
+  EXPECT_EXIT(exitWithWhetherOurDescriptorsStay(), testing::ExitedWithCode(0), "");
+}
+
 [[noreturn]] void exitWithWhetherAStreamEnds() {
   std::array<int, 2> ends;
   if (pipe2(ends.data(), O_CLOEXEC | O_NONBLOCK) != 0 ||
@@ -100,6 +118,61 @@ TEST(SpawnDeathTest, FailsIfTheChildCannotBeGivenItsStreams) {
 // Otherwise who reads the command's output would wait for its end for ever.
 TEST(SpawnDeathTest, KeepsNoStreamOpenThatItCannotTakeBack) {
   EXPECT_EXIT(exitWithWhetherAStreamEnds(), testing::ExitedWithCode(0), "");
+}
+
+[[noreturn]] void exitWithWhetherOthersKeepTheirNumbers() {
+  if (!support::refuseCall(SYS_dup3, EBUSY, STDOUT_FILENO)) {
+    std::_Exit(2);
+  }
+  std::array<int, 3> others{};
+  for (int i = 0; i < 2; ++i) {
+    const Spawned child = startTrue(STDOUT_FILENO, STDOUT_FILENO);
+    if (child.problem != 0) {
+      std::_Exit(3);
+    }
+    if (i == 0) {
+      for (int& other : others) {
+        other = open("/", O_PATH | O_CLOEXEC);
+      }
+    }
+  }
+  for (const int other : others) {
+    struct stat root {};
+    struct stat facts {};
+    if (stat("/", &root) != 0 || fstat(other, &facts) != 0 || facts.st_ino != root.st_ino ||
+        facts.st_dev != root.st_dev) {
+      std::_Exit(1);
+    }
+  }
+  std::_Exit(0);
+}
+
+// A number that was given up may be that of a pipe to another command by now.
+TEST(SpawnDeathTest, TakesNoNumberThatItHasGivenUp) {
+  EXPECT_EXIT(exitWithWhetherOthersKeepTheirNumbers(), testing::ExitedWithCode(0), "");
+}
+
+volatile std::sig_atomic_t handlerRuns = 0;
+
+extern "C" void countRun(int /*signal*/) {
+  handlerRuns = handlerRuns + 1;
+}
+
+[[noreturn]] void exitWithWhetherAHandlerRunsInAChild() {
+  std::signal(SIGUSR1, countRun);
+  if (!support::holdCall(SYS_close_range, [](pid_t child) { kill(child, SIGUSR1); })) {
+    std::_Exit(2);
+  }
+  const Spawned child = startTrue(STDOUT_FILENO, STDERR_FILENO);
+  int status = 0;
+  const bool struck = child.problem == 0 && waitpid(child.pid, &status, 0) == child.pid &&
+                      WIFSIGNALED(status) && WTERMSIG(status) == SIGUSR1;
+  std::_Exit(struck && handlerRuns == 0 ? 0 : 1);
+}
+
+// It would look at the memory of the program, in the middle of whatever this is doing.
+TEST(SpawnDeathTest, LetsNoHandlerRunInAChild) {
+  EXPECT_EXIT(exitWithWhetherAHandlerRunsInAChild(), testing::ExitedWithCode(0), "");
 }
 
 }  // namespace
