@@ -153,6 +153,11 @@ class Window:
             data=(32, [atom("WM_DELETE_WINDOW"), Xlib.X.CurrentTime, 0, 0, 0])))
         self.screen.display.flush()
 
+    def lose(self):
+        """Breaks the program's connection to the display, as the end of the display would."""
+        self.window.kill_client()
+        self.screen.display.flush()
+
 
 class Box:
     def __init__(self, left, top, right, bottom):
