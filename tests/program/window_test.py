@@ -356,6 +356,18 @@ class EndTest(windows.WindowedTest):
         self.assertEqual((ended.status, ended.stdout), (1, b""))
         self.assertRegex(ended.messages[0], "^the program ends after an error: The X11 connection broke")
 
+    def test_a_display_that_is_mute_when_the_window_is_closed(self):
+        server = self.serve()
+        self.open_window(submit=server.url())
+        manager = SilencingManager(self.screen)
+        self.addCleanup(self.screen.server.send_signal, signal.SIGCONT)
+        self.run_once()
+        self.window.press("alt+c")
+        support.wait_until(lambda: manager.is_clipboard_owned(), "the link is copied")
+        ended = self.close_window()
+        self.assertEqual((ended.status, ended.stdout), (0, b""))
+        manager.finish()
+
 
 class OptionTest(windows.WindowedTest):
     COMMAND_LINES = [
@@ -474,6 +486,19 @@ class ClipboardManager:
             event = self.display.next_event()
             if event.type == kind:
                 return event
+
+
+class SilencingManager(ClipboardManager):
+    """Stops the display as soon as the program, which is about to end, asks for something."""
+
+    def __init__(self, screen):
+        self.screen = screen
+        super().__init__(screen.name)
+
+    def _save_when_asked(self):
+        self._next(Xlib.X.SelectionRequest)
+        self.screen.server.send_signal(signal.SIGSTOP)
+        self.display.close()
 
 
 support.run_tests(needs_namespaces=True)
