@@ -60,7 +60,11 @@ WindowedApplication::WindowedApplication(int& argc, char** argv)
       ownDesktop(std::make_unique<ToolkitDesktop>()) {
   QGuiApplication::setQuitOnLastWindowClosed(false);
   QGuiApplication::setDesktopFileName(QStringLiteral("halvik-diagnostic"));
-  lastMeasures().tellUser = showError;
+  lastMeasures().tellUser = [this](const char* reason) {
+    // Nobody reads from the commands any more: what they print would keep the message box busy.
+    stopWatching();
+    showError(reason);
+  };
 }
 
 WindowedApplication::~WindowedApplication() {

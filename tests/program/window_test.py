@@ -333,6 +333,19 @@ class EndTest(windows.WindowedTest):
         self.assertEqual((ended.status, ended.stdout, ended.messages), (0, b"", []))
         self.assert_only_files(self.home, [])
 
+    def test_a_run_that_has_failed_does_not_go_on_behind_the_message(self):
+        server = self.serve()
+        enough_for_some = ["prlimit", "--nofile=100:100", "--"]
+        self.open_window(commands=["echo here"], submit=server.url(), prefix=enough_for_some)
+        self.window.press("Return")
+        message = self.screen.wait_for_window(windows.MESSAGE_TITLE, self.process)
+        support.wait_until_idle(self.process.pid)
+        message.press("Return")
+        ended = self.finish(self.process)
+        self.assertEqual((ended.status, ended.stdout, len(ended.messages)), (1, b"", 1))
+        self.assertEqual(server.connections, 0)
+        self.assert_only_files(self.home, [])
+
     def test_a_display_that_goes_away_in_the_middle_of_a_run(self):
         server = self.serve()
         self.start_commands(server)
