@@ -53,6 +53,17 @@ extern "C" void endAtLast(int /*signal*/) {
   std::_Exit(EXIT_SUCCESS);
 }
 
+// The toolkit takes leave of the display and of its own threads, and waits for an answer without a
+// limit. The window has gone by then: nobody would see that the process hangs, and end it.
+void limitFarewell() {
+  sigset_t alarmSignal;
+  sigemptyset(&alarmSignal);
+  sigaddset(&alarmSignal, SIGALRM);
+  pthread_sigmask(SIG_UNBLOCK, &alarmSignal, nullptr);
+  std::signal(SIGALRM, endAtLast);
+  alarm(farewellSecondsMax);
+}
+
 }  // namespace
 
 WindowedApplication::WindowedApplication(int& argc, char** argv)
@@ -67,15 +78,12 @@ WindowedApplication::WindowedApplication(int& argc, char** argv)
   };
 }
 
-WindowedApplication::~WindowedApplication() {
-  // The toolkit takes leave of the display and of its own threads, and waits for an answer without
-  // a limit. The window has gone by then: nobody would see that the process hangs, and end it.
-  sigset_t alarmSignal;
-  sigemptyset(&alarmSignal);
-  sigaddset(&alarmSignal, SIGALRM);
-  pthread_sigmask(SIG_UNBLOCK, &alarmSignal, nullptr);
-  std::signal(SIGALRM, endAtLast);
-  alarm(farewellSecondsMax);
+WindowedApplication::~WindowedApplication() = default;
+
+int WindowedApplication::run() {
+  const int status = ToolkitApplication::run();
+  limitFarewell();
+  return status;
 }
 
 void WindowedApplication::setDelegate(ApplicationDelegate& delegate) {
