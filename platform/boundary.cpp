@@ -11,24 +11,35 @@
 
 namespace platform {
 
+namespace {
+
+bool hasFailed = false;
+
+}  // namespace
+
+bool isEnding() {
+  return hasFailed;
+}
+
 LastMeasures& lastMeasures() {
   static LastMeasures measures;
   return measures;
 }
 
 void endAfterUncaughtError(const char* reason) {
+  hasFailed = true;
   log(std::string("the program ends after an error: ") + reason);
   // Taken out before they are used: should one of them fail, the error that comes here again finds
   // nothing to repeat.
   const LastMeasures measures = std::exchange(lastMeasures(), {});
   if (measures.saveReport) {
-    enter(measures.saveReport);
+    takeMeasure(measures.saveReport);
   }
   if (measures.endCommands) {
-    enter(measures.endCommands);
+    takeMeasure(measures.endCommands);
   }
   if (measures.tellUser) {
-    enter([&] { measures.tellUser(reason); });
+    takeMeasure([&] { measures.tellUser(reason); });
     std::_Exit(EXIT_FAILURE);
   }
   std::abort();

@@ -29,15 +29,29 @@ LastMeasures& lastMeasures();
 /// told, else by abort.
 [[noreturn]] void endAfterUncaughtError(const char* reason);
 
-/// Runs `work`; an error that it lets out ends the process as told above.
+/// Whether the process is about to end after an error. It may still have a loop, that of the
+/// message box, which a person reads for as long as they like.
+bool isEnding();
+
+/// Runs `work`, also when the process is about to end; an error that it lets out ends the process
+/// as told above.
 template <class Work>
-void enter(Work&& work) {
+void takeMeasure(Work&& work) {
   try {
     work();
   } catch (const std::exception& error) {
     endAfterUncaughtError(error.what());
   } catch (...) {
     endAfterUncaughtError("an error without a description");
+  }
+}
+
+/// The same, but does nothing when the process is about to end: the run has failed, and must not go
+/// on behind a message box.
+template <class Work>
+void enter(Work&& work) {
+  if (!isEnding()) {
+    takeMeasure(work);
   }
 }
 

@@ -19,11 +19,18 @@ namespace {
 
 // The toolkit's own remarks go where ours go. Its fatal ones come when it finds no display: an
 // abort would look like a defect of the program, and its advice to reinstall would help nobody.
+// After the remark that the display has gone in the middle, it ends the process at once, with a
+// report that may be complete: that is an error like any other, but that nobody is there to tell.
 void logToolkitMessage(QtMsgType type, const QMessageLogContext& /*context*/,
                        const QString& message) {
   const bool isAboutLocale = message.startsWith(QLatin1String("Detected locale"));
   if (type == QtDebugMsg || type == QtInfoMsg || isAboutLocale) {
     return;
+  }
+  if (message.startsWith(QLatin1String("The X11 connection broke")) ||
+      message.startsWith(QLatin1String("The Wayland connection"))) {
+    lastMeasures().tellUser = [](const char* /*reason*/) {};
+    endAfterUncaughtError(message.toUtf8().constData());
   }
   const bool isAboutDisplay = message.startsWith(QLatin1String("This application failed to start"));
   log(isAboutDisplay ? "there is no display to open the window on; the option -s runs without one"

@@ -30,6 +30,9 @@ class ToolkitApplication : public Application {
   explicit ToolkitApplication(
       const std::function<std::unique_ptr<QCoreApplication>()>& makeToolkit);
 
+  /// Watches no descriptor any more, for good.
+  void stopWatching() { watched.reset(); }
+
  private:
   std::unique_ptr<QCoreApplication> toolkit;
   std::unique_ptr<DescriptorSet> watched;

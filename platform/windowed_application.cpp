@@ -9,12 +9,19 @@
 #include <QFile>
 #include <QMessageBox>
 #include <QUrl>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdlib>
 
 #include "platform/boundary.h"
 
 namespace platform {
 
 namespace {
+
+// Longer than the toolkit waits for a clipboard manager to take over what was copied.
+constexpr unsigned farewellSecondsMax = 10;
 
 class ToolkitDesktop final : public Desktop {
  public:
@@ -42,6 +49,21 @@ void showError(const char* reason) {
                             .arg(QString::fromUtf8(reason)));
 }
 
+extern "C" void endAtLast(int /*signal*/) {
+  std::_Exit(EXIT_SUCCESS);
+}
+
+// The toolkit takes leave of the display and of its own threads, and waits for an answer without a
+// limit. The window has gone by then: nobody would see that the process hangs, and end it.
+void limitFarewell() {
+  sigset_t alarmSignal;
+  sigemptyset(&alarmSignal);
+  sigaddset(&alarmSignal, SIGALRM);
+  pthread_sigmask(SIG_UNBLOCK, &alarmSignal, nullptr);
+  std::signal(SIGALRM, endAtLast);
+  alarm(farewellSecondsMax);
+}
+
 }  // namespace
 
 WindowedApplication::WindowedApplication(int& argc, char** argv)
@@ -49,10 +71,20 @@ WindowedApplication::WindowedApplication(int& argc, char** argv)
       ownDesktop(std::make_unique<ToolkitDesktop>()) {
   QGuiApplication::setQuitOnLastWindowClosed(false);
   QGuiApplication::setDesktopFileName(QStringLiteral("halvik-diagnostic"));
-  lastMeasures().tellUser = showError;
+  lastMeasures().tellUser = [this](const char* reason) {
+    // Nobody reads from the commands any more: what they print would keep the message box busy.
+    stopWatching();
+    showError(reason);
+  };
 }
 
 WindowedApplication::~WindowedApplication() = default;
+
+int WindowedApplication::run() {
+  const int status = ToolkitApplication::run();
+  limitFarewell();
+  return status;
+}
 
 void WindowedApplication::setDelegate(ApplicationDelegate& delegate) {
   QObject::connect(qGuiApp, &QGuiApplication::lastWindowClosed, qGuiApp, [&delegate] {

@@ -18,6 +18,8 @@ class WindowedApplication final : public ToolkitApplication {
   WindowedApplication(int& argc, char** argv);
   ~WindowedApplication() override;
 
+  /// Once it has returned, the process ends within seconds, even if the display does not answer.
+  int run() override;
   void setDelegate(ApplicationDelegate& delegate) override;
 
   Desktop& desktop();

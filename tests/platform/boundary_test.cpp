@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <cstdlib>
 #include <stdexcept>
 
 #include "platform/log.h"
@@ -54,6 +55,15 @@ TEST(BoundaryDeathTest, CommandsAreAskedToEndWhenTheReportIsSafe) {
         enter(fail);
       },
       testing::KilledBySignal(SIGABRT), "saved\n.*ended\n");
+}
+
+TEST(BoundaryDeathTest, NothingGoesOnWhileAPersonIsTold) {
+  EXPECT_EXIT(
+      {
+        lastMeasures().tellUser = [](const char* /*reason*/) { enter([] { std::_Exit(2); }); };
+        enter(fail);
+      },
+      testing::ExitedWithCode(EXIT_FAILURE), "a reason\n");
 }
 
 TEST(BoundaryDeathTest, APersonIsToldAndTheStatusSaysThatItFailed) {

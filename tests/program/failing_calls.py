@@ -10,6 +10,7 @@ hands out as the report is the whole report, and where there is none, a line or 
 import collections
 import contextlib
 import errno
+import functools
 import os
 import pathlib
 import random
@@ -18,10 +19,11 @@ import signal
 import subprocess
 import tempfile
 
+import servers
 import support
 import system_calls
 
-GUARD_SECONDS = 60  # a run takes half a second
+GUARD_SECONDS = 60  # a run takes half a second, and ten more where the display is mute at the close
 LEAVE_SECONDS = 20  # what the program has told to end needs no time at all
 STALL_MS = 2000
 # Enough for a run. Built for POSIX alone, the program looks at each number below the limit.
@@ -63,7 +65,7 @@ NOT_FALLIBLE = {
     "a refused brk gives the old end of the heap, and no error: the C library takes an error for the new end":
         "brk",
     "they do not fail with what the program gives them":
-        "arch_prctl clock_gettime clock_nanosleep exit exit_group getegid geteuid getgid getpid getppid getresgid"
+        "alarm arch_prctl clock_gettime clock_nanosleep exit exit_group getegid geteuid getgid getpid getppid getresgid"
         " getresuid gettid getuid gettimeofday kill prctl restart_syscall rseq rt_sigaction rt_sigprocmask"
         " rt_sigreturn sched_getaffinity sched_getparam sched_getscheduler sched_yield set_robust_list"
         " set_tid_address shutdown sigaltstack sysinfo tgkill umask uname",
@@ -80,7 +82,7 @@ PASSING = ["EINTR", "EAGAIN"]
 # for lists of this length it never needs to look for.
 NOT_FOREVER = ["poll", "ppoll"]
 
-PHASES = ["loading", "setting up", "running", "delivering", "in a child"]
+PHASES = ["loading", "setting up", "running", "delivering", "closing", "in a child"]
 
 BIG = "".join(f"{number}\n" for number in range(190_000))  # more than a MiB
 # The first command ends only with the last one. Should the last one never start, somebody has to end the first.
@@ -97,7 +99,8 @@ KEPT = "kept"  # the whole report is on the Desktop or among the temporary files
 TOLD = "told"  # no report, and a line or a status says so
 BAD = "bad"
 
-Failure = collections.namedtuple("Failure", "scenario name by_child number error forever")
+# The number is that among the calls of the same name since the run began, or since its window is to close.
+Failure = collections.namedtuple("Failure", "scenario name by_child number error forever closing")
 # reached: whether the run came to the call that was to fail.
 Result = collections.namedtuple("Result", "failure verdict reached detail")
 
@@ -111,12 +114,20 @@ class Scenario:
 
     options = ["-s"]
     submit = "http://127.0.0.1:1/diagnosticsubmit"
+    environment = {"QT_QPA_PLATFORM": "none"}
+    runs = 1  # for which there are commands
+    is_watched_from_start = True  # else from the moment on at which `use` says so
+    is_closing = False
+    is_mute = False  # whether standard error takes nothing
 
     def __init__(self, receiver=None):
         self.receiver = receiver
 
     def prepare(self, folder):
         """Puts into the folders of a run what is to be there."""
+
+    def use(self, run):
+        """What somebody does with the program while it runs."""
 
     def is_delivered(self, run):
         """Whether the whole report is where it had been asked for. Raises a Lie."""
@@ -179,17 +190,86 @@ class Fallback(Scenario):
         return run.status == 1 and run.desktop_file == REPORT
 
 
-SCENARIOS = {kind.name: kind for kind in (Console, File, Upload, Fallback)}
+class Window(Scenario):
+    """A run is started in the window, and the window is closed when the outcome is shown.
+
+    What the toolkit, its fonts and the X server need before the window stands is none of this program's doing: calls
+    fail from the moment on at which the start button is pressed. If the window then shows that the upload has failed,
+    trouble is over, and a second run in the same window has to be delivered.
+    """
+
+    name = "window"
+    options = []
+    runs = 2
+    is_watched_from_start = False
+
+    def __init__(self, server, screen, desktop, person):
+        super().__init__(server)
+        self.person = functools.partial(person, screen)
+        self.submit = server.url()
+        self.environment = {"QT_QPA_PLATFORM": "xcb", "DISPLAY": screen.name, "DBUS_SESSION_BUS_ADDRESS": "disabled:",
+                            "PATH": f"{desktop.programs}:{os.environ['PATH']}"}
+
+    def prepare(self, folder):
+        self.receiver.requests.clear()
+        self.is_closing = False
+
+    def use(self, run):
+        self.outcomes = []
+        person = self.person(run.process, GUARD_SECONDS)
+        person.wait_for_idle_window()
+        run.is_watched = True
+        self.outcomes.append(person.start_and_look())
+        if self.outcomes == ["failure"]:
+            run.is_watched = False
+            self.outcomes.append(person.start_and_look(before="failure"))
+        self.is_closing = True
+        person.close()
+
+    def is_delivered(self, run):
+        received = [request.submitted for request in self.receiver.requests]
+        if any(content != REPORT for content in received):
+            raise Lie("the server has got something else than the report")
+        if len(received) < self.outcomes.count("link"):
+            raise Lie("the window shows a link, but the server has got nothing")
+        if self.outcomes[0] == "failure" and self.outcomes[1:] != ["link"]:
+            raise Lie(f"a second run in the same window: {self.outcomes[1]}")
+        if run.status < 0 and run.status != -signal.SIGABRT:
+            raise Lie("a crash")
+        if self.outcomes[-1] == "end" and not run.messages and not self.is_mute:
+            raise Lie("the window has gone without a word")
+        return self.outcomes == ["link"] and run.status == 0
+
+
+SCENARIOS = {kind.name: kind for kind in (Console, File, Upload, Fallback, Window)}
 
 
 @contextlib.contextmanager
 def scenario(name):
     """The scenario with the server that it needs, inside namespaces of its own."""
     kind = SCENARIOS[name]
-    if kind is not Upload:
+    if kind is Upload:
+        yield from _with_upload()
+    elif kind is Window:
+        yield from _with_screen()
+    else:
         yield kind()
-        return
-    import tls  # for which not every machine has the libraries
+
+
+def _with_screen():
+    import windows  # for which not every machine has the libraries
+
+    windows.use_own_sockets()
+    with tempfile.TemporaryDirectory(prefix="halvik-screen-") as place, contextlib.ExitStack() as stack:
+        screen = windows.Screen(place, size=(640, 640), options=["-nolock"])
+        stack.callback(screen.close)
+        server = servers.Server(servers.reply(windows.RESULT))
+        stack.callback(server.close)
+        yield Window(server, screen, windows.Desktop(pathlib.Path(place)), windows.Hurried)
+
+
+def _with_upload():
+    import tls  # the same
 
     with tempfile.TemporaryDirectory(prefix="halvik-tls-") as place, contextlib.ExitStack() as stack:
         folder = pathlib.Path(place)
@@ -205,7 +285,7 @@ def scenario(name):
         web = tls.WebServer(folder / "nginx", authority.issue(folder / "server"), receiver.port,
                             "client_max_body_size 8m;")
         stack.callback(web.close)
-        yield kind(receiver)
+        yield Upload(receiver)
 
 
 class Run:
@@ -213,13 +293,14 @@ class Run:
 
     def __init__(self, kind, decide, **gate):
         self.scenario = kind
+        self.is_watched = kind.is_watched_from_start
         with tempfile.TemporaryDirectory(prefix="halvik-") as name:
             self.folder = pathlib.Path(name)
-            for sub in ("home", "work", "tmp"):
-                (self.folder / sub).mkdir()
+            for sub in ("home", "work", "tmp", "runtime"):
+                (self.folder / sub).mkdir(mode=0o700)
             os.mkfifo(self.folder / "work/gate")
             (self.folder / "work/big").write_text(BIG)
-            (self.folder / "work/commands").write_text("".join(f"{line}\n" for line, *_ in OUTPUTS))
+            (self.folder / "work/commands").write_text("".join(f"{line}\n" for line, *_ in OUTPUTS * kind.runs))
             kind.prepare(self.folder)
             self._start(decide, gate)
             self.verdict, self.detail = self._judge()
@@ -228,25 +309,28 @@ class Run:
         kept = ["PATH", "LD_LIBRARY_PATH", "ASAN_OPTIONS", "LSAN_OPTIONS", "UBSAN_OPTIONS"]
         env = {name: os.environ[name] for name in kept if name in os.environ}
         env.update(HOME=str(self.folder / "home"), TMPDIR=str(self.folder / "tmp"), LC_ALL="C.UTF-8",
-                   QT_QPA_PLATFORM="none", STAND_IN_COMMANDS="commands", STAND_IN_SUBMIT_URL=self.scenario.submit,
-                   STAND_IN_STALL_MS=str(STALL_MS))
-        calls = system_calls.Gate(support.stand_in(), decide, **gate)
+                   XDG_RUNTIME_DIR=str(self.folder / "runtime"), STAND_IN_COMMANDS="commands",
+                   STAND_IN_SUBMIT_URL=self.scenario.submit, STAND_IN_STALL_MS=str(STALL_MS))
+        env.update(self.scenario.environment)
+        calls = system_calls.Gate(support.stand_in(), lambda call: decide(call) if self.is_watched else 0, **gate)
 
         def enter():
             resource.setrlimit(resource.RLIMIT_NOFILE, DESCRIPTORS)
             calls.enter()
 
         try:
-            process = subprocess.Popen([support.stand_in(), *self.scenario.options], env=env, stdin=subprocess.DEVNULL,
-                                       stdout=subprocess.PIPE, stderr=subprocess.PIPE, cwd=self.folder / "work",
-                                       preexec_fn=enter, start_new_session=True)
+            process = self.process = subprocess.Popen(
+                [support.stand_in(), *self.scenario.options], env=env, stdin=subprocess.DEVNULL,
+                stdout=subprocess.PIPE, stderr=subprocess.PIPE, cwd=self.folder / "work", preexec_fn=enter,
+                start_new_session=True)
             try:
+                self.scenario.use(self)
                 self.stdout, self.stderr = process.communicate(timeout=GUARD_SECONDS)
-                self.is_hanging = False
-            except subprocess.TimeoutExpired:
+                self.hanging = None
+            except (subprocess.TimeoutExpired, TimeoutError) as error:
                 process.kill()
                 self.stdout, self.stderr = process.communicate()
-                self.is_hanging = True
+                self.hanging = str(error)
             self.status = process.returncode
             self.is_leaving_commands = not calls.all_ended(LEAVE_SECONDS)
             if self.is_leaving_commands:
@@ -266,8 +350,8 @@ class Run:
     def _judge(self):
         told = f"status {self.status}: {self.messages.strip()[-300:]}"
         try:
-            if self.is_hanging:
-                raise Lie("hangs")
+            if self.hanging:
+                raise Lie(f"hangs: {self.hanging}")
             if self.is_leaving_commands:
                 raise Lie("a command is left behind")
             is_kept = self._look_at_files()
@@ -303,19 +387,20 @@ def count(kind):
     calls = []
 
     def note(call):
-        calls.append((call.name, call.by_child))
+        calls.append((call.name, call.by_child, kind.is_closing))
         return 0
 
     run = Run(kind, note, let_through=EXEMPT)
     if run.verdict != WHOLE:
         raise AssertionError(f"{kind.name}: an undisturbed run: {run.verdict}: {run.detail}")
-    ours = [name for name, by_child in calls if not by_child]
-    first_of_main = ours.index("fcntl")
+    ours = [name for name, by_child, _ in calls if not by_child]
+    first_of_main = ours.index("fcntl") if kind.is_watched_from_start else 0
     first_pipe = next(place for place, name in enumerate(ours) if name in ("pipe", "pipe2"))
     last_wait = max(place for place, name in enumerate(ours) if name == "wait4")
-    borders = [first_of_main, first_pipe, last_wait + 1, len(ours) + 1]
+    last_open = sum(not by_child and not closing for _, by_child, closing in calls)
+    borders = [first_of_main, first_pipe, last_wait + 1, last_open, len(ours)]
     phases = [next(phase for phase, border in zip(PHASES, borders) if place < border) for place in range(len(ours))]
-    children = [(name, True, PHASES[-1]) for name, by_child in calls if by_child]
+    children = [(name, True, PHASES[-1]) for name, by_child, _ in calls if by_child]
     return [(name, False, phase) for name, phase in zip(ours, phases)] + children
 
 
@@ -327,14 +412,15 @@ def failures(kind, calls, is_thorough=False):
     """
     seen = collections.Counter()
     for name, by_child, phase in calls:
-        number = seen[name, by_child] = seen[name, by_child] + 1
+        closing = phase == "closing"
+        number = seen[name, by_child, closing] = seen[name, by_child, closing] + 1
         errors = ERRORS_OF.get(name, OTHER_ERRORS)
         if number > 20 and not is_thorough:
             errors = [errors[number % len(errors)]]
         for error in errors:
             for forever in ([False, True] if number <= 3 or is_thorough else [False]):
                 if not (forever and (error in PASSING or name in NOT_FOREVER)):
-                    yield Failure(kind.name, name, by_child, number, error, forever), phase
+                    yield Failure(kind.name, name, by_child, number, error, forever, closing), phase
 
 
 def sample(plan, size, seed):
@@ -350,12 +436,13 @@ def attempt(kind, failure):
 
     def decide(call):
         nonlocal seen
-        if call.name != failure.name or call.by_child != failure.by_child:
+        if (call.name, call.by_child) != (failure.name, failure.by_child) or failure.closing and not kind.is_closing:
             return 0
         seen += 1
         hit = seen >= failure.number if failure.forever else seen == failure.number
         return getattr(errno, failure.error) if hit else 0
 
+    kind.is_mute = failure.forever and failure.name in ("write", "writev")
     run = Run(kind, decide, stop=[failure.name])
     return Result(failure, run.verdict, seen >= failure.number, run.detail)
 

@@ -12,18 +12,23 @@ import support
 import system_calls
 
 RUNS = 70  # of each scenario
+RUNS_WITH_WINDOW = 12  # which take longer
 SEED = 1
 
 # Calls whose failure the program once took for success.
 WATCHED = ["dup3", "fcntl", "poll"]
 
 
+needs_screen = unittest.skipUnless(shutil.which("Xvfb") and importlib.util.find_spec("Xlib"),
+                                   "xvfb or python3-xlib is not installed")
+
+
 class InjectedFailuresTest(unittest.TestCase):
-    def sweep(self, name):
+    def sweep(self, name, runs=RUNS, watched=WATCHED):
         with failing_calls.scenario(name) as scenario:
             plan = list(failing_calls.failures(scenario, failing_calls.count(scenario)))
-            watched = [(failure, phase) for failure, phase in plan if failure.name in WATCHED and failure.number <= 2]
-            for failure, phase in watched + failing_calls.sample(plan, RUNS, SEED):
+            chosen = [(failure, phase) for failure, phase in plan if failure.name in watched and failure.number <= 2]
+            for failure, phase in chosen + failing_calls.sample(plan, runs, SEED):
                 result = failing_calls.attempt(scenario, failure)
                 self.assertNotEqual(result.verdict, failing_calls.BAD, failing_calls.describe(result, phase))
 
@@ -41,6 +46,11 @@ class InjectedFailuresTest(unittest.TestCase):
 
     def test_an_upload_that_is_refused(self):
         self.sweep("fallback")
+
+    @support.needs_namespaces
+    @needs_screen
+    def test_a_report_uploaded_from_the_window(self):
+        self.sweep("window", RUNS_WITH_WINDOW, watched=[])
 
 
 class JudgeTest(unittest.TestCase):
@@ -68,6 +78,30 @@ class JudgeTest(unittest.TestCase):
         in_the_way = "home/Desktop/diagnostic_results.txt"
         run = self.judge("fallback", lambda folder: (folder / in_the_way).mkdir(parents=True))
         self.assertEqual(run.verdict, failing_calls.TOLD, run.detail)
+
+    @support.needs_namespaces
+    @needs_screen
+    def test_missing_bytes_from_a_window(self):
+        with failing_calls.scenario("window") as scenario:
+            prepare = scenario.prepare
+
+            def spoil(folder):
+                prepare(folder)
+                (folder / "work/big").write_text(failing_calls.BIG[:-1])
+
+            scenario.prepare = spoil
+            run = failing_calls.Run(scenario, lambda call: 0)
+            self.assertEqual(run.verdict, failing_calls.BAD, run.detail)
+
+    @support.needs_namespaces
+    @needs_screen
+    def test_an_upload_that_fails_in_a_window(self):
+        with failing_calls.scenario("window") as scenario:
+            failure = failing_calls.Failure(scenario.name, "socket", by_child=False, number=1, error="EMFILE",
+                                            forever=True, closing=False)
+            result = failing_calls.attempt(scenario, failure)
+            self.assertEqual(result.verdict, failing_calls.KEPT, result.detail)
+            self.assertEqual(scenario.outcomes, ["failure", "link"])
 
     def test_nothing_wrong(self):
         run = self.judge("print", lambda folder: None)

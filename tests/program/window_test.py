@@ -296,23 +296,27 @@ class EndTest(windows.WindowedTest):
 
     def test_closing_in_the_middle_of_a_run_ends_its_commands(self):
         server = self.serve()
-        folder = self.folder / "commands-running"
+        self.start_commands(server)
+        ended = self.close_window()
+        self.assertEqual((ended.status, ended.stdout, ended.messages), (0, b"", []))
+        self.wait_for_commands("ended")
+        self.assertEqual(server.connections, 0)
+        self.assert_only_files(self.home, [])
+
+    def start_commands(self, server):
+        """Opens a window and starts a run in it, whose commands run until they are asked to end."""
+        folder = self.running = self.folder / "commands-running"
         folder.mkdir()
         line = (f"trap 'kill $waiting; echo >{folder}/ended-$$; exit' TERM; sleep 1000 & waiting=$!; "
                 f"echo $waiting >{folder}/started-$$; wait")
         self.addCleanup(self.end_leftovers, folder)
         self.open_window(commands=[line] * (support.PLAN_LENGTH - 1), submit=server.url())
         self.window.press("Return")
+        self.wait_for_commands("started")
 
-        def files(kind):
-            return [path for path in folder.glob(kind + "-*") if path.stat().st_size]
-
-        support.wait_until(lambda: len(files("started")) == support.PLAN_LENGTH - 1, "the commands have started")
-        ended = self.close_window()
-        self.assertEqual((ended.status, ended.stdout, ended.messages), (0, b"", []))
-        support.wait_until(lambda: len(files("ended")) == support.PLAN_LENGTH - 1, "every command was asked to end")
-        self.assertEqual(server.connections, 0)
-        self.assert_only_files(self.home, [])
+    def wait_for_commands(self, kind):
+        support.wait_until(lambda: sum(path.stat().st_size > 0 for path in self.running.glob(kind + "-*"))
+                           == support.PLAN_LENGTH - 1, f"every command has {kind}")
 
     @staticmethod
     def end_leftovers(folder):
@@ -328,6 +332,54 @@ class EndTest(windows.WindowedTest):
         ended = self.close_window()
         self.assertEqual((ended.status, ended.stdout, ended.messages), (0, b"", []))
         self.assert_only_files(self.home, [])
+
+    def test_a_run_that_has_failed_does_not_go_on_behind_the_message(self):
+        server = self.serve()
+        enough_for_some = ["prlimit", "--nofile=100:100", "--"]
+        self.open_window(commands=["echo here"], submit=server.url(), prefix=enough_for_some)
+        self.window.press("Return")
+        message = self.screen.wait_for_window(windows.MESSAGE_TITLE, self.process)
+        support.wait_until_idle(self.process.pid)
+        message.press("Return")
+        ended = self.finish(self.process)
+        self.assertEqual((ended.status, ended.stdout, len(ended.messages)), (1, b"", 1))
+        self.assertEqual(server.connections, 0)
+        self.assert_only_files(self.home, [])
+
+    def test_a_display_that_goes_away_in_the_middle_of_a_run(self):
+        server = self.serve()
+        self.start_commands(server)
+        self.window.lose()
+        self.assert_ended_without_display()
+        self.wait_for_commands("ended")
+        self.assertEqual(server.connections, 0)
+        self.assert_only_files(self.home, [])
+
+    def test_a_display_that_goes_away_while_the_report_is_uploaded(self):
+        server = self.serve()
+        self.open_window(commands=["echo here"], submit=server.url())
+        self.window.press("Return")
+        support.wait_until(lambda: server.requests, "the report has been received")
+        self.window.lose()
+        self.assert_ended_without_display()
+        self.assert_same_text(self.desktop_file.read_bytes(), support.report([("echo here", "here\n")]))
+
+    def assert_ended_without_display(self):
+        ended = self.finish(self.process)
+        self.assertEqual((ended.status, ended.stdout), (1, b""))
+        self.assertRegex(ended.messages[0], "^the program ends after an error: The X11 connection broke")
+
+    def test_a_display_that_is_mute_when_the_window_is_closed(self):
+        server = self.serve()
+        self.open_window(submit=server.url())
+        manager = SilencingManager(self.screen)
+        self.addCleanup(self.screen.server.send_signal, signal.SIGCONT)
+        self.run_once()
+        self.window.press("alt+c")
+        support.wait_until(lambda: manager.is_clipboard_owned(), "the link is copied")
+        ended = self.close_window()
+        self.assertEqual((ended.status, ended.stdout), (0, b""))
+        manager.finish()
 
 
 class OptionTest(windows.WindowedTest):
@@ -447,6 +499,19 @@ class ClipboardManager:
             event = self.display.next_event()
             if event.type == kind:
                 return event
+
+
+class SilencingManager(ClipboardManager):
+    """Stops the display as soon as the program, which is about to end, asks for something."""
+
+    def __init__(self, screen):
+        self.screen = screen
+        super().__init__(screen.name)
+
+    def _save_when_asked(self):
+        self._next(Xlib.X.SelectionRequest)
+        self.screen.server.send_signal(signal.SIGSTOP)
+        self.display.close()
 
 
 support.run_tests(needs_namespaces=True)

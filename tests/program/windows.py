@@ -3,17 +3,21 @@
 
 """A screen for the windowed program, with a user's hands and eyes, and a desktop that notes what it is to open."""
 
+import contextlib
 import os
 import pathlib
 import re
 import socket
 import subprocess
 import threading
+import time
 
 import Xlib.display
 import Xlib.error
+import Xlib.ext.xtest
 import Xlib.protocol.event
 import Xlib.X
+import Xlib.XK
 
 import servers
 import support
@@ -75,6 +79,14 @@ class Screen:
 
         support.wait_until(is_there, f"{title} is on the screen")
         return Window(self, self.windows(title)[0])
+
+    def ask_to_close(self, window):
+        """Asks as a window manager does for the button in the window's frame."""
+        atom = self.display.intern_atom
+        window.send_event(Xlib.protocol.event.ClientMessage(
+            window=window, client_type=atom("WM_PROTOCOLS"),
+            data=(32, [atom("WM_DELETE_WINDOW"), Xlib.X.CurrentTime, 0, 0, 0])))
+        self.display.flush()
 
     def clipboard(self):
         """What it holds, or None: a program that copies may empty it first."""
@@ -146,12 +158,100 @@ class Window:
         return self.picture()
 
     def close(self):
-        """Asks as a window manager does for the button in the window's frame."""
-        atom = self.screen.display.intern_atom
-        self.window.send_event(Xlib.protocol.event.ClientMessage(
-            window=self.window, client_type=atom("WM_PROTOCOLS"),
-            data=(32, [atom("WM_DELETE_WINDOW"), Xlib.X.CurrentTime, 0, 0, 0])))
+        self.screen.ask_to_close(self.window)
+
+    def lose(self):
+        """Breaks the program's connection to the display, as the end of the display would."""
+        self.window.kill_client()
         self.screen.display.flush()
+
+
+class Hurried:
+    """A person who starts runs in the window of a program that may fail in any way, and needs no other programs."""
+
+    LOOK_SECONDS = 0.01
+    PATIENCE_SECONDS = 1
+
+    def __init__(self, screen, process, guard_seconds):
+        self.screen = screen
+        self.process = process
+        self.deadline = time.monotonic() + guard_seconds
+        self.mouse_place = 10
+        self.seen = None
+        # What is asked of a window that has just gone is no error here.
+        screen.display.set_error_handler(lambda *_: None)
+
+    def _wait_for(self, look, what):
+        patient_until = time.monotonic() + self.PATIENCE_SECONDS
+        while True:
+            with contextlib.suppress(Xlib.error.BadWindow, Xlib.error.BadDrawable, Xlib.error.BadMatch):
+                if seen := look():
+                    return seen
+            if time.monotonic() > self.deadline:
+                raise TimeoutError(f"waited in vain for {what}")
+            if time.monotonic() > patient_until:
+                # Whoever sees nothing happen moves the mouse, by which the program hears of the display.
+                patient_until = time.monotonic() + self.PATIENCE_SECONDS
+                self._move_mouse()
+            time.sleep(self.LOOK_SECONDS)
+
+    def _move_mouse(self):
+        self.mouse_place = 30 - self.mouse_place
+        Xlib.ext.xtest.fake_input(self.screen.display, Xlib.X.MotionNotify, x=self.mouse_place, y=self.mouse_place)
+        self.screen.display.sync()
+
+    def wait_for_idle_window(self):
+        self.window = self._wait_for(lambda: next(iter(self.screen.windows(TITLE)), None), "the window")
+        self._wait_for(lambda: len(self._picture().bands()) > 4, "what is in the window")
+        support.wait_until_idle(self.process.pid)
+
+    def start_and_look(self, before=None):
+        """Starts a run and waits for an outcome that is not the one before, whose picture may stay for long.
+
+        It is "link", "failure", "message", which is then closed, or "end", as the program has ended.
+        """
+        self._press(self.window, Xlib.XK.XK_Alt_L, Xlib.XK.XK_s)
+        outcome = self._wait_for(lambda: self._end() or self._shown(before), "the outcome")
+        if outcome == "message":
+            # A person reads first, and nothing may go on meanwhile.
+            self._wait_for(self._is_idle, "the message to stand alone")
+            for box in self.screen.windows(MESSAGE_TITLE):
+                self._press(box, Xlib.XK.XK_Return)
+            self._wait_for(lambda: self.process.poll() is not None, "the end after a message")
+        return outcome
+
+    def close(self):
+        self.screen.ask_to_close(self.window)
+
+    def _is_idle(self):
+        if self.process.poll() is None:
+            support.wait_until_idle(self.process.pid)
+        return True
+
+    def _end(self):
+        if self.process.poll() is not None:
+            return "end"
+        return "message" if self.screen.windows(MESSAGE_TITLE) else None
+
+    def _shown(self, before):
+        picture = self._picture()
+        shown = picture.text and ("link" if picture.link else "failure")
+        seen, self.seen = self.seen, shown  # what is seen once only may be half painted
+        return shown if shown == seen != before else None
+
+    def _picture(self):
+        place = self.window.get_geometry()
+        return Picture(self.screen.pixels(place.x, place.y, place.width, place.height))
+
+    def _press(self, window, *symbols):
+        display = self.screen.display
+        window.set_input_focus(Xlib.X.RevertToParent, Xlib.X.CurrentTime)
+        codes = [display.keysym_to_keycode(symbol) for symbol in symbols]
+        for code in codes:
+            Xlib.ext.xtest.fake_input(display, Xlib.X.KeyPress, code)
+        for code in reversed(codes):
+            Xlib.ext.xtest.fake_input(display, Xlib.X.KeyRelease, code)
+        display.sync()
 
 
 class Box:
