@@ -85,8 +85,11 @@ class Children {
     pthread_sigmask(SIG_UNBLOCK, &unblocked, nullptr);
     if (notifier.isNull()) {
       notifier = new QSocketNotifier(readEnd, QSocketNotifier::Read, QCoreApplication::instance());
-      QObject::connect(notifier, &QSocketNotifier::activated, notifier,
-                       [this] { enter([this] { tellOfEnds(); }); });
+      QObject::connect(notifier, &QSocketNotifier::activated, notifier, [this] {
+        // Nobody empties the pipe any more, which would keep the loop of a message box busy.
+        notifier->setEnabled(!isEnding());
+        enter([this] { tellOfEnds(); });
+      });
     }
     return true;
   }
