@@ -26,8 +26,8 @@ class EpollSet final : public DescriptorSet {
 
   enum class Wait { no, untilSomeoneIsReady };
 
-  /// Calls those that are ready, 32 of them at most, and lets their errors out. A signal ends a wait.
-  /// Throws std::system_error when the system refuses to wait.
+  /// Calls those that are ready, 32 of them at most, and lets their errors out. A signal ends a
+  /// wait. Throws std::system_error when the system refuses to wait.
   void dispatch(Wait wait);
 
  private:
