@@ -117,6 +117,13 @@ class CompanionTest(support.ProgramTest):
         for name in ("libQt6Gui", "libQt6Widgets", "libX11", "libGL"):
             self.assertNotIn(name, of_program + of_upload)
 
+    def test_is_built_with_the_program(self):
+        """Also where nothing but the program is asked for, as `scripts/run` does."""
+        command = ["ninja", "-C", pathlib.Path(support.program()).parent, "-t", "inputs", "halvik-diagnostic"]
+        inputs = subprocess.run(command, check=True, capture_output=True, text=True).stdout.splitlines()
+        for name in (UPLOAD, WINDOW):
+            self.assertIn(f"libexec/{name}", inputs)
+
     def test_keeps_the_name_of_the_program(self):
         process = self.start(support.program(), [], env={"QT_QPA_PLATFORM": "offscreen"})
         facts = pathlib.Path(f"/proc/{process.pid}")
