@@ -53,7 +53,8 @@ class Utf8Progress {
 std::string_view untilNul(std::string_view text);
 Pieces untilNul(const Pieces& pieces);
 
-/// `text` without the tabs and the spaces of Unicode (category Zs) at both ends; line breaks stay.
+/// Valid UTF-8 `text` without the tabs and the spaces of Unicode (category Zs) at both ends; line
+/// breaks stay.
 std::string trimSpaces(std::string_view text);
 
 }  // namespace platform
