@@ -8,6 +8,8 @@
 #include <QDesktopServices>
 #include <QFile>
 #include <QMessageBox>
+#include <QSemaphore>
+#include <QThreadPool>
 #include <QUrl>
 #include <unistd.h>
 
@@ -49,6 +51,24 @@ void showError(const char* reason) {
                             .arg(QString::fromUtf8(reason)));
 }
 
+// The toolkit paints with threads, started in the middle of it, and would wait for ever for one
+// that the system refuses: commands may have used up all that it grants. The one started here
+// stays.
+void keepThreadToPaintWith() {
+  QThreadPool* pool = QThreadPool::globalInstance();
+  pool->setMaxThreadCount(1);
+  pool->setExpiryTimeout(-1);
+  QSemaphore isRunning;
+  pool->start([&isRunning] { isRunning.release(); });
+  isRunning.acquire();
+}
+
+std::unique_ptr<QCoreApplication> makeWindowedToolkit(int& argc, char** argv) {
+  auto toolkit = std::make_unique<QApplication>(argc, argv);
+  keepThreadToPaintWith();
+  return toolkit;
+}
+
 extern "C" void endAtLast(int /*signal*/) {
   std::_Exit(EXIT_SUCCESS);
 }
@@ -67,7 +87,7 @@ void limitFarewell() {
 }  // namespace
 
 WindowedApplication::WindowedApplication(int& argc, char** argv)
-    : ToolkitApplication([&argc, argv] { return std::make_unique<QApplication>(argc, argv); }),
+    : ToolkitApplication([&argc, argv] { return makeWindowedToolkit(argc, argv); }),
       ownDesktop(std::make_unique<ToolkitDesktop>()) {
   QGuiApplication::setQuitOnLastWindowClosed(false);
   QGuiApplication::setDesktopFileName(QStringLiteral("halvik-diagnostic"));

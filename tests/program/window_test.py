@@ -4,6 +4,7 @@
 """The program with its window on a screen, used by keys and mouse."""
 
 import contextlib
+import errno
 import os
 import shutil
 import signal
@@ -15,6 +16,7 @@ import plan
 import roots
 import servers
 import support
+import system_calls
 
 support.require_tools("Xvfb", "xdotool", "xclip")
 try:
@@ -428,6 +430,15 @@ class DisplayTest(windows.WindowedTest):
     def test_a_wayland_that_does_not_answer_leaves_the_other_display(self):
         self.open_window(env={**self.ANY, "WAYLAND_DISPLAY": "nonsense", "XDG_SESSION_TYPE": "wayland"})
         self.assertEqual(self.close_window().status, 0)
+
+    def test_without_a_thread_to_paint_with_a_line_says_so(self):
+        gate = system_calls.Gate(support.stand_in(), lambda call: errno.EAGAIN, stop=["clone3"])
+        self.addCleanup(gate.close)
+        ended = self.run_stand_in([], ["touch started"], preexec_fn=gate.enter)
+        self.assertEqual((ended.status, ended.stdout), (1, b""))
+        self.assertRegex(ended.messages[-2], "no thread .* the option -s runs without one")
+        self.assertIn("Resource temporarily unavailable", ended.messages[-1])
+        self.assert_only_files(self.work, [])
 
 
 @unittest.skipUnless(shutil.which("dig"), "the tools of the plan are not installed")
