@@ -152,6 +152,11 @@ def is_sanitized():
     return b"__asan_init" in pathlib.Path(stand_in()).read_bytes()
 
 
+def is_counting_branches():
+    """Whether the program was built for scripts/coverage. It then writes its counts where it was built."""
+    return b"__gcov_dump" in pathlib.Path(stand_in()).read_bytes()
+
+
 class Ended:
     """What a run of the program left: its status and both of its streams."""
 
