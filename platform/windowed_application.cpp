@@ -11,8 +11,10 @@
 #include <QSemaphore>
 #include <QThreadPool>
 #include <QUrl>
+#include <fcntl.h>
 #include <unistd.h>
 
+#include <array>
 #include <csignal>
 #include <cstdlib>
 
@@ -43,6 +45,26 @@ class ToolkitDesktop final : public Desktop {
   void openInTextEditor(const std::string& path) override {
     QDesktopServices::openUrl(QUrl::fromLocalFile(QFile::decodeName(path.c_str())));
   }
+};
+
+// For a message box that tells of commands which have taken all descriptors: the display passes it
+// some, and the toolkit waits for ever for one that did not come through.
+class SpareDescriptors {
+ public:
+  SpareDescriptors() {
+    for (int& fd : held) {
+      fd = open("/dev/null", O_RDONLY | O_CLOEXEC);
+    }
+  }
+
+  void release() const {
+    for (const int fd : held) {
+      close(fd);
+    }
+  }
+
+ private:
+  std::array<int, 8> held{};
 };
 
 void showError(const char* reason) {
@@ -91,9 +113,10 @@ WindowedApplication::WindowedApplication(int& argc, char** argv)
       ownDesktop(std::make_unique<ToolkitDesktop>()) {
   QGuiApplication::setQuitOnLastWindowClosed(false);
   QGuiApplication::setDesktopFileName(QStringLiteral("halvik-diagnostic"));
-  lastMeasures().tellUser = [this](const char* reason) {
+  lastMeasures().tellUser = [this, spare = SpareDescriptors()](const char* reason) {
     // Nobody reads from the commands any more: what they print would keep the message box busy.
     stopWatching();
+    spare.release();
     showError(reason);
   };
 }
