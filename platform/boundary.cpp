@@ -3,7 +3,9 @@
 
 #include "platform/boundary.h"
 
+#include <cstddef>
 #include <cstdlib>
+#include <memory>
 #include <string>
 #include <utility>
 
@@ -14,6 +16,10 @@ namespace platform {
 namespace {
 
 bool hasFailed = false;
+
+// Given back when there may be no other memory to say so, and to save a report, with.
+constexpr std::size_t reservedBytes = 64UL * 1024;
+std::unique_ptr<char[]> reserve(new char[reservedBytes]);
 
 }  // namespace
 
@@ -28,21 +34,33 @@ LastMeasures& lastMeasures() {
 
 void endAfterUncaughtError(const char* reason) {
   hasFailed = true;
+  reserve.reset();
   log(std::string("the program ends after an error: ") + reason);
-  // Taken out before they are used: should one of them fail, the error that comes here again finds
-  // nothing to repeat.
-  const LastMeasures measures = std::exchange(lastMeasures(), {});
-  if (measures.saveReport) {
-    takeMeasure(measures.saveReport);
+  // Taken out before it is used: should it fail, the error that comes here again goes on with the
+  // next.
+  if (const auto saveReport = std::exchange(lastMeasures().saveReport, {})) {
+    takeMeasure(saveReport);
   }
-  if (measures.endCommands) {
-    takeMeasure(measures.endCommands);
+  if (const auto endCommands = std::exchange(lastMeasures().endCommands, {})) {
+    takeMeasure(endCommands);
   }
-  if (measures.tellUser) {
-    takeMeasure([&] { measures.tellUser(reason); });
+  if (const auto tellUser = std::exchange(lastMeasures().tellUser, {})) {
+    takeMeasure([&] { tellUser(reason); });
     std::_Exit(EXIT_FAILURE);
   }
   std::abort();
+}
+
+void catchUncaughtErrors() {
+  std::set_terminate([] {
+    lastMeasures().tellUser = nullptr;
+    takeMeasure([] {
+      if (const std::exception_ptr error = std::current_exception()) {
+        std::rethrow_exception(error);
+      }
+    });
+    endAfterUncaughtError("the program was terminated");
+  });
 }
 
 }  // namespace platform

@@ -26,8 +26,13 @@ struct LastMeasures {
 LastMeasures& lastMeasures();
 
 /// Logs `reason`, takes the last measures and ends the process: with status 1 when a person was
-/// told, else by abort.
+/// told, else by abort. A measure that fails does not keep the next one from being taken.
 [[noreturn]] void endAfterUncaughtError(const char* reason);
+
+/// From now on, an error that gets past enter(), such as one in a thread of the toolkit, ends the
+/// process in the same way, but by abort: what could tell a person may be in the middle of
+/// anything.
+void catchUncaughtErrors();
 
 /// Whether the process is about to end after an error. It may still have a loop, that of the
 /// message box, which a person reads for as long as they like.

@@ -11,6 +11,7 @@
 #include <csignal>
 #include <optional>
 
+#include "platform/boundary.h"
 #include "platform/ending_signals.h"
 
 namespace platform {
@@ -26,8 +27,9 @@ void openStandardDescriptors() {
   // Opened the wrong way round on purpose: who reads or writes there is told so, as on a closed
   // descriptor.
   for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
-    if (fcntl(fd, F_GETFD) < 0) {
-      open("/dev/null", fd == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+    if (fcntl(fd, F_GETFD) < 0 && open("/dev/null", fd == STDIN_FILENO ? O_WRONLY : O_RDONLY) < 0) {
+      // Nobody can read from a folder, or write to it, and this one is always there.
+      open("/", O_RDONLY);
     }
   }
 }
@@ -49,6 +51,7 @@ void raiseDescriptorLimit() {
 }  // namespace
 
 void setUpProcess() {
+  catchUncaughtErrors();
   openStandardDescriptors();
   raiseDescriptorLimit();
   std::signal(SIGPIPE, SIG_IGN);

@@ -15,7 +15,8 @@ namespace platform {
 /// - a closed pipe or a full quota comes back as an error of the write instead of ending the
 /// program;
 /// - ended commands wait until they are collected, whatever the program was started with;
-/// - a signal that ends the program ends its commands as well.
+/// - a signal that ends the program ends its commands as well;
+/// - an error that nothing has caught does not end it without a word.
 /// A limit that cannot be raised is left as it is.
 void setUpProcess();
 

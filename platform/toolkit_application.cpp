@@ -19,13 +19,12 @@ namespace platform {
 namespace {
 
 // Read by whichever thread makes a remark.
-std::atomic<bool> isStarting = false;
+std::atomic<bool> isThreadVital = false;
 
 // The toolkit's own remarks go where ours go. Its fatal ones come when it finds no display: an
 // abort would look like a defect of the program, and its advice to reinstall would help nobody.
 // After the remark that the display has gone in the middle, it ends the process at once, with a
 // report that may be complete: that is an error like any other, but that nobody is there to tell.
-// If the system grants no thread at the start, it would wait for ever for what that thread does.
 void logToolkitMessage(QtMsgType type, const QMessageLogContext& /*context*/,
                        const QString& message) {
   const bool isAboutLocale = message.startsWith(QLatin1String("Detected locale"));
@@ -37,19 +36,26 @@ void logToolkitMessage(QtMsgType type, const QMessageLogContext& /*context*/,
     lastMeasures().tellUser = [](const char* /*reason*/) {};
     endAfterUncaughtError(message.toUtf8().constData());
   }
-  const bool isAboutDisplay = message.startsWith(QLatin1String("This application failed to start"));
-  const bool isAboutThread = isStarting && message.startsWith(QLatin1String("QThread::start"));
-  if (isAboutThread) {
-    log("there is no thread to paint the window with; the option -s runs without one");
+  if (isThreadVital && message.startsWith(QLatin1String("QThread::start"))) {
+    endAfterUncaughtError(message.toUtf8().constData());
   }
+  const bool isAboutDisplay = message.startsWith(QLatin1String("This application failed to start"));
   log(isAboutDisplay ? "there is no display to open the window on; the option -s runs without one"
                      : message.toStdString());
-  if (type == QtFatalMsg || isAboutThread) {
+  if (type == QtFatalMsg) {
     std::_Exit(EXIT_FAILURE);
   }
 }
 
 }  // namespace
+
+VitalThread::VitalThread() {
+  isThreadVital = true;
+}
+
+VitalThread::~VitalThread() {
+  isThreadVital = false;
+}
 
 ToolkitApplication::ToolkitApplication(int& argc, char** argv)
     : ToolkitApplication([&argc, argv] { return std::make_unique<QCoreApplication>(argc, argv); }) {
@@ -58,9 +64,7 @@ ToolkitApplication::ToolkitApplication(int& argc, char** argv)
 ToolkitApplication::ToolkitApplication(
     const std::function<std::unique_ptr<QCoreApplication>()>& makeToolkit) {
   qInstallMessageHandler(logToolkitMessage);
-  isStarting = true;
   toolkit = makeToolkit();
-  isStarting = false;
   watched = makeToolkitDescriptorSet();
 }
 

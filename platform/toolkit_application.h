@@ -11,6 +11,16 @@ class QCoreApplication;
 
 namespace platform {
 
+/// Stands where the toolkit starts a thread and does not look whether it got one, to wait for it
+/// for ever or to crash: while this lives, a thread that the system refuses is an uncaught error.
+class VitalThread {
+ public:
+  VitalThread();
+  ~VitalThread();
+  VitalThread(const VitalThread&) = delete;
+  VitalThread& operator=(const VitalThread&) = delete;
+};
+
 /// An application that can do all but show windows: no display is needed, looked for or shown on.
 class ToolkitApplication : public Application {
  public:

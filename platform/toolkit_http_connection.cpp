@@ -14,6 +14,7 @@
 #include "platform/boundary.h"
 #include "platform/http_reply_reader.h"
 #include "platform/log.h"
+#include "platform/toolkit_application.h"
 
 // Not the toolkit's class for whole requests: it takes in what a server sends without a bound,
 // takes a reply that breaks off for a whole one, and sends a report up to four times to a server
@@ -65,6 +66,7 @@ bool isRedirect(const HttpReplyHead& head) {
 }
 
 QNetworkProxy proxyFor(const QUrl& url) {
+  const VitalThread thread;
   const QList<QNetworkProxy> proxies = QNetworkProxyFactory::proxyForQuery(QNetworkProxyQuery(url));
   return proxies.isEmpty() ? QNetworkProxy(QNetworkProxy::NoProxy) : proxies.first();
 }

@@ -11,14 +11,13 @@
 #include <QSemaphore>
 #include <QThreadPool>
 #include <QUrl>
-#include <fcntl.h>
 #include <unistd.h>
 
-#include <array>
 #include <csignal>
 #include <cstdlib>
 
 #include "platform/boundary.h"
+#include "platform/log.h"
 
 namespace platform {
 
@@ -47,26 +46,6 @@ class ToolkitDesktop final : public Desktop {
   }
 };
 
-// For a message box that tells of commands which have taken all descriptors: the display passes it
-// some, and the toolkit waits for ever for one that did not come through.
-class SpareDescriptors {
- public:
-  SpareDescriptors() {
-    for (int& fd : held) {
-      fd = open("/dev/null", O_RDONLY | O_CLOEXEC);
-    }
-  }
-
-  void release() const {
-    for (const int fd : held) {
-      close(fd);
-    }
-  }
-
- private:
-  std::array<int, 8> held{};
-};
-
 void showError(const char* reason) {
   QMessageBox::critical(nullptr, QStringLiteral("Halvik Diagnostic"),
                         QStringLiteral("Halvik Diagnostic has to end because of an error:\n\n%1")
@@ -85,7 +64,36 @@ void keepThreadToPaintWith() {
   isRunning.acquire();
 }
 
+// Where the display can, it passes the toolkit a descriptor for the picture of a window, and for a
+// larger one again. The toolkit waits for ever for one that finds no number, because the commands
+// have taken all. Commands are to find their environment as it was.
+class WithoutSharedPictures {
+ public:
+  WithoutSharedPictures() {
+    if (!wasSet) {
+      qputenv(setting, "1");
+    }
+  }
+  ~WithoutSharedPictures() {
+    if (!wasSet) {
+      qunsetenv(setting);
+    }
+  }
+  WithoutSharedPictures(const WithoutSharedPictures&) = delete;
+  WithoutSharedPictures& operator=(const WithoutSharedPictures&) = delete;
+
+ private:
+  static constexpr const char* setting = "QT_XCB_NO_MITSHM";
+
+  bool wasSet = qEnvironmentVariableIsSet(setting);
+};
+
 std::unique_ptr<QCoreApplication> makeWindowedToolkit(int& argc, char** argv) {
+  lastMeasures().tellUser = [](const char* /*reason*/) {
+    log("the window cannot be opened; the option -s runs without one");
+  };
+  const VitalThread thread;
+  const WithoutSharedPictures setting;
   auto toolkit = std::make_unique<QApplication>(argc, argv);
   keepThreadToPaintWith();
   return toolkit;
@@ -113,10 +121,9 @@ WindowedApplication::WindowedApplication(int& argc, char** argv)
       ownDesktop(std::make_unique<ToolkitDesktop>()) {
   QGuiApplication::setQuitOnLastWindowClosed(false);
   QGuiApplication::setDesktopFileName(QStringLiteral("halvik-diagnostic"));
-  lastMeasures().tellUser = [this, spare = SpareDescriptors()](const char* reason) {
+  lastMeasures().tellUser = [this](const char* reason) {
     // Nobody reads from the commands any more: what they print would keep the message box busy.
     stopWatching();
-    spare.release();
     showError(reason);
   };
 }

@@ -4,10 +4,13 @@
 #include "platform/boundary.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include <csignal>
 #include <cstdlib>
+#include <new>
 #include <stdexcept>
+#include <thread>
 
 #include "platform/log.h"
 
@@ -46,6 +49,49 @@ TEST(BoundaryDeathTest, ASecondErrorWhileSavingEndsAsWell) {
       },
       testing::KilledBySignal(SIGABRT), "a reason\n.*another\n");
 }
+
+TEST(BoundaryDeathTest, AMeasureThatFailsLeavesTheOthersToBeTaken) {
+  EXPECT_EXIT(
+      {
+        lastMeasures().saveReport = [] { throw std::runtime_error("another"); };
+        lastMeasures().endCommands = [] { log("ended"); };
+        lastMeasures().tellUser = [](const char* reason) { log(std::string("told ") + reason); };
+        enter(fail);
+      },
+      testing::ExitedWithCode(EXIT_FAILURE), "a reason\n.*another\n.*ended\n.*told another\n");
+}
+
+TEST(BoundaryDeathTest, AnErrorInAThreadOfALibrarySavesTheReportAsWell) {
+  EXPECT_EXIT(
+      {
+        lastMeasures().saveReport = [] { log("saved"); };
+        lastMeasures().tellUser = [](const char* /*reason*/) { log("told"); };
+        std::thread(fail).join();
+      },
+      testing::KilledBySignal(SIGABRT), "\\] .*: a reason\n[^\n]*saved\n$");
+  EXPECT_EXIT(std::terminate(), testing::KilledBySignal(SIGABRT), "was terminated\n");
+}
+
+#ifndef __SANITIZE_ADDRESS__
+[[noreturn]] void useUpMemory() {
+  const rlimit nothing{};
+  setrlimit(RLIMIT_AS, &nothing);
+  for (std::size_t size = 1 << 20; size > 0; size /= 2) {
+    while (new (std::nothrow) char[size] != nullptr) {
+    }
+  }
+  throw std::bad_alloc();
+}
+
+TEST(BoundaryDeathTest, ThereIsMemoryLeftToTellThatThereIsNone) {
+  EXPECT_EXIT(
+      {
+        lastMeasures().saveReport = [] { log(std::string(1000, 's')); };
+        enter(useUpMemory);
+      },
+      testing::KilledBySignal(SIGABRT), "\\] .*: std::bad_alloc\n.*sss\n");
+}
+#endif
 
 TEST(BoundaryDeathTest, CommandsAreAskedToEndWhenTheReportIsSafe) {
   EXPECT_EXIT(

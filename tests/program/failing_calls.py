@@ -234,8 +234,6 @@ class Window(Scenario):
             raise Lie("the window shows a link, but the server has got nothing")
         if self.outcomes[0] == "failure" and self.outcomes[1:] != ["link"]:
             raise Lie(f"a second run in the same window: {self.outcomes[1]}")
-        if run.status < 0 and run.status != -signal.SIGABRT:
-            raise Lie("a crash")
         if self.outcomes[-1] == "end" and not run.messages and not self.is_mute:
             raise Lie("the window has gone without a word")
         return self.outcomes == ["link"] and run.status == 0
@@ -354,6 +352,8 @@ class Run:
                 raise Lie(f"hangs: {self.hanging}")
             if self.is_leaving_commands:
                 raise Lie("a command is left behind")
+            if self.status < 0 and self.status != -signal.SIGABRT:
+                raise Lie("a crash")
             is_kept = self._look_at_files()
             if ("saved to Desktop" in self.messages and not is_kept
                     and "could not save diagnostic_results.txt" not in self.messages):

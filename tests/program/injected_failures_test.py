@@ -15,8 +15,8 @@ RUNS = 70  # of each scenario
 RUNS_WITH_WINDOW = 12  # which take longer
 SEED = 1
 
-# Calls whose failure the program once took for success, or after which its window hung.
-WATCHED = ["dup3", "fcntl", "poll"]
+# Calls whose failure the program once took for success, or after which it crashed or hung.
+WATCHED = ["clone3", "dup3", "fcntl", "poll"]
 WATCHED_WITH_WINDOW = ["clone3"]
 
 

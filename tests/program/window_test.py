@@ -5,7 +5,9 @@
 
 import contextlib
 import errno
+import itertools
 import os
+import resource
 import shutil
 import signal
 import threading
@@ -61,6 +63,16 @@ class RunTest(windows.WindowedTest):
         self.run_once()
         head = "Halvik account: B\u00fcro \u6771\u4eac \U0001f600\n---".encode()
         self.assertEqual(server.requests[0].submitted[:len(head)], head)
+
+    def test_commands_find_the_environment_as_it_was(self):
+        command = 'echo "${QT_XCB_NO_MITSHM-none}"'
+        for value, printed in ((None, "none\n"), ("", "\n"), ("2", "2\n")):
+            with self.subTest(value):
+                server = self.serve()
+                self.open_window(commands=[command], submit=server.url(), env={"QT_XCB_NO_MITSHM": value})
+                self.run_once()
+                self.assert_same_text(server.requests[0].submitted, support.report([(command, printed)]))
+                self.close_window()
 
     def test_return_in_each_field_and_the_start_button_start(self):
         server = self.serve()
@@ -357,6 +369,35 @@ class EndTest(windows.WindowedTest):
                 self.assertEqual(server.connections, 0)
                 self.assert_only_files(self.home, [])
 
+    @unittest.skipIf(support.is_sanitized(), "the sanitizer needs descriptors of its own")
+    def test_a_window_that_grows_when_commands_have_taken_all_descriptors(self):
+        for left in (0, 1):
+            with self.subTest(left=left):
+                self.open_window()
+                self.start_button()
+                support.wait_until_idle(self.process.pid)
+                used = {int(name) for name in os.listdir(f"/proc/{self.process.pid}/fd")}
+                lowest = next(number for number in itertools.count() if number not in used)
+                resource.prlimit(self.process.pid, resource.RLIMIT_NOFILE, (lowest + left, lowest + left))
+                self.window.resize(600, 600)
+                self.assertEqual(self.close_window().status, 0)
+
+    @unittest.skipIf(support.PLATFORM == "posix", "commands are started by the same call")
+    def test_no_thread_to_look_for_a_proxy_with(self):
+        refusals = []
+        gate = system_calls.Gate(support.stand_in(), lambda call: errno.EAGAIN if refusals else 0, stop=["clone3"])
+        self.addCleanup(gate.close)
+        self.open_window(commands=["echo here"], submit="http://diagnostic.halvik.example/diagnosticsubmit",
+                         preexec_fn=gate.enter)
+        support.wait_until_idle(self.process.pid)
+        refusals.append(errno.EAGAIN)
+        self.window.press("Return")
+        self.screen.wait_for_window(windows.MESSAGE_TITLE, self.process).press("Return")
+        ended = self.finish(self.process)
+        self.assertEqual((ended.status, ended.stdout), (1, b""))
+        self.assertRegex(ended.messages[0], "an error: QThread::start: .*Resource temporarily unavailable")
+        self.assert_same_text(self.desktop_file.read_bytes(), support.report([("echo here", "here\n")]))
+
     def test_a_display_that_goes_away_in_the_middle_of_a_run(self):
         server = self.serve()
         self.start_commands(server)
@@ -439,8 +480,8 @@ class DisplayTest(windows.WindowedTest):
         self.addCleanup(gate.close)
         ended = self.run_stand_in([], ["touch started"], preexec_fn=gate.enter)
         self.assertEqual((ended.status, ended.stdout), (1, b""))
-        self.assertRegex(ended.messages[-2], "no thread .* the option -s runs without one")
-        self.assertIn("Resource temporarily unavailable", ended.messages[-1])
+        self.assertRegex(ended.messages[-2], "an error: QThread::start: .*Resource temporarily unavailable")
+        self.assertRegex(ended.messages[-1], "the window cannot be opened; the option -s runs without one")
         self.assert_only_files(self.work, [])
 
 

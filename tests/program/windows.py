@@ -160,6 +160,10 @@ class Window:
     def close(self):
         self.screen.ask_to_close(self.window)
 
+    def resize(self, width, height):
+        self.window.configure(width=width, height=height)
+        self.screen.display.sync()
+
     def lose(self):
         """Breaks the program's connection to the display, as the end of the display would."""
         self.window.kill_client()
