@@ -120,7 +120,8 @@ def raise_loopback():
 
 
 def mount(*arguments):
-    subprocess.run(["mount", *map(str, arguments)], check=True)
+    # Without a word in the system's table of mounts, which is not this user's to write.
+    subprocess.run(["mount", "--no-mtab", *map(str, arguments)], check=True)
 
 
 def cover(path, with_path):
@@ -132,7 +133,7 @@ def cover(path, with_path):
 
 
 def uncover(path):
-    subprocess.run(["umount", "--lazy", str(path)], check=True)
+    subprocess.run(["umount", "--no-mtab", "--lazy", str(path)], check=True)
 
 
 # The program
