@@ -21,17 +21,22 @@ It has a window with a start button. From a script, the report can be printed
 or written to a file instead.")
 
 # The libraries come by themselves. Among their packages, libqt6network6 holds Qt's plugin for TLS and depends on
-# OpenSSL, and libqt6gui6 holds the one for X11.
+# OpenSSL, and libqt6gui6 holds the one for X11. Those of the window are recommended only, which settings.cmake sees to:
+# without them, a machine that nobody sits at needs nothing of a desktop.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_HALVIK_BINARY_DIR "${PROJECT_BINARY_DIR}")
 # A tool of the plan that is missing ends every run; without certificates no report can be sent.
 set(CPACK_DEBIAN_PACKAGE_DEPENDS
   "bind9-dnsutils, ca-certificates, curl, iputils-ping, net-tools, procps, traceroute")
-# Links and the saved report open by xdg-utils; the window's icon is found by the folders that hicolor-icon-theme lists,
+# Links open by xdg-utils, and the saved report by gio of libglib2.0-bin; the window's icon is found by the folders that hicolor-icon-theme lists,
 # and is sharp in every size by libqt6svg6. All else works without.
-set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "hicolor-icon-theme, libqt6svg6, xdg-utils")
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "hicolor-icon-theme, libglib2.0-bin, libqt6svg6, xdg-utils")
 # Desktops on Wayland show windows for X11 too.
 set(CPACK_DEBIAN_PACKAGE_SUGGESTS "qt6-wayland")
 
 set(CPACK_PROJECT_CONFIG_FILE "${PROJECT_SOURCE_DIR}/packaging/debian/settings.cmake")
 set(CPACK_PRE_BUILD_SCRIPTS "${PROJECT_SOURCE_DIR}/packaging/debian/arrange.cmake")
 include(CPack)
+
+# The reader of reports is a package of its own.
+configure_file(packaging/debian/reader.cmake.in CPackReaderConfig.cmake @ONLY)

@@ -1,0 +1,22 @@
+// SPDX-FileCopyrightText: 2026 Halvik
+// SPDX-License-Identifier: Apache-2.0
+
+// What other programs read; docs/halvik-report.schema.json describes it.
+
+#pragma once
+
+#include <string_view>
+
+#include "reader/input.h"
+#include "reader/output/reading.h"
+
+namespace reader {
+
+/// Whether the text is to stand inside a page: then no character of it can be taken for markup.
+enum class JsonUse { alone, inPage };
+
+/// Writes all of a reading as one line of ASCII. Texts are written piece by piece: a report may be
+/// as long as memory.
+void writeJson(Output& output, const ReportReading& reading, JsonUse use);
+
+}  // namespace reader

@@ -1,0 +1,80 @@
+# SPDX-FileCopyrightText: 2026 Halvik
+# SPDX-License-Identifier: Apache-2.0
+
+"""What the tests in the lab share that have the reader of reports say what a run has found."""
+
+import json
+import os
+import pathlib
+import subprocess
+import tempfile
+
+import labs  # before all that it finds
+import support
+import weathers
+
+EXPECTED = json.loads(pathlib.Path(__file__).with_name("expected_findings.json").read_text(encoding="utf-8"))
+PAIRS = EXPECTED["pairs"]
+
+# Whether the Skivra is installed, and what a run is asked besides, in clear weather.
+CLEAR_RUNS = {
+    "clear": (False, []),
+    "clear with a domain": (False, [f"-d={labs.DOMAIN}"]),
+    "clear with the Skivra": (True, []),
+    "clear with the Skivra and a domain": (True, [f"-d={labs.DOMAIN}"]),
+}
+
+
+def program():
+    """Beside the program that writes the reports, unless HALVIK_REPORT names another."""
+    return pathlib.Path(os.environ.get("HALVIK_REPORT") or pathlib.Path(support.program()).with_name("halvik-report"))
+
+
+def expected(weather):
+    """The findings of a weather, or of several joined by "+", those of the first one first."""
+    return [finding for each in weather.split("+") for finding in EXPECTED["weathers"][each]]
+
+
+def shows_in_a_report(weather):
+    return bool(expected(weather))
+
+
+def observe(weather):
+    """What the reader finds in the report of a run that shows a weather."""
+    options, skivra = labs.needed_options(weather)
+    return observe_run(weather, weather, skivra, options)
+
+
+def observe_run(name, weather, skivra, options):
+    return findings(report_of(name, weather, skivra, options))
+
+
+def report_of(name, weather, skivra, options):
+    """The report of a run in a lab of its own."""
+    with labs.Lab(name, weather, skivra) as lab:
+        return lab.run_program("-s", "-c", *options).stdout
+
+
+def findings(report):
+    """What the reader finds in a report, beginning with what matters most."""
+    with tempfile.NamedTemporaryFile() as file:
+        file.write(report)
+        file.flush()
+        ended = subprocess.run([program(), "--json", file.name], capture_output=True, timeout=labs.GUARD_SECONDS)
+    if ended.returncode not in (0, 1) or ended.stderr:
+        raise AssertionError(f"{program()} ended with {ended.returncode}: {ended.stderr.decode()}")
+    found = json.loads(ended.stdout)["findings"]
+    has_problem = any(finding["severity"] == "problem" for finding in found)
+    if has_problem != (ended.returncode == 1):
+        raise AssertionError(f"{program()} ended with {ended.returncode} after it had found {found}")
+    return found
+
+
+def problems(found):
+    return [finding["id"] for finding in found if finding["severity"] == "problem"]
+
+
+def told(found):
+    """What was found, for people."""
+    return "\n".join(f"{finding['severity']} {finding['id']}: {finding['text']}\n" + "".join(
+        f"    line {line['line']}: {line['text']}\n" for line in finding["evidence"][:3]) for finding in found)
