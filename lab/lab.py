@@ -5,14 +5,16 @@
 
 import dataclasses
 import os
-import pathlib
 import shutil
 import subprocess
 
 import authority
+import conditions
+import customer_machine
 import machine
 import namespaces
 import network
+import office
 import servers
 import skivra
 import weathers
@@ -22,123 +24,134 @@ CONFIG = servers.CONFIG
 TLS = servers.LAB / "tls"
 ZONES = servers.LAB / "zones"
 POLICY = servers.LAB / "policy.conf"
+FORWARDER = servers.LAB / "forwarder.conf"
+BLOCKED_PAGE = servers.LAB / "blocked-page.inc"
 SUBMISSION_HOST = "diagnostic.halvik.example"
-# The line that a weather may change.
-CUSTOMERS_LINE = "home"
 
 
 class Lab:
     """Everything that a supervisor holds. Its methods raise OSError, CalledProcessError or ServerFailed."""
 
-    def __init__(self, uid, gid):
+    def __init__(self, uid, gid, reader, program, machines):
         self.uid, self.gid = uid, gid
+        self._reader = reader
         self.weather = "clear"
         self.has_skivra = False
-        self.machine_pid = 0
         self._running = servers.Running()
         self._carrier = None
-        self._machine = None
+        self._machine = customer_machine.CustomerMachine(namespaces.MACHINE, network.MACHINE_ADDRESS, "lan",
+                                                         machine.NAME)
+        self._office = office.Office(machines, program, uid, gid)
 
     def build(self):
-        lay_out_folders()
+        lay_out_folders(self._reader)
         make_certificates()
-        self._carrier = join_places()
-        self._machine = self._start_machine()
+        self._carrier = join_places(self._office.lines())
+        conditions.set_attachment(self._machine, weathers.WEATHERS["clear"])
+        self._machine.start(TLS / "authority.pem", self.uid, self.gid)
+        self._office.start(TLS / "authority.pem")
         self._set_files(weathers.WEATHERS["clear"])
-        load_rules("home.nft")
+        conditions.load_rules("home.nft")
+        conditions.load_rules("vpn.nft", "vpn")
         self._running.start(servers.SERVERS)
-        self._finish_machine()
+        self._machine.finish()
+        self._office.finish(self._running, self._machine)
         look_up_a_name()
 
     def check(self):
         """Raises ServerFailed if anything of the lab has ended."""
         self._running.check()
-        for what, process in (("what carries the packets", self._carrier), ("the user's machine", self._machine)):
-            if process.poll() is not None:
-                raise servers.ServerFailed(f"{what} has ended, with status {process.returncode}")
+        if self._carrier.poll() is not None:
+            raise servers.ServerFailed(f"what carries the packets has ended, with status {self._carrier.returncode}")
+        self._machine.check()
+        self._office.check()
 
-    # The user's machine
+    # The machines
 
-    def _start_machine(self):
-        return subprocess.Popen(
-            namespaces.command(namespaces.MACHINE, "unshare", "--mount", "--pid", "--fork", "--kill-child", "--uts",
-                               "--ipc", "/usr/bin/python3", "-B", CONFIG / "machine.py",
-                               TLS / "authority.pem", self.uid, self.gid),
-            stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
+    def machine(self, name):
+        return self._machine if name == namespaces.MACHINE else self._office[name]
 
-    def _finish_machine(self):
-        if self._machine.stdout.readline() != "ready\n":
-            raise servers.ServerFailed(f"the user's machine did not start; it said:\n{self._machine.stderr.read()}")
-        unshare = self._machine.pid
-        self.machine_pid = int(pathlib.Path(f"/proc/{unshare}/task/{unshare}/children").read_text())
-
-    @property
-    def _machine_root(self):
-        return pathlib.Path(f"/proc/{self.machine_pid}/root")
-
-    def _in_machine(self, *words):
-        return ["nsenter", "--target", str(self.machine_pid), "--mount", "--net", "--pid", "--uts", "--ipc", "--",
-                *words]
+    def switch_off(self, name):
+        """Switches a machine of the office off, for good."""
+        self._office.switch_off(name, self._running)
 
     def change_skivra(self, installed):
-        if installed == self.has_skivra:
-            return
-        if installed:
-            skivra.install(self._machine_root, CONFIG / "user/skivra")
-            self._running.start([servers.SKIVRA], self._in_machine())
-            machine.write_resolv_conf(self._machine_root, servers.SKIVRA.address)
-        else:
-            machine.write_resolv_conf(self._machine_root, network.HOME_LAN_ADDRESS)
-            self._running.stop([servers.SKIVRA])
-            skivra.remove(self._machine_root)
-        self.has_skivra = installed
+        if installed != self.has_skivra:
+            self.has_skivra = installed
+            self._set_skivra(weathers.named(self.weather))
+
+    def _set_skivra(self, weather):
+        self._running.stop([servers.SKIVRA])
+        skivra.remove(self._machine.root)
+        usual = network.HOME_LAN_ADDRESS
+        if self.has_skivra:
+            usual = servers.SKIVRA.address
+            skivra.install(self._machine.root, CONFIG / "user/skivra", weather.skivra_state)
+            if weather.skivra_runs:
+                self._running.start([servers.SKIVRA], servers.unprivileged(self._machine.command()))
+        machine.write_resolv_conf(self._machine.root, weather.nameserver or usual)
 
     # The weather
 
-    def change_weather(self, name):
-        """Makes everything as this weather has it, whatever the weather was before."""
-        weather = weathers.WEATHERS[name]
+    def change_weather(self, name, machine_name):
+        """Makes everything as this weather has it, whatever the weather was before. With the name of a machine of the
+        office, that machine has it, as far as it can have it for itself."""
+        if machine_name != namespaces.MACHINE:
+            self._change_weather_of(self._office[machine_name], name)
+            return
+        weather = weathers.named(name)
         self._running.stop(restarted_by_a_change())
-        if self.has_skivra:
-            self._running.stop([servers.SKIVRA])
         self._set_files(weather)
-        load_rules("no-weather.nft")
-        if weather.firewall:
-            load_rules(weather.firewall)
-        self._set_line(weather)
-        set_default_route(weather.default_route)
-        self._set_disk(weather.disk_full)
+        self._set_lines(weather)
+        conditions.set_rules(filter(None, [weather.dns_rules, weather.web_rules, weather.out_rules]))
+        conditions.set_vpn(False)
+        conditions.set_attachment(self._machine, weather)
+        conditions.set_vpn(weather.vpn)
+        conditions.set_routes(weather.routes)
+        conditions.set_clock(self._machine.root, weather.clock_behind_years)
+        self._machine.set_disk(weather.disk_full)
         self._running.start([server for server in servers.SERVERS if server.name not in weather.silent_servers])
-        if self.has_skivra:
-            self._running.start([servers.SKIVRA], self._in_machine())
+        self._set_skivra(weather)
         self.weather = name
 
     def _set_files(self, weather):
         POLICY.write_text((CONFIG / "weather" / weather.policy).read_text() if weather.policy else "")
+        FORWARDER.write_text(f'forward-zone:\n  name: "."\n  forward-addr: {weather.forwarder}\n')
+        BLOCKED_PAGE.write_text((CONFIG / weather.blocked_page).read_text())
         servers.BEHAVIOUR.write_text(weather.submission)
         for suffix in ("pem", "key"):
             current = TLS / f"current.{suffix}"
             current.unlink(missing_ok=True)
             current.symlink_to(f"{weather.certificate}.{suffix}")
 
-    def _set_line(self, weather):
-        delay = weather.delay_ms / 2 / 1000
-        self._carrier.stdin.write(f"{CUSTOMERS_LINE} {delay} {weather.loss}\n")
+    def _set_lines(self, weather):
+        for line in {line for each in weathers.WEATHERS.values() for line in each.lines}:
+            self._set_line(line, weather)
+
+    def _set_line(self, line, weather):
+        trouble = weather.lines.get(line, weathers.Trouble())
+        delay, jitter = trouble.delay_ms / 2 / 1000, trouble.jitter_ms / 2 / 1000
+        self._carrier.stdin.write(f"{line} {delay} {jitter} {trouble.loss}\n")
         self._carrier.stdin.flush()
         self._carrier.stdout.readline()
 
-    def _set_disk(self, full):
-        disk = self._machine_root / "lab"
-        room = os.statvfs(disk)
-        size = (room.f_blocks - room.f_bfree) * room.f_frsize if full else machine.DISK_SIZE
-        subprocess.run(self._in_machine("mount", "-o", f"remount,size={size}", "/lab"), check=True, capture_output=True)
+    def _change_weather_of(self, each, name):
+        weather = weathers.of_a_machine(name, each.line)
+        self._set_line(each.line, weather)
+        conditions.set_attachment(each, weather)
+        machine.write_resolv_conf(each.root, weather.nameserver or network.HOME_LAN_ADDRESS)
+        each.set_disk(weather.disk_full)
 
 
-def lay_out_folders():
+def lay_out_folders(reader):
     subprocess.run(["mount", "-t", "tmpfs", "-o", "mode=755", "none", "/run"], check=True, capture_output=True)
     # Copies, as the servers' user may not be allowed to read the originals.
     shutil.copytree(network.FOLDER, CONFIG, ignore=shutil.ignore_patterns("__pycache__"))
+    shutil.copytree(network.FOLDER.parent / "share/ansible", office.PLAYBOOKS)
     subprocess.run(["chmod", "-R", "a+rX,go-w", CONFIG], check=True)
+    if reader.is_file():
+        shutil.copy(reader, servers.READER)
+        servers.READER.chmod(0o755)
     # Not before the copies: the originals may be in /tmp. A server that is killed leaves what it has there.
     subprocess.run(["mount", "-t", "tmpfs", "-o", "mode=1777", "none", "/tmp"], check=True, capture_output=True)
     TLS.mkdir()
@@ -157,18 +170,21 @@ def make_certificates():
     subprocess.run(["chown", "-R", f"{servers.USER}:{servers.GROUP}", TLS], check=True)
 
 
-def join_places():
+def join_places(office_lines):
     """Makes all places, their lines and their routes. Returns the process that carries packets."""
-    namespaces.create([place.name for place in network.PLACES] + [namespaces.MACHINE])
+    namespaces.create([place.name for place in network.PLACES] + [namespaces.MACHINE]
+                      + [name for *_, (name, _) in office_lines])
     lines = [Line("lan", ("home", "lan"), (namespaces.MACHINE, "eth0"), network.LAN_ROUND_TRIP_MS, namespaces.FRAMES)]
+    lines.append(Line("tunnel", ("vpn", "clients"), ("vpn", conditions.VPN_DEVICE), network.VPN_ROUND_TRIP_MS))
     lines += [Line(place.name, (place.uplink, place.name), (place.name, "uplink"), place.round_trip_ms)
               for place in network.PLACES if place.uplink]
+    lines += [Line(*line, network.LAN_ROUND_TRIP_MS, namespaces.FRAMES) for line in office_lines]
     carrier = start_carrier(lines)
     for place in network.PLACES:
         namespaces.ip(settings_of(place), place.name)
     namespaces.ip([f"address add {network.HOME_LAN_ADDRESS}/24 brd + dev lan", "link set lan up"], "home")
-    namespaces.ip(["link set lo up", f"address add {network.MACHINE_ADDRESS}/24 brd + dev eth0", "link set eth0 up",
-                   f"route add default via {network.HOME_LAN_ADDRESS}"], namespaces.MACHINE)
+    namespaces.ip(["link set clients up", f"route add {network.VPN_MACHINE_ADDRESS} dev clients"], "vpn")
+    namespaces.ip(["link set lo up", "link set eth0 up"], namespaces.MACHINE)
     return carrier
 
 
@@ -207,17 +223,6 @@ def settings_of(place):
             lines += [f"route add {address} dev {next_.name}"
                       for each in network.subtree(next_.name) for address in each.addresses.values()]
     return lines
-
-
-def load_rules(file):
-    """Has the home router add the rules of a file."""
-    subprocess.run(namespaces.command("home", "nft", "-f", CONFIG / "weather" / file), check=True, capture_output=True)
-
-
-def set_default_route(present):
-    namespaces.ip([f"route replace default via {network.HOME_LAN_ADDRESS}"], namespaces.MACHINE)
-    if not present:
-        namespaces.ip(["route del default"], namespaces.MACHINE)
 
 
 def restarted_by_a_change():

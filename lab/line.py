@@ -5,8 +5,8 @@
 
 It does for all lines what the kernel's netem does for one device, and also works where the kernel has no netem. The
 arguments are the lines, each as NAME:DESCRIPTOR:DESCRIPTOR:DELAY, the delay one way, in seconds. A line on
-standard input, "NAME DELAY LOSS", adds to a line's delay, drops this share of what comes from its first end, and is
-answered by a line. The end of standard input ends the process.
+standard input, "NAME DELAY JITTER LOSS", adds to a line's delay, adds up to the jitter by chance, drops this share of
+what comes from its first end, and is answered by a line. The end of standard input ends the process.
 """
 
 import heapq
@@ -28,6 +28,7 @@ class Direction:
         self.target = target
         self.delay = delay
         self.extra_delay = 0.0
+        self.jitter = 0.0
         self.loss = 0.0
 
 
@@ -47,7 +48,7 @@ class Carrier:
             except BlockingIOError:
                 return
             if self._random.random() >= direction.loss:
-                due = now + direction.delay + direction.extra_delay
+                due = now + direction.delay + direction.extra_delay + direction.jitter * self._random.random()
                 heapq.heappush(self._waiting, (due, next(self._numbers), direction.target, packet))
 
     def deliver(self, now):
@@ -85,9 +86,10 @@ def main(arguments):
 def change(lines, request):
     """Carries out one request and confirms it."""
     if request:
-        name, delay, loss = request.decode().split()
+        name, delay, jitter, loss = request.decode().split()
         from_first, from_second = lines[name]
         from_first.extra_delay = from_second.extra_delay = float(delay)
+        from_first.jitter = from_second.jitter = float(jitter)
         from_first.loss = float(loss)
         print("done", flush=True)
     return request

@@ -5,8 +5,8 @@
 
 Started in new mount, process, host name and IPC namespaces, it gives them a root folder of their own, says "ready" on
 standard output and collects ended processes for ever. The root shows the folders of the machine underneath, but has its
-own /etc, /run, /tmp, /Library and /var/log, and in /lab the user's disk. Root finds the root underneath in OUTSIDE. The
-arguments: the certificate to trust, and the user's and the group's number.
+own /etc, /run, /tmp, /var/tmp, /Library and /var/log, and in /lab the user's disk. Root finds the root underneath in OUTSIDE. The
+arguments: the certificate to trust, the user's and the group's number, and the name of the machine.
 """
 
 import os
@@ -35,7 +35,7 @@ def mount(*arguments):
 
 def build(certificate, uid, gid):
     subprocess.run(["umount", "/tmp"], check=True)  # that of the servers, which hides the one underneath
-    ROOT.mkdir()
+    ROOT.mkdir(exist_ok=True)  # each machine has its own there
     mount("-t", "tmpfs", "-o", "mode=755", "none", ROOT)
     for entry in os.scandir("/"):
         if entry.name in OWN:
@@ -59,8 +59,9 @@ def build(certificate, uid, gid):
 def build_etc(certificate, uid, gid):
     etc = ROOT / "etc"
     subprocess.run(["cp", "-a", "/etc", etc], check=True)
-    replace(etc / "hostname", f"{NAME}\n")
-    replace(etc / "hosts", f"127.0.0.1 localhost\n127.0.1.1 {NAME}\n")
+    name = socket.gethostname()
+    replace(etc / "hostname", f"{name}\n")
+    replace(etc / "hosts", f"127.0.0.1 localhost\n127.0.1.1 {name}\n")
     replace(etc / "nsswitch.conf", "passwd: files\ngroup: files\nhosts: files dns\n")
     write_resolv_conf(ROOT, network.HOME_LAN_ADDRESS)
     add_account(etc / "passwd", uid, f"{USER}:x:{uid}:{gid}:Visitor:{HOME}:/bin/sh")
@@ -102,7 +103,8 @@ def build_disk(certificate, uid, gid):
     for folder in (home / "Desktop", home / ".pki/nssdb", disk / "tmp", disk / "run", disk / "program"):
         folder.mkdir(parents=True)
     (disk / "tmp").chmod(0o1777)
-    mount("--bind", disk / "tmp", ROOT / "tmp")
+    for folder in ("tmp", "var/tmp"):
+        mount("--bind", disk / "tmp", ROOT / folder)
     browser = f"sql:{home}/.pki/nssdb"
     subprocess.run(["certutil", "-N", "-d", browser, "--empty-password"], check=True)
     subprocess.run(["certutil", "-A", "-d", browser, "-n", "lab", "-t", "C,,", "-i", certificate], check=True)
@@ -120,8 +122,8 @@ def enter():
     os.chdir("/")
 
 
-def main(certificate, uid, gid):
-    socket.sethostname(NAME)
+def main(certificate, uid, gid, name):
+    socket.sethostname(name)
     build(certificate, int(uid), int(gid))
     enter()
     print("ready", flush=True)

@@ -86,13 +86,20 @@ PLACES = [
     Place("root", "exchange", 3, {"f.root-servers.net": "192.5.5.241"}),
     Place("akamai", "exchange", 9, {"ns1-1.akamaitech.net": "198.18.31.53"}),
     Place("ultradns", "exchange", 11, {"pdns1.ultradns.net": "198.18.32.53"}),
-    Place("shop", "exchange", 25, {"shop.example": "198.18.40.80"}),
+    Place("shop", "exchange", 25, {"shop.example": "198.18.40.80", "old.shop.example": "198.18.40.79"}),
+    Place("vpn", "exchange", 13, {"vpn.example": "198.18.50.1"}),
 ]
 
 # The customer's local network.
 MACHINE_ADDRESS = "192.168.1.20"
 HOME_LAN_ADDRESS = "192.168.1.1"
 LAN_ROUND_TRIP_MS = 2
+NOBODYS_LAN_ADDRESS = "192.168.1.80"
+OFFICE_MACHINES_MAX = 100
+
+# The tunnel from there to an operator that takes everything in its own name.
+VPN_MACHINE_ADDRESS = "10.8.0.2"
+VPN_ROUND_TRIP_MS = 40
 
 # What is looked up like a zone of its own, and the name server that answers for it.
 ZONES = {
@@ -109,10 +116,21 @@ DEBUG_NAME = "debug.halvik.example"
 ADDRESSES = {name: address for place in PLACES for name, address in place.addresses.items()}
 
 
+def office(count):
+    """The addresses of an office's further machines, by their names."""
+    return {f"pc-{number:02}": f"192.168.1.{100 + number}" for number in range(1, count + 1)}
+
+
 def subtree(name):
     """The places whose way to the exchange leads through the named one, itself included."""
     below = [place for place in PLACES if place.uplink == name]
     return [place for place in PLACES if place.name == name] + [each for next_ in below for each in subtree(next_.name)]
+
+
+def way_down(place, address):
+    """The device by which a place usually reaches an address that is behind it."""
+    return next(each.name for each in PLACES if each.uplink == place
+                and any(address in below.addresses.values() for below in subtree(each.name)))
 
 
 def roles():
@@ -123,7 +141,8 @@ def roles():
 
 def check():
     """Raises Drift where the program asks for, or a server's settings speak of, what the table does not have."""
-    known = {*ADDRESSES, *ADDRESSES.values(), *ZONES, DEBUG_NAME, MACHINE_ADDRESS, HOME_LAN_ADDRESS}
+    known = {*ADDRESSES, *ADDRESSES.values(), *ZONES, DEBUG_NAME, MACHINE_ADDRESS, HOME_LAN_ADDRESS,
+             NOBODYS_LAN_ADDRESS}
     complaints = []
     for role, value in roles().items():
         host = re.sub(r"^https://([^/]*)/diagnosticsubmit$", r"\1", value)

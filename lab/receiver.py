@@ -3,9 +3,10 @@
 
 """The submission endpoint behind its web server: keeps each upload and answers with the address of its results page.
 
-The arguments: the folder of the uploads, that of the results pages, the file that says how to behave, and the service's
-address in front of which a page's number is put. An upload is a numbered folder with the request's "head" and "body" as
-they came and, when the body is the form of one report, the "report" in it.
+The arguments: the folder of the uploads, that of the results pages, the file that says how to behave, the service's
+address in front of which a page's number is put, and the program that makes a page of a report, if it is there. An
+upload is a numbered folder with the request's "head" and "body" as they came and, when the body is the form of one
+report, the "report" in it.
 """
 
 import html
@@ -13,6 +14,7 @@ import http.server
 import io
 import itertools
 import pathlib
+import subprocess
 import sys
 import time
 
@@ -28,13 +30,16 @@ PAGE = """<!DOCTYPE html>
 {report}</pre>
 """
 
+NOTHING_FOUND, PROBLEM_FOUND = 0, 1  # how the reader ends when it has made a page
+
 PAUSE_SECONDS = 1  # between two pieces, so that no client takes them for one
 
 
 class Store:
-    def __init__(self, uploads, results):
+    def __init__(self, uploads, results, reader):
         self._uploads = uploads
         self._results = results
+        self._reader = reader
         self._numbers = itertools.count(1)
 
     def keep(self, head, body, report):
@@ -45,11 +50,22 @@ class Store:
         (part / "body").write_bytes(body)
         if report is not None:
             (part / "report").write_bytes(report)
-            # A browser reads a carriage return as a line feed unless it is written out, as those in HTTP heads must be.
-            text = html.escape(report.decode(errors="replace")).replace("\r", "&#13;")
-            (self._results / f"{number}.html").write_text(PAGE.format(number=number, report=text), encoding="utf-8")
+            (self._results / f"{number}.html").write_bytes(self._read(report) or plain_page(number, report))
         part.rename(self._uploads / str(number))
         return number
+
+    def _read(self, report):
+        """The page that the reader of reports makes; nothing where it is missing or fails."""
+        if not self._reader.exists():
+            return b""
+        ended = subprocess.run([self._reader, "--html"], input=report, capture_output=True)
+        return ended.stdout if ended.returncode in (NOTHING_FOUND, PROBLEM_FOUND) else b""
+
+
+def plain_page(number, report):
+    # A browser reads a carriage return as a line feed unless it is written out, as those in HTTP heads must be.
+    text = html.escape(report.decode(errors="replace")).replace("\r", "&#13;")
+    return PAGE.format(number=number, report=text).encode()
 
 
 def report_in(body, content_type):
@@ -103,9 +119,9 @@ class Handler(http.server.BaseHTTPRequestHandler):
         pass
 
 
-def main(uploads, results, behaviour, address):
+def main(uploads, results, behaviour, address, reader):
     server = http.server.ThreadingHTTPServer(("127.0.0.1", 8000), Handler)
-    server.store = Store(pathlib.Path(uploads), pathlib.Path(results))
+    server.store = Store(pathlib.Path(uploads), pathlib.Path(results), pathlib.Path(reader))
     server.behaviour = pathlib.Path(behaviour)
     server.address = address
     server.serve_forever()

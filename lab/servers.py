@@ -17,9 +17,10 @@ STATE = LAB / "state"
 UPLOADS = LAB / "uploads"
 RESULTS = LAB / "results"
 BEHAVIOUR = LAB / "behaviour"
+READER = LAB / "halvik-report"
 RESULTS_ADDRESS = "https://diagnostic.halvik.example/results/"
 
-PATIENCE_SECONDS = 30
+PATIENCE_SECONDS = 120  # on a machine with much else to do; one that has ended is not waited for
 USER, GROUP = "nobody", "nogroup"
 UNPRIVILEGED = ["setpriv", "--reuid", USER, "--regid", GROUP, "--clear-groups", "--no-new-privs", "--inh-caps=-all",
                 "--bounding-set=-all", "--pdeathsig", "TERM", "--"]
@@ -78,7 +79,8 @@ SERVERS = [
     nginx("portal", "192.168.1.1", place="home"),
     nginx("submission", "203.0.113.13", 443),
     Server("python3", "receiver", "submission",
-           ("/usr/bin/python3", "-B", CONFIG / "receiver.py", UPLOADS, RESULTS, BEHAVIOUR, RESULTS_ADDRESS),
+           ("/usr/bin/python3", "-B", CONFIG / "receiver.py", UPLOADS, RESULTS, BEHAVIOUR, RESULTS_ADDRESS,
+            READER),
            "127.0.0.1", 8000),
 ]
 SKIVRA = unbound("skivra", "127.0.0.1", place=namespaces.MACHINE)
@@ -98,15 +100,16 @@ class Running:
         self._processes = {}
 
     def start(self, servers, prefix=None):
-        """Starts those that do not run yet, behind a prefix that leads to their place, and waits until they answer."""
+        """Starts those that do not run yet, without privileges in their place, and waits until they answer. A prefix
+        leads elsewhere, or to other rights."""
         starting = [server for server in servers if server not in self._processes]
         for server in starting:
             with open(_log(server), "wb") as log:
                 self._processes[server] = subprocess.Popen(
-                    [*(prefix or namespaces.command(server.place)), *UNPRIVILEGED, *map(str, server.command)],
+                    [*(prefix or unprivileged(namespaces.command(server.place))), *map(str, server.command)],
                     stdin=subprocess.DEVNULL, stdout=log, stderr=log)
         for server in starting:
-            self._wait(server, lambda server=server: server.accepts(), "does not answer")
+            self._wait_for(server)
 
     def stop(self, servers):
         """Ends those that run, and waits until their ports are free."""
@@ -115,7 +118,11 @@ class Running:
             self._processes[server].terminate()
         for server in ending:
             self._processes.pop(server).wait()
-            _wait_until(lambda server=server: not server.accepts(), f"{server} does not end")
+            _wait_until(lambda server=server: not server.accepts(), lambda server=server: f"{server} does not end")
+
+    def forget(self, server):
+        """Waits for one whose machine is gone."""
+        self._processes.pop(server).wait()
 
     def check(self):
         """Raises ServerFailed if one has ended by itself."""
@@ -123,18 +130,22 @@ class Running:
             if process.poll() is not None:
                 raise ServerFailed(f"{server} has ended, with status {process.returncode}; it said:\n{_words(server)}")
 
-    def _wait(self, server, condition, complaint):
-        def reached():
+    def _wait_for(self, server):
+        def answers():
             self.check()
-            return condition()
-        _wait_until(reached, f"{server} {complaint}; it said:\n{_words(server)}")
+            return server.accepts()
+        _wait_until(answers, lambda: f"{server} does not answer; it said:\n{_words(server)}")
+
+
+def unprivileged(prefix):
+    return [*prefix, *UNPRIVILEGED]
 
 
 def _wait_until(condition, complaint):
     deadline = time.monotonic() + PATIENCE_SECONDS
     while not condition():
         if time.monotonic() > deadline:
-            raise ServerFailed(complaint)
+            raise ServerFailed(complaint())
         time.sleep(0.01)
 
 

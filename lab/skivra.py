@@ -10,16 +10,21 @@ FOLDER = "Library/Application Support/Halvik Skivra"
 LOGS = {"ipblock": 40, "probe": 25, "service": 15}
 
 
-def install(root, originals):
+def install(root, originals, with_state=True):
     """Creates the Skivra's folder below a machine's root."""
     folder = root / FOLDER
-    shutil.copytree(originals, folder)
-    for name, count in LOGS.items():
-        (folder / "beacon-logs" / name).mkdir(parents=True)
-        previous = 0
-        for number in range(1, count + 1):
-            previous = _create_later(folder / "beacon-logs" / name / log_name(name, number), previous,
-                                     f"{name} log {number} of {count}\n")
+    shutil.copytree(originals, folder, ignore=None if with_state else shutil.ignore_patterns("skv_state.plist"))
+    created = {}  # when the last log of a folder was
+    for path, text in logs():
+        path = root / path.lstrip("/")
+        path.parent.mkdir(parents=True, exist_ok=True)
+        created[path.parent] = _create_later(path, created.get(path.parent, 0), text)
+
+
+def logs():
+    """The paths on the machine and the texts of all logs, in the order in which they are created."""
+    return [(f"/{FOLDER}/beacon-logs/{name}/{log_name(name, number)}", f"{name} log {number} of {count}\n")
+            for name, count in LOGS.items() for number in range(1, count + 1)]
 
 
 def remove(root):

@@ -9,6 +9,7 @@ second. If whoever starts it goes away without having said that the lab is to st
 """
 
 import os
+import pathlib
 import socket
 import subprocess
 import sys
@@ -51,12 +52,15 @@ class Service:
     def do_state(self):
         return {"weather": self._lab.weather, "skivra": self._lab.has_skivra}
 
-    def do_machine(self):
-        """What leads to the user's machine, and its user's numbers."""
-        return {"descriptor": os.pidfd_open(self._lab.machine_pid), "uid": self._lab.uid, "gid": self._lab.gid}
+    def do_machine(self, name):
+        """What leads to the user's machine, or to one of the office, and its user's numbers."""
+        return {"descriptor": os.pidfd_open(self._lab.machine(name).pid), "uid": self._lab.uid, "gid": self._lab.gid}
 
-    def do_weather(self, name):
-        self._lab.change_weather(name)
+    def do_weather(self, name, machine):
+        self._lab.change_weather(name, machine)
+
+    def do_off(self, machine):
+        self._lab.switch_off(machine)
 
     def do_skivra(self, installed):
         self._lab.change_skivra(installed)
@@ -73,10 +77,10 @@ def end_with(starter):
     os._exit(1)
 
 
-def serve(starter, listener, uid, gid):
+def serve(starter, listener, *settings):
     listener.listen()  # here, since this is the process whose number a caller is told
     threading.Thread(target=end_with, args=[starter], daemon=True).start()
-    the_lab = lab.Lab(uid, gid)
+    the_lab = lab.Lab(*settings)
     try:
         the_lab.build()
     except FAILURES as failure:
@@ -94,9 +98,9 @@ def serve(starter, listener, uid, gid):
                     pass  # the caller went away
 
 
-def main(starter, listener, uid, gid):
+def main(starter, listener, uid, gid, reader, program, machines):
     starter, listener = socket.socket(fileno=int(starter)), socket.socket(fileno=int(listener))
-    serve(starter, listener, int(uid), int(gid))
+    serve(starter, listener, int(uid), int(gid), pathlib.Path(reader), pathlib.Path(program), int(machines))
 
 
 if __name__ == "__main__":

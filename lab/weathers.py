@@ -1,37 +1,109 @@
 # SPDX-FileCopyrightText: 2026 Halvik
 # SPDX-License-Identifier: Apache-2.0
 
-"""The weathers: what each changes in a network that is otherwise in order."""
+"""The weathers: what each changes in a network that is otherwise in order, and how several become one."""
 
 import dataclasses
 
 # How the submission endpoint may behave.
 ANSWERS, FAILS, TWO_PIECES, CLOSES, STALLS = "answers", "fails", "two-pieces", "closes", "stalls"
 
+# How far the user's machine is a part of its network.
+ATTACHED, NO_ROUTE, NO_ADDRESS = "attached", "no-route", "no-address"
+
+# What a run needs in some weathers to show them.
+SKIVRA, DOMAIN = "skivra", "domain"
+
+
+class Contradiction(Exception):
+    """Weathers that cannot be at once. The message says what about."""
+
+
+class Unknown(Exception):
+    """There is no weather of this name."""
+
+
+@dataclasses.dataclass(frozen=True)
+class Trouble:
+    """What is wrong with one of the network's lines."""
+
+    delay_ms: float = 0  # what it adds to every ping
+    jitter_ms: float = 0  # what it adds at most, by chance
+    loss: float = 0  # the share of packets that get lost on their way from the exchange
+
 
 @dataclasses.dataclass(frozen=True)
 class Weather:
     summary: str
-    silent_servers: tuple = ()  # their programs do not run, by the name of their settings
-    firewall: str = ""  # a file of rules for the home router
-    delay_ms: float = 0  # what the customer's line adds to every ping
-    loss: float = 0  # the share of packets that get lost on the way to the customer
-    default_route: bool = True  # of the user's machine
-    policy: str = ""  # a file of names that the filter leads elsewhere
+    silent_servers: frozenset = frozenset()  # their programs do not run, by the name of their settings
+    dns_rules: str = ""  # a file of rules of the home router for name servers' ports
+    web_rules: str = ""  # and one for web servers' ports
+    out_rules: str = ""  # and one for all that leaves it
+    lines: dict = dataclasses.field(default_factory=dict)  # a line's Trouble, by its name
+    attachment: str = ATTACHED
+    mtu: int = 1500  # of the user's machine
+    vpn: bool = False  # what leaves the user's machine goes through a tunnel to another operator
+    nameserver: str = ""  # whom the user's machine asks in place of the router, or of the Skivra
+    forwarder: str = "192.0.2.53"  # whom the router asks
+    routes: dict = dataclasses.field(default_factory=dict)  # by an address, a place and its way there
+    clock_behind_years: int = 0  # the clock that the user's programs see
+    policy: str = ""  # a file of names that the service's resolvers answer otherwise
+    blocked_page: str = "nginx/blocked-page.inc"  # what who asks for a blocked page gets to see
+    skivra_runs: bool = True
+    skivra_state: bool = True  # its state file is there
     submission: str = ANSWERS
     certificate: str = "good"
     disk_full: bool = False  # the user's
+    needs: frozenset = frozenset()  # for a run to show it
 
+
+WITH_DOMAIN = frozenset({DOMAIN})
+WITH_SKIVRA = frozenset({SKIVRA})
 
 WEATHERS = {
     "clear": Weather("everything is in order"),
-    "resolver-down": Weather("the service's resolver A does not run", silent_servers=("resolver-a",)),
-    "port-53-blocked": Weather("the local network lets nobody ask on port 53", firewall="port-53-blocked.nft"),
-    "dns-hijacked": Weather("the provider's resolver answers for all others", firewall="dns-hijacked.nft"),
-    "loss-and-delay": Weather("30 % loss and 300 ms more on the customer's line", delay_ms=300, loss=0.3),
-    "no-default-route": Weather("the user's machine knows no way out", default_route=False),
-    "captive-portal": Weather("a hotel's portal answers every web request", firewall="captive-portal.nft"),
+    "resolver-down": Weather("the service's resolver A does not run", silent_servers=frozenset({"resolver-a"})),
+    "resolver-b-down": Weather("its resolver B does not", silent_servers=frozenset({"resolver-b"}), needs=WITH_DOMAIN),
+    "router-resolver-down": Weather("the home router answers no query", silent_servers=frozenset({"home"})),
+    "port-53-blocked": Weather("the local network lets nobody ask on port 53", dns_rules="port-53-blocked.nft"),
+    "dns-ports-blocked": Weather("nor on 443 and 5353", dns_rules="dns-ports-blocked.nft"),
+    "dns-hijacked": Weather("the provider's resolver answers for all others", dns_rules="dns-hijacked.nft"),
+    "loss-and-delay": Weather("30 % loss and 300 ms more on the customer's line",
+                              lines={"home": Trouble(delay_ms=300, loss=0.3)}),
+    "loss-beyond-provider": Weather("20 % loss between the provider and the exchange",
+                                    lines={"isp": Trouble(loss=0.2)}),
+    "high-delay": Weather("600 ms more on the customer's line", lines={"home": Trouble(delay_ms=600)}),
+    "uneven-delay": Weather("up to 700 ms more, by chance", lines={"home": Trouble(jitter_ms=700)}),
+    "slow-city": Weather("700 ms more towards Frankfurt", lines={"fra": Trouble(delay_ms=700)}),
+    "silent-city": Weather("Frankfurt says nothing", lines={"fra": Trouble(loss=1)}),
+    "small-mtu": Weather("the user's machine sends packets of up to 1000 bytes", mtu=1000),
+    "gateway-silent": Weather("the home router says nothing", lines={"lan": Trouble(loss=1)}),
+    "line-down": Weather("the home router has no connection to its provider", out_rules="line-down.nft"),
+    "no-default-route": Weather("the user's machine knows no way out", attachment=NO_ROUTE),
+    "no-address": Weather("the user's machine has no address", attachment=NO_ADDRESS),
+    "routing-loop": Weather("the exchange sends what is for api back to the provider",
+                            routes={"203.0.113.11": ("exchange", "dev isp")}),
+    "path-ends-early": Weather("what is for api vanishes behind the exchange",
+                               routes={"203.0.113.11": ("exchange", "blackhole")}),
+    "vpn": Weather("a tunnel takes everything to another operator", vpn=True),
+    "other-resolver": Weather("the user's machine asks a resolver of another operator", nameserver="8.8.8.8"),
+    "router-asks-provider": Weather("the home router asks the provider's resolver", forwarder="198.18.7.53"),
+    "clock-wrong": Weather("the user's machine believes to be in an earlier century", clock_behind_years=30),
+    "captive-portal": Weather("a hotel's portal answers every web request", web_rules="captive-portal.nft"),
     "block-page": Weather("the filter leads harmless names to the block page", policy="block-page.conf"),
+    "no-block-page": Weather("the filter shows what it should block", blocked_page="weather/no-block-page.inc",
+                             needs=WITH_SKIVRA),
+    "block-page-down": Weather("the web servers of the filter do not run", silent_servers=frozenset({"filter"})),
+    "web-down": Weather("the service's web hosts do not run", silent_servers=frozenset({"web"})),
+    "answer-differs": Weather("the service knows an old address of shop.example", policy="answer-differs.conf",
+                              needs=WITH_DOMAIN),
+    "domain-missing": Weather("the service knows no shop.example", policy="domain-missing.conf", needs=WITH_DOMAIN),
+    "domain-private": Weather("the service leads shop.example into a private network", policy="domain-private.conf",
+                              needs=WITH_DOMAIN),
+    "skivra-silent": Weather("the Skivra's resolver does not run", skivra_runs=False, needs=WITH_SKIVRA),
+    "skivra-no-state": Weather("the Skivra's state file is missing", skivra_state=False, needs=WITH_SKIVRA),
+    "skivra-bypassed": Weather("the user's machine asks the router in place of the Skivra", nameserver="192.168.1.1",
+                               needs=WITH_SKIVRA),
     "submission-500": Weather("the submission endpoint fails with status 500", submission=FAILS),
     "submission-two-pieces": Weather("it answers in two pieces", submission=TWO_PIECES),
     "submission-closes": Weather("it closes in the middle of its answer", submission=CLOSES),
@@ -41,3 +113,68 @@ WEATHERS = {
     "certificate-wrong-name": Weather("its certificate is another host's", certificate="wrong-name"),
     "disk-full": Weather("submission fails, and the user's disk is full", submission=FAILS, disk_full=True),
 }
+
+# What the fields are about that two weathers cannot both change.
+SUBJECTS = {
+    "dns_rules": "what becomes of queries at the home router",
+    "web_rules": "what becomes of web requests at the home router",
+    "out_rules": "what leaves the home router",
+    "lines": "the same line",
+    "attachment": "the address and the route of the user's machine",
+    "mtu": "the size of packets",
+    "nameserver": "whom the user's machine asks",
+    "forwarder": "whom the home router asks",
+    "routes": "the way to the same address",
+    "clock_behind_years": "the clock",
+    "policy": "what the service's resolvers answer",
+    "blocked_page": "what is shown in place of a blocked page",
+    "submission": "what the submission endpoint answers",
+    "certificate": "the certificate of the submission endpoint",
+}
+
+
+# What one machine of an office can have for itself. A line of its own stands for those by which all reach the provider.
+OF_A_MACHINE = ["attachment", "mtu", "nameserver", "disk_full"]
+WAY_OF_A_MACHINE = ["lan", "home"]
+
+
+def of_a_machine(name, line):
+    """The part of a weather that a machine can have for itself, with this line. Raises Contradiction if there is none,
+    besides what named does."""
+    whole, clear = named(name), WEATHERS["clear"]
+    part = {field: getattr(whole, field) for field in OF_A_MACHINE}
+    part["lines"] = {line: whole.lines[each] for each in WAY_OF_A_MACHINE if each in whole.lines}
+    weather = dataclasses.replace(clear, **part)
+    if weather == clear != whole:
+        raise Contradiction(f"{name} is no weather of one machine")
+    return weather
+
+
+def named(name):
+    """The weather of a name, or of several that are joined by "+". Raises Unknown or Contradiction."""
+    first, *others = name.split("+")
+    weather = _known(first)
+    for other in others:
+        weather = _both(name, weather, _known(other))
+    return weather
+
+
+def _known(name):
+    if name not in WEATHERS:
+        raise Unknown(name)
+    return WEATHERS[name]
+
+
+def _both(name, one, other):
+    values = {"summary": f"{one.summary}; {other.summary}"}
+    for field in [field.name for field in dataclasses.fields(Weather)[1:]]:
+        mine, its, usual = (getattr(each, field) for each in (one, other, WEATHERS["clear"]))
+        if isinstance(mine, (dict, frozenset)):
+            values[field] = mine | its
+            clash = isinstance(mine, dict) and mine.keys() & its.keys()
+        else:
+            values[field] = its if mine == usual else mine
+            clash = usual not in (mine, its) and mine != its
+        if clash:
+            raise Contradiction(f"{name} cannot be: two of these change {SUBJECTS[field]}")
+    return dataclasses.replace(one, **values)

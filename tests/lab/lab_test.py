@@ -3,6 +3,7 @@
 
 """A lab's life: it comes, goes and leaves nothing behind, however it ends, and two labs do not meet."""
 
+import contextlib
 import os
 import pathlib
 import re
@@ -12,7 +13,8 @@ import tempfile
 import time
 import unittest
 
-import labs
+import labs  # before all that it finds
+import support
 
 # Where a lab, or one of its servers, could leave something.
 PLACES = ["/run", "/etc", "/var/lib/knot", "/var/lib/nginx", "/var/lib/unbound", "/var/log", "/", labs.FOLDER,
@@ -35,14 +37,6 @@ def what_there_is():
     }
 
 
-def wait_until(condition, what):
-    deadline = time.monotonic() + labs.GUARD_SECONDS
-    while not condition():
-        if time.monotonic() > deadline:
-            raise AssertionError(f"waited in vain until {what}")
-        time.sleep(0.01)
-
-
 def find(program, *words):
     """The numbers, in order, of the processes of a program whose arguments contain these words."""
     found = []
@@ -54,6 +48,17 @@ def find(program, *words):
         if os.path.basename(first) == program and all(any(word in other for other in others) for word in words):
             found.append(number)
     return found
+
+
+def end_leftovers(before):
+    """Kills what a test that failed has left running, lest the next ones find it, and wait for it."""
+    while left := processes() - before:
+        for number in left:
+            with contextlib.suppress(ProcessLookupError):
+                os.kill(int(number), signal.SIGKILL)
+        with contextlib.suppress(ChildProcessError):
+            os.waitpid(-1, os.WNOHANG)  # those that nobody has waited for
+        time.sleep(0.01)
 
 
 def kill(number):
@@ -69,9 +74,10 @@ class LabTest(unittest.TestCase):
 
     def setUp(self):
         self.before = what_there_is()
+        self.addCleanup(end_leftovers, self.before["processes"])
 
     def assert_nothing_left(self):
-        wait_until(lambda: processes() == self.before["processes"], "all processes of the lab have ended")
+        support.wait_until(lambda: processes() == self.before["processes"], "all processes of the lab have ended")
         self.assertEqual(what_there_is(), self.before)
 
     def assert_ran(self, *words, stdout="", **others):
@@ -214,7 +220,7 @@ class SuddenEndTest(LabTest):
     def start_and_wait(self, *words, until):
         process = labs.start(*words)
         self.addCleanup(process.kill)
-        wait_until(lambda: find(until), f"{until} runs")
+        support.wait_until(lambda: find(until), f"{until} runs", process)
         return process
 
     def test_killed_while_it_starts(self):
@@ -236,7 +242,7 @@ class SuddenEndTest(LabTest):
     def test_ctrl_c_at_the_terminal(self):
         process = labs.start("shell", "sleep", "1h", start_new_session=True)
         self.addCleanup(process.kill)
-        wait_until(lambda: find("sleep"), "the command runs")
+        support.wait_until(lambda: find("sleep"), "the command runs", process)
         os.killpg(process.pid, signal.SIGINT)
         labs.finish(process)
         self.assertEqual(process.returncode, 128 + signal.SIGINT)
@@ -246,7 +252,7 @@ class SuddenEndTest(LabTest):
         self.assert_ran("up")
         number = find("knotd", "root.conf")[0]
         process = labs.start("down")
-        wait_until(lambda: not os.path.exists(f"/proc/{number}"), "the lab is ending")
+        support.wait_until(lambda: not os.path.exists(f"/proc/{number}"), "the lab is ending", process)
         process.send_signal(signal.SIGINT)
         self.assertEqual(labs.finish(process).returncode, 0)
         self.assertEqual(what_there_is(), self.before)
@@ -256,7 +262,7 @@ class SuddenEndTest(LabTest):
         process = self.start_and_wait("shell", "sleep", "1h", until="sleep")
         process.kill()
         labs.finish(process)
-        wait_until(lambda: not find("sleep"), "the command has ended with who started it")
+        support.wait_until(lambda: not find("sleep"), "the command has ended with who started it")
         self.assert_ran("shell", "dig", "+short", "www.halvik.example", stdout="203.0.113.10\n")
         self.assert_ran("down")
         self.assert_nothing_left()
@@ -292,7 +298,7 @@ class SuddenEndTest(LabTest):
     def test_a_server_that_ends_is_named(self):
         self.assert_ran("up")
         os.kill(find("knotd", "root.conf")[0], signal.SIGKILL)
-        wait_until(lambda: labs.run("weather", "clear").returncode == 2, "the lab has seen it")
+        support.wait_until(lambda: labs.run("weather", "clear").returncode == 2, "the lab has seen it")
         self.assert_refused(2, "knot root has ended", "weather", "clear")
         self.assert_ran("down")
         self.assert_nothing_left()

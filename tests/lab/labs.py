@@ -17,6 +17,7 @@ import subprocess
 import sys
 import tarfile
 import tempfile
+import time
 import traceback
 import unittest
 
@@ -26,10 +27,13 @@ sys.path.insert(0, str(FOLDER))
 sys.path.append(str(FOLDER.parent / "tests/program"))
 import reaper
 import support
+import weathers
 
+DOMAIN = "shop.example"  # the one that some weathers are about
 SKIPPED = 77  # the status by which a test file says that it was skipped whole
 UNABLE = 3  # the lab's, where a machine permits none
 GUARD_SECONDS = 300  # ends a run that hangs; no test waits for it otherwise
+LEAVE_SECONDS = 30  # within which all of a lab that could not be started, or a run in it, has gone
 
 ISOLATED = "HALVIK_LAB_TEST_ISOLATED"  # set, in a test file's own environment, once it runs inside its namespaces
 ISOLATE = ["unshare", "--net", "--mount", "--pid", "--fork", "--kill-child", "--mount-proc"]
@@ -81,9 +85,18 @@ def run(*words, **others):
 
 
 def finish(process):
-    """Waits until a started lab/lab has ended, and all who could write to its streams."""
+    """Waits until a started lab/lab has ended, and all who could write to its streams. After an error, not for long."""
+    deadline = time.monotonic() + GUARD_SECONDS
     try:
-        stdout, stderr = process.communicate(timeout=GUARD_SECONDS)
+        while True:
+            try:
+                stdout, stderr = process.communicate(timeout=1)
+                break
+            except subprocess.TimeoutExpired:
+                if process.poll():
+                    deadline = min(deadline, time.monotonic() + LEAVE_SECONDS)
+                if time.monotonic() > deadline:
+                    raise
     finally:
         process.kill()
     return subprocess.CompletedProcess(process.args, process.returncode, stdout, stderr)
@@ -137,6 +150,12 @@ class Lab:
         if process.returncode != 0 or process.stderr:
             raise AssertionError(f"lab/lab {words} ended with {process.returncode}: {process.stderr}")
         return process.stdout
+
+
+def needed_options(weather):
+    """The options of a run that shows a weather, and whether the Skivra has to be installed for it."""
+    needs = weathers.named(weather).needs
+    return ([f"-d={DOMAIN}"] if weathers.DOMAIN in needs else []), weathers.SKIVRA in needs
 
 
 class SideBySide:

@@ -16,8 +16,7 @@ import support
 
 DOMAIN = "shop.example"
 LOG_FOLDER = f"/{skivra.FOLDER}/beacon-logs"
-LOGS = [(f"{LOG_FOLDER}/{folder}/{skivra.log_name(folder, number)}", f"{folder} log {number} of {count}\n")
-        for folder, count in skivra.LOGS.items() for number in range(1, count + 1)]
+LOGS = skivra.logs()
 
 # Options, how many commands they launch besides the readers of logs, and what the plan depends on.
 GENERAL = [

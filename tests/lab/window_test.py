@@ -24,6 +24,8 @@ except ModuleNotFoundError as error:
 
 import machine
 
+# The results page shows the report as it came, whether or not there is a reader that would make more of it.
+os.environ["HALVIK_REPORT"] = os.devnull
 DOMAIN = "shop.example"
 ADDRESS = "https://diagnostic.halvik.example/results/1"
 FALLBACK = f"{machine.HOME}/Desktop/diagnostic_results.txt"
@@ -93,7 +95,8 @@ class LabWindowTest(windows.WindowedTest):
     def shown(self, name):
         """What an application has shown, as soon as it has shown something new."""
         path = f"{machine.HOME}/{name}.shown"
-        support.wait_until(lambda: labs.run("shell", "test", "-e", path).returncode == 0, f"the {name} shows something")
+        support.wait_until(lambda: labs.run("shell", "test", "-e", path).returncode == 0, f"the {name} shows something",
+                           self.process)
         return self.read(path)
 
     def open_program(self):
@@ -112,7 +115,7 @@ class LabWindowTest(windows.WindowedTest):
                 seen.append(line)
             return picture.text
 
-        support.wait_until(has_ended, "the outcome is shown")
+        support.wait_until(has_ended, "the outcome is shown", self.process)
         return seen
 
     def outcome(self, picture):
@@ -120,7 +123,8 @@ class LabWindowTest(windows.WindowedTest):
         self.screen.copy(b"of another program")
         self.window.click(picture.results)
         self.window.press("ctrl+a", "ctrl+c")
-        support.wait_until(lambda: self.screen.clipboard() not in (None, b"of another program"), "it is copied")
+        support.wait_until(lambda: self.screen.clipboard() not in (None, b"of another program"), "it is copied",
+                           self.process)
         return self.screen.clipboard()
 
     def assert_whole_report(self, report):
