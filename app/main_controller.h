@@ -13,6 +13,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <vector>
 
 #include "diagnostics/endpoints.h"
@@ -20,6 +21,7 @@
 #include "diagnostics/test_starter.h"
 #include "platform/application.h"
 #include "platform/desktop.h"
+#include "platform/text.h"
 #include "report/http.h"
 #include "report/report.h"
 #include "ui/controls.h"
@@ -164,9 +166,18 @@ class MainController : public platform::ApplicationDelegate,
   /// As writeToPath, and tell whether it worked.
   bool didWriteToPath(const std::string& path);
   bool didSaveIn(const std::string& folder);
+  /// Prints on standard output, and tells whether it worked. A failure costs what could not be
+  /// printed, and is the error that the run ends with.
+  bool didPrint(const platform::Pieces& text);
+  /// Ends the process, with `status` if everything could be printed.
+  [[noreturn]] void endSilentRun(int status);
 
   /// The report has been built and has not reached anyone yet.
   bool isReportAtRisk = false;
+  /// The output file holds it.
+  bool isReportInFile = false;
+  /// Why something could not be printed; the first one counts.
+  std::error_code printProblem;
   platform::Application& application;
   const diagnostics::Endpoints endpoints;
   /// Expires with the controller: what waits in the main loop asks whether there still is one.

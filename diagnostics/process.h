@@ -56,12 +56,15 @@ class Process {
   /// Adds one to `tally` when the command ends, right before it is announced.
   void countWhenFinished(std::shared_ptr<std::uint32_t> tally);
 
+  /// The end of a command: takes the rest of what it printed and announces it. Throws
+  /// std::logic_error when the command is another process's.
+  void terminatedNotification(const platform::ChildProcess& ended);
+
  private:
   void buildDisplayName(const std::string& launchPath, const std::vector<std::string>& args,
                         const std::optional<std::string>& comment);
   void stdOutNotification();
   void stdErrNotification();
-  void terminatedNotification(const platform::ChildProcess& ended);
 
   std::unique_ptr<platform::ChildProcess> task;
   platform::ByteBuffer stdOutData;

@@ -5,7 +5,6 @@
 
 #include "app/main_controller.h"
 #include "app/options.h"
-#include "platform/standard_streams.h"
 #include "platform/text.h"
 
 namespace app {
@@ -46,17 +45,17 @@ void MainController::handleAllTestsFinished() {
   if (isConsole) {
     platform::Pieces printed = platform::untilNul(results.pieces());
     printed.emplace_back("\n");
-    platform::writeStandardOutput(printed);
+    didPrint(printed);
   }
   const bool hasOutputFile = outputFile && !outputFile->empty();
   if (hasOutputFile) {
     writeToPath(*outputFile);
-    platform::writeStandardOutput({"outputFile=", *outputFile, "\n"});
+    didPrint({"outputFile=", *outputFile, "\n"});
   }
   if (!isSilent || uploadsWithoutWindow(isInternet, isConsole, hasOutputFile)) {
     submitResults();
   } else {
-    application.exit(0);
+    endSilentRun(0);
   }
 }
 

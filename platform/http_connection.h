@@ -25,7 +25,7 @@ struct HttpResponse {
 };
 
 /// Told of a reply: at most one head at a time, then its data in pieces as they arrive, then
-/// exactly one end.
+/// exactly one end: one of the last three.
 class HttpConnectionDelegate {
  public:
   virtual void connectionDidReceiveResponse(const HttpResponse& response) = 0;
@@ -35,6 +35,9 @@ class HttpConnectionDelegate {
   virtual void connectionDidFinishLoading() = 0;
   /// The connection failed before the reply was complete.
   virtual void connectionDidFailWithError() = 0;
+  /// The connection was given up, because the reply is none that is accepted: it exceeds a bound,
+  /// is compressed, or came before all was sent.
+  virtual void connectionDidRefuseReply() = 0;
 
  protected:
   HttpConnectionDelegate() = default;

@@ -90,7 +90,7 @@ bool HttpReplyReader::takeLine(std::string_view& bytes, std::size_t bytesMax,
   const bool isWhole = feedAt != std::string_view::npos;
   const std::size_t count = isWhole ? feedAt + 1 : bytes.size();
   if (line.size() + count > bytesMax) {
-    fail(whenLonger);
+    refuse(whenLonger);
     return false;
   }
   line += bytes.substr(0, count);
@@ -167,7 +167,7 @@ void HttpReplyReader::chooseBody() {
     stage = Stage::complete;
   } else if (const std::string coding = inLowerCase(fields["content-encoding"]);
              !coding.empty() && coding != "identity") {
-    fail("it is compressed, which nobody asked for");
+    refuse("it is compressed, which nobody asked for");
   } else if (const std::string transfer = inLowerCase(fields["transfer-encoding"]);
              !transfer.empty()) {
     stage = Stage::chunkSize;
@@ -215,7 +215,7 @@ std::string_view HttpReplyReader::takeBody(std::string_view& bytes) {
   bytes.remove_prefix(count);
   bodyBytes += count;
   if (bodyBytes > bodyBytesMax) {
-    fail("it is longer than " + std::to_string(bodyBytesMax) + " bytes");
+    refuse("it is longer than " + std::to_string(bodyBytesMax) + " bytes");
     return {};
   }
   if (!isEndless) {
@@ -229,6 +229,11 @@ std::string_view HttpReplyReader::takeBody(std::string_view& bytes) {
 
 void HttpReplyReader::fail(const std::string& why) {
   whyNot = why;
+}
+
+void HttpReplyReader::refuse(const std::string& why) {
+  refused = true;
+  fail(why);
 }
 
 }  // namespace platform

@@ -41,6 +41,9 @@ class HttpReplyReader {
   bool isComplete() const { return stage == Stage::complete && whyNot.empty(); }
   /// Why this is no whole reply; empty as long as it may be one.
   const std::string& problem() const { return whyNot; }
+  /// Whether the problem is a bound of ours or a compressed body, and not a reply that is broken
+  /// or cut off.
+  bool isRefused() const { return refused; }
 
  private:
   enum class Stage { statusLine, fields, chunkSize, chunk, chunkEnd, counted, untilEnd, complete };
@@ -54,6 +57,7 @@ class HttpReplyReader {
   void readChunkLine();
   std::string_view takeBody(std::string_view& bytes);
   void fail(const std::string& why);
+  void refuse(const std::string& why);
 
   Stage stage = Stage::statusLine;
   std::string line;
@@ -65,6 +69,7 @@ class HttpReplyReader {
   std::uint64_t bytesMissing = 0;
   std::size_t bodyBytes = 0;
   std::string whyNot;
+  bool refused = false;
 };
 
 }  // namespace platform

@@ -35,11 +35,9 @@ std::span<iovec> withoutWritten(std::span<iovec> parts, std::size_t count) {
 
 }  // namespace
 
-void writeStandardOutput(const Pieces& bytes) {
+std::error_code writeStandardOutput(const Pieces& bytes) {
   const int problem = writeAll(STDOUT_FILENO, bytes);
-  if (problem != 0 && problem != EPIPE) {
-    throw std::system_error(problem, std::generic_category(), "cannot write to standard output");
-  }
+  return {problem == EPIPE ? 0 : problem, std::generic_category()};
 }
 
 int writeAll(int fd, const Pieces& bytes) {

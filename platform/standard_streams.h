@@ -5,14 +5,16 @@
 
 #pragma once
 
+#include <system_error>
+
 #include "platform/text.h"
 
 namespace platform {
 
 /// Writes all of `bytes` to standard output, unbuffered. A reader that has gone away is not an
-/// error: it has seen what it wanted, and the rest of the delivery goes on. Throws
-/// std::system_error when the bytes cannot be written for any other reason.
-void writeStandardOutput(const Pieces& bytes);
+/// error: it has seen what it wanted, and the rest of the delivery goes on. Returns the error when
+/// the bytes cannot be written for any other reason.
+std::error_code writeStandardOutput(const Pieces& bytes);
 
 /// Writes all of `bytes` to `fd`, waiting where it has to. Returns 0, or the number of the system's
 /// error.

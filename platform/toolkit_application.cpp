@@ -5,6 +5,7 @@
 
 #include <QCoreApplication>
 
+#include <algorithm>
 #include <atomic>
 #include <cstdlib>
 #include <utility>
@@ -58,8 +59,10 @@ VitalThread::~VitalThread() {
 }
 
 ToolkitApplication::ToolkitApplication(int& argc, char** argv)
-    : ToolkitApplication([&argc, argv] { return std::make_unique<QCoreApplication>(argc, argv); }) {
-}
+    : ToolkitApplication([&argc, argv] {
+        argc = std::min(argc, 1);
+        return std::make_unique<QCoreApplication>(argc, argv);
+      }) {}
 
 ToolkitApplication::ToolkitApplication(
     const std::function<std::unique_ptr<QCoreApplication>()>& makeToolkit) {

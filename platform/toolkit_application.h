@@ -24,7 +24,7 @@ class VitalThread {
 /// An application that can do all but show windows: no display is needed, looked for or shown on.
 class ToolkitApplication : public Application {
  public:
-  /// `argc` and `argv` must outlive it.
+  /// `argc` and `argv` must outlive it. Qt gets the program's name only: `argc` is set to 1.
   ToolkitApplication(int& argc, char** argv);
   ~ToolkitApplication() override;
 

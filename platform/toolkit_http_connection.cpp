@@ -143,7 +143,7 @@ class ToolkitHttpConnection final : public HttpConnection {
       : request(std::move(sent)),
         delegate(receiver),
         stall(limit, [this] { fail("nothing has moved for too long"); }),
-        late(limit * stallsPerReply, [this] { fail("the reply takes too long"); }) {
+        late(limit * stallsPerReply, [this] { refuse("the reply takes too long"); }) {
     QNetworkProxyFactory::setUseSystemConfiguration(true);
     patience.setSingleShot(true);
     patience.setInterval(headStart);
@@ -326,7 +326,8 @@ class ToolkitHttpConnection final : public HttpConnection {
 
   void judge() {
     if (!reader.problem().empty()) {
-      fail("no usable reply: " + QString::fromStdString(reader.problem()));
+      const QString why = "no usable reply: " + QString::fromStdString(reader.problem());
+      reader.isRefused() ? refuse(why) : fail(why);
     } else if (reader.isComplete()) {
       finish(*reader.head());
     }
@@ -353,7 +354,7 @@ class ToolkitHttpConnection final : public HttpConnection {
   void finish(const HttpReplyHead& head) {
     // A server that wants no more of it has refused it; no other can know what it says yes to.
     if (!isSent() && head.statusCode < firstErrorStatus) {
-      fail("the server answered before it had the whole request");
+      refuse("the server answered before it had the whole request");
       return;
     }
     if (head.statusCode >= firstErrorStatus) {
@@ -386,6 +387,12 @@ class ToolkitHttpConnection final : public HttpConnection {
     logFailure(why);
     close();
     delegate.connectionDidFailWithError();
+  }
+
+  void refuse(const QString& why) {
+    logFailure(why);
+    close();
+    delegate.connectionDidRefuseReply();
   }
 
   void close() {

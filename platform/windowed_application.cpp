@@ -8,16 +8,21 @@
 #include <QDesktopServices>
 #include <QFile>
 #include <QMessageBox>
+#include <QProcess>
 #include <QSemaphore>
+#include <QStringDecoder>
 #include <QThreadPool>
 #include <QUrl>
 #include <unistd.h>
 
+#include <algorithm>
 #include <csignal>
 #include <cstdlib>
 
 #include "platform/boundary.h"
 #include "platform/log.h"
+#include "platform/qt_url.h"
+#include "platform/text_editor.h"
 
 namespace platform {
 
@@ -31,18 +36,25 @@ class ToolkitDesktop final : public Desktop {
   void copyToClipboard(const std::string& text) override {
     QClipboard* clipboard = QGuiApplication::clipboard();
     clipboard->clear();
-    clipboard->setText(QString::fromStdString(text));
+    // Every byte counts: what would otherwise be taken for a mark of the encoding as well.
+    QStringDecoder decode(QStringDecoder::Utf8, QStringDecoder::Flag::ConvertInitialBom);
+    clipboard->setText(decode(QByteArrayView(text.data(), static_cast<qsizetype>(text.size()))));
   }
 
   void openUrl(const std::string& url) override {
-    const QUrl parsed(QString::fromStdString(url).trimmed());
+    const QUrl parsed = urlFromText(QString::fromStdString(url));
     if (parsed.isValid() && !parsed.isEmpty()) {
       QDesktopServices::openUrl(parsed);
     }
   }
 
   void openInTextEditor(const std::string& path) override {
-    QDesktopServices::openUrl(QUrl::fromLocalFile(QFile::decodeName(path.c_str())));
+    const Command editor = textEditorCommand(path);
+    QStringList arguments;
+    for (const std::string& argument : editor.args) {
+      arguments << QFile::decodeName(argument.c_str());
+    }
+    QProcess::startDetached(QFile::decodeName(editor.path.c_str()), arguments);
   }
 };
 
@@ -94,6 +106,7 @@ std::unique_ptr<QCoreApplication> makeWindowedToolkit(int& argc, char** argv) {
   };
   const VitalThread thread;
   const WithoutSharedPictures setting;
+  argc = std::min(argc, 1);
   auto toolkit = std::make_unique<QApplication>(argc, argv);
   keepThreadToPaintWith();
   return toolkit;

@@ -13,8 +13,10 @@ namespace platform {
 /// An application that shows windows. An uncaught error is also told in a message box.
 class WindowedApplication final : public ToolkitApplication {
  public:
-  /// `argc` and `argv` must outlive the application. Without a display to show a window on, or a
-  /// thread to paint it with, it says so in the log and ends the process with status 1.
+  /// `argc` and `argv` must outlive the application. Qt gets the program's name only, as it would
+  /// obey arguments that are none of this program's: `argc` is set to 1. Without a display to show
+  /// a window on, or a thread to paint it with, it says so in the log and ends the process with
+  /// status 1.
   WindowedApplication(int& argc, char** argv);
   ~WindowedApplication() override;
 

@@ -15,6 +15,7 @@ namespace app {
 namespace {
 
 constexpr int internalServerError = 500;
+constexpr const char* couldNotSave = "could not save diagnostic_results.txt";
 
 }  // namespace
 
@@ -37,8 +38,11 @@ void MainController::onHttpDone(const report::Http& client) {
   textResultsLinkView.send(&ui::ScrollView::setHidden, false);
   textCopyPaste.send(&ui::Label::setHidden, false);
   if (isSilent) {
-    platform::writeStandardOutput({"url=", platform::untilNul(resultsUrl), "\n"});
-    application.exit(0);
+    // An address that nobody gets to read delivers the report to nobody.
+    if (didPrint({"url=", platform::untilNul(resultsUrl), "\n"})) {
+      isReportAtRisk = false;
+    }
+    endSilentRun(0);
   }
   isReportAtRisk = false;
 }
@@ -59,17 +63,33 @@ void MainController::onHttpError(const report::Http& client) {
   saveToDesktop();
   if (isSilent) {
     platform::log("could not send log, saved to Desktop\n");
-    application.exit(1);
+    endSilentRun(1);
   }
 }
 
+bool MainController::didPrint(const platform::Pieces& text) {
+  const std::error_code problem = platform::writeStandardOutput(text);
+  if (!printProblem) {
+    printProblem = problem;
+  }
+  return !problem;
+}
+
+void MainController::endSilentRun(int status) {
+  if (printProblem) {
+    isReportAtRisk = isReportAtRisk && !isReportInFile;
+    throw std::system_error(printProblem, "cannot write to standard output");
+  }
+  application.exit(status);
+}
+
 void MainController::writeToPath(const std::string& path) {
-  didWriteToPath(path);
+  isReportInFile = didWriteToPath(path);
 }
 
 bool MainController::didWriteToPath(const std::string& path) {
   if (!platform::writeAtomically(path, results.pieces())) {
-    platform::log("could not save diagnostic_results.txt");
+    platform::log(couldNotSave);
     return false;
   }
   desktop.send(&platform::Desktop::openInTextEditor, path);
@@ -79,7 +99,9 @@ bool MainController::didWriteToPath(const std::string& path) {
 void MainController::saveToDesktop() {
   isReportAtRisk = false;
   const std::string folder = platform::desktopFolder();
-  if (!folder.empty() && didSaveIn(folder)) {
+  if (folder.empty()) {
+    platform::log(couldNotSave);
+  } else if (didSaveIn(folder)) {
     return;
   }
   // The home folder may be full where the place for temporary files is not.

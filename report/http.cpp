@@ -74,4 +74,10 @@ void Http::connectionDidFailWithError() {
   uploadSucceeded(false);
 }
 
+void Http::connectionDidRefuseReply() {
+  // What came of it is as good as nothing, unlike the beginning of a reply that was cut off.
+  responseDidSucceed = false;
+  uploadSucceeded(false);
+}
+
 }  // namespace report

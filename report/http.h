@@ -47,7 +47,8 @@ class Http : private platform::HttpConnectionDelegate {
   Http(platform::Application& application, std::string url, std::string_view data,
        HttpProtocol& receiver, std::chrono::milliseconds stallLimit = usualStallLimit);
 
-  /// Whether reply data has arrived and the status was below 400.
+  /// Whether reply data has arrived and the status was below 400. False for a reply that was
+  /// refused.
   bool didResponseSucceed() const { return responseDidSucceed; }
 
   /// The HTTP status as of the last piece of reply data; 0 when none arrived.
@@ -68,6 +69,7 @@ class Http : private platform::HttpConnectionDelegate {
   void connectionDidReceiveData(std::string_view data) override;
   void connectionDidFinishLoading() override;
   void connectionDidFailWithError() override;
+  void connectionDidRefuseReply() override;
 
   std::string serverURL;
   HttpProtocol& delegate;

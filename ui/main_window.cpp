@@ -15,6 +15,7 @@
 #include <utility>
 
 #include "platform/boundary.h"
+#include "platform/qt_url.h"
 #include "ui/widget_controls.h"
 
 namespace ui {
@@ -70,6 +71,32 @@ void keepPlaceWhenHidden(QWidget& widget) {
   widget.hide();
 }
 
+// A field whose hint can be read: Qt's is half as strong as its text, too faint for many.
+class Field final : public QLineEdit {
+ public:
+  Field() { strengthenHint(); }
+
+ protected:
+  void changeEvent(QEvent* event) override {
+    QLineEdit::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange) {
+      strengthenHint();
+    }
+  }
+
+ private:
+  void strengthenHint() {
+    constexpr float strength = 0.65F;
+    QPalette colors = palette();
+    QColor hint = colors.color(QPalette::Text);
+    hint.setAlphaF(strength);
+    if (colors.color(QPalette::PlaceholderText) != hint) {
+      colors.setColor(QPalette::PlaceholderText, hint);
+      setPalette(colors);
+    }
+  }
+};
+
 void setUpField(QLineEdit& field, const char* name, const QString& placeholder) {
   field.setObjectName(QLatin1String(name));
   field.setPlaceholderText(placeholder);
@@ -99,12 +126,12 @@ class MainWindow::Parts {
   Frame frame;
   QLabel purposeLabel{QStringLiteral(
       "Runs network tests on this computer and sends\nwhat they print to Halvik support.")};
-  QLineEdit accountField;
-  QLineEdit ticketField;
-  QLineEdit domainField;
+  Field accountField;
+  Field ticketField;
+  Field domainField;
   QPushButton startPush{QStringLiteral("&Start tests")};
   QLabel statusLabel;
-  QProgressBar progressBar;
+  GlidingProgressBar progressBar;
   QTextBrowser resultsBrowser;
   QLabel captionLabel{QStringLiteral("Send this link to Halvik support:")};
   QPushButton copyPush{QStringLiteral("&Copy link")};
@@ -162,10 +189,10 @@ class MainWindow::Parts {
     palette.setColor(QPalette::Text, Qt::white);
     resultsBrowser.setPalette(palette);
     keepPlaceWhenHidden(resultsBrowser);
-    QObject::connect(&resultsBrowser, &QTextBrowser::anchorClicked, &resultsBrowser,
-                     [this](const QUrl& url) {
-                       platform::enter([&] { actions.openLink(url.toString().toStdString()); });
-                     });
+    QObject::connect(
+        &resultsBrowser, &QTextBrowser::anchorClicked, &resultsBrowser, [this](const QUrl& url) {
+          platform::enter([&] { actions.openLink(platform::encodedText(url).toStdString()); });
+        });
   }
 
   void setUpButtons() {

@@ -4,22 +4,27 @@
 #include "ui/widget_controls.h"
 
 #include <QTextCursor>
-#include <QUrl>
 
 #include <algorithm>
 #include <cmath>
+
+#include "platform/qt_url.h"
 
 namespace ui {
 
 namespace {
 
-constexpr int glideMs = 150;
 // In a text full of addresses, of which each reaches to its end, links would take minutes to make.
 constexpr std::size_t linkedUnitsMax = 4UL << 20;
 
-// A bar counts in whole steps; a hundred of them for each unit let it glide.
-int toSteps(double value) {
-  return static_cast<int>(std::lround(value * 100));
+int rounded(double value) {
+  return static_cast<int>(std::lround(value));
+}
+
+// The view keeps these two noncharacters for the ends of its own frames, and would end a line
+// there.
+bool isFrameMark(char16_t unit) {
+  return unit == u'\uFDD0' || unit == u'\uFDD1';
 }
 
 QTextCharFormat foreground(const Color& color) {
@@ -57,27 +62,16 @@ void WidgetLabel::setStringValue(const std::string& text) {
   widget->setText(QString::fromStdString(text));
 }
 
-WidgetProgressBar::WidgetProgressBar(QProgressBar& shown)
-    : WidgetControl(shown), glide(new QPropertyAnimation(&shown, "value", &shown)) {
-  glide->setDuration(glideMs);
-}
-
 void WidgetProgressBar::setMinValue(double value) {
-  widget->setMinimum(toSteps(value));
+  widget->setMinimum(rounded(value));
 }
 
 void WidgetProgressBar::setMaxValue(double value) {
-  widget->setMaximum(toSteps(value));
+  widget->setMaximum(rounded(value));
 }
 
 void WidgetProgressBar::setDoubleValue(double value) {
-  glide->stop();
-  if (isAnimated) {
-    glide->setEndValue(toSteps(value));
-    glide->start();
-  } else {
-    widget->setValue(toSteps(value));
-  }
+  widget->setValue(rounded(value));
 }
 
 void WidgetProgressBar::setControlTint(int tint) {
@@ -89,24 +83,42 @@ void WidgetProgressBar::setControlTint(int tint) {
 }
 
 void WidgetProgressBar::startAnimation() {
-  isAnimated = true;
+  widget->setGliding(true);
 }
 
 void WidgetProgressBar::stopAnimation() {
-  isAnimated = false;
-  glide->stop();
+  widget->setGliding(false);
 }
 
 WidgetRichTextView::WidgetRichTextView(QTextBrowser& shown) : view(&shown) {}
 
-void WidgetRichTextView::setString(const std::string& text) {
+void WidgetRichTextView::setString(const std::string& shown) {
   links.clear();
+  lineFeedsLeftOut.clear();
+  text = QString::fromStdString(shown).toStdU16String();
+  std::u16string inView;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (text[i] == u'\n' && i > 0 && text[i - 1] == u'\r') {
+      lineFeedsLeftOut.push_back(i);
+    } else {
+      inView += isFrameMark(text[i]) ? u'\uFFFD' : text[i];
+    }
+  }
   view->setCurrentCharFormat(QTextCharFormat());
-  view->setPlainText(QString::fromStdString(text));
+  view->setPlainText(QString::fromStdU16String(inView));
 }
 
 std::u16string WidgetRichTextView::string() const {
-  return view->toPlainText().toStdU16String();
+  return text;
+}
+
+TextRange WidgetRichTextView::placeInView(const TextRange& range) const {
+  const auto toView = [this](std::size_t position) {
+    const auto after = std::lower_bound(lineFeedsLeftOut.begin(), lineFeedsLeftOut.end(), position);
+    return position - static_cast<std::size_t>(after - lineFeedsLeftOut.begin());
+  };
+  const std::size_t start = toView(range.position);
+  return {.position = start, .length = toView(range.position + range.length) - start};
 }
 
 void WidgetRichTextView::addLinks(const std::vector<TextRange>& ranges) {
@@ -123,17 +135,19 @@ void WidgetRichTextView::addLinks(const std::vector<TextRange>& ranges) {
 
 void WidgetRichTextView::addLink(const TextRange& range) {
   // The white space behind an address belongs to the range but not to the address.
-  const QUrl url(cursorOver(*view, range).selectedText().trimmed(), QUrl::StrictMode);
-  if (!url.isValid()) {
+  const QString address =
+      QString::fromStdU16String(text.substr(range.position, range.length)).trimmed();
+  if (!platform::urlFromText(address).isValid()) {
     return;
   }
   QTextCharFormat link;
   link.setAnchor(true);
-  link.setAnchorHref(url.toString());
+  link.setAnchorHref(address);
   link.setUnderlineStyle(QTextCharFormat::SingleUnderline);
   link.setForeground(Qt::blue);
-  cursorOver(*view, range).mergeCharFormat(link);
-  links.push_back(range);
+  const TextRange place = placeInView(range);
+  cursorOver(*view, place).mergeCharFormat(link);
+  links.push_back(place);
 }
 
 void WidgetRichTextView::setTextColor(const Color& color) {

@@ -9,12 +9,12 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QProgressBar>
-#include <QPropertyAnimation>
 #include <QTextBrowser>
 
 #include <vector>
 
 #include "ui/controls.h"
+#include "ui/gliding_progress_bar.h"
 
 namespace ui {
 
@@ -45,25 +45,21 @@ class WidgetLabel final : public WidgetControl<Label, QLabel> {
   void setStringValue(const std::string& text) override;
 };
 
-class WidgetProgressBar final : public WidgetControl<ProgressBar, QProgressBar> {
+class WidgetProgressBar final : public WidgetControl<ProgressBar, GlidingProgressBar> {
  public:
-  explicit WidgetProgressBar(QProgressBar& shown);
+  using WidgetControl::WidgetControl;
   void setMinValue(double value) override;
   void setMaxValue(double value) override;
   void setDoubleValue(double value) override;
   void setControlTint(int tint) override;
   void startAnimation() override;
   void stopAnimation() override;
-
- private:
-  QPropertyAnimation* glide;
-  bool isAnimated = false;
 };
 
 class WidgetRichTextView final : public RichTextView {
  public:
   explicit WidgetRichTextView(QTextBrowser& shown);
-  void setString(const std::string& text) override;
+  void setString(const std::string& shown) override;
   std::u16string string() const override;
   void addLinks(const std::vector<TextRange>& ranges) override;
   void setTextColor(const Color& color) override;
@@ -72,8 +68,13 @@ class WidgetRichTextView final : public RichTextView {
  private:
   void addLink(const TextRange& range);
   void showLinks();
+  TextRange placeInView(const TextRange& range) const;
 
   QTextBrowser* view;
+  std::u16string text;
+  /// Where in `text` a line feed follows a carriage return: the view has one unit for both.
+  std::vector<std::size_t> lineFeedsLeftOut;
+  /// Places in the view.
   std::vector<TextRange> links;
   Color linkColor{};
 };

@@ -5,8 +5,11 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/boundary.h"
 #include "support/application.h"
 #include "support/environment.h"
+#include "support/fake_application.h"
+#include "support/fake_controls.h"
 
 namespace app {
 namespace {
@@ -33,6 +36,33 @@ TEST(MainController, IsReadyForARunWithoutAWindow) {
   EXPECT_EQ(controller.tailSize, 15000);
   EXPECT_EQ(controller.maxPostSize, 1000000);
   EXPECT_TRUE(controller.applicationShouldTerminateAfterLastWindowClosed());
+}
+
+TEST(MainController, HidesTheResultsAndTitlesTheWindow) {
+  MainController controller(support::application());
+  const support::FakeWindow window(controller);
+  controller.awakeFromNib();
+  EXPECT_EQ(window.calls, (support::Calls{"scroll hide", "caption hide", "copy hide", "open hide",
+                                          "window title Halvik Diagnostic v1.0.0"}));
+}
+
+TEST(MainController, BeginsWithNoRuns) {
+  MainController controller(support::application());
+  diagnostics::ProcessList list;
+  list.append(std::make_shared<diagnostics::Process>(support::application().descriptors()));
+  controller.processes = list;
+  controller.container.push_back(list);
+  controller.awakeFromNib();
+  EXPECT_EQ(controller.processes.size(), 0U);
+  EXPECT_TRUE(controller.container.empty());
+}
+
+TEST(MainController, IsTheDelegateOfItsApplication) {
+  support::FakeApplication application;
+  MainController controller(application);
+  EXPECT_EQ(application.delegate, nullptr);
+  controller.awakeFromNib();
+  EXPECT_EQ(application.delegate, &controller);
 }
 
 TEST(MainController, TakesItsOptionsInOrder) {
@@ -63,6 +93,26 @@ TEST(MainController, KeepsTheDomainAsGiven) {
   MainController controller(support::application());
   controller.setDomain("http://a b.example/\xff");
   EXPECT_EQ(controller.domain, "http://a b.example/\xff");
+}
+
+// Only where the system does not end them itself do they otherwise outlive the program.
+TEST(MainController, AsksItsCommandsToEndAfterAnError) {
+  MainController controller(support::application());
+  controller.isFinishing = true;
+  controller.startTest("/bin/sh", {"-c", "exec tail -f /dev/null"});
+  controller.startTest("/bin/sh", {"-c", "exec tail -f /dev/null"});
+  platform::lastMeasures().endCommands();
+  support::turnUntil([&] { return controller.didAllTestsFinished(); });
+}
+
+TEST(MainController, LeavesNoMeasuresBehind) {
+  {
+    const MainController controller(support::application());
+    EXPECT_TRUE(platform::lastMeasures().saveReport);
+    EXPECT_TRUE(platform::lastMeasures().endCommands);
+  }
+  EXPECT_FALSE(platform::lastMeasures().saveReport);
+  EXPECT_FALSE(platform::lastMeasures().endCommands);
 }
 
 }  // namespace

@@ -6,9 +6,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <stdexcept>
 #include <system_error>
 
 #include "platform/notification_center.h"
+#include "support/descriptors.h"
 #include "support/process_controller.h"
 #include "support/temporary_folder.h"
 
@@ -104,6 +106,24 @@ TEST(Process, AnnouncesItsEndOnceWithEverythingInPlace) {
   EXPECT_THAT(result, testing::EndsWith("stdout:\nout\n\nstderr:\nerr\n\n"));
 }
 
+TEST(Process, AnnouncesItsEndUnderThisName) {
+  const auto process = makeProcess();
+  int announced = 0;
+  platform::NotificationCenter::defaultCenter().addObserver("ProcessTerminatedNotification",
+                                                            process.get(), [&] { ++announced; });
+  process->start("/bin/true", {}, std::nullopt);
+  turnUntil([&] { return process->isFinished(); });
+  EXPECT_EQ(announced, 1);
+}
+
+TEST(Process, IsNotEndedByTheEndOfAnothersCommand) {
+  const auto process = makeProcess();
+  process->start("/bin/true", {}, std::nullopt);
+  const platform::ChildProcess other(support::application().descriptors(), "/bin/true", {});
+  EXPECT_THROW(process->terminatedNotification(other), std::logic_error);
+  EXPECT_FALSE(process->isFinished());
+}
+
 TEST(Process, ThatCannotBeLaunchedThrowsItsPathAndTheReason) {
   const std::vector<std::pair<std::string, std::string>> cases{
       {"/no/such/tool", "No such file or directory"},
@@ -146,6 +166,12 @@ TEST(Process, ReadsBothStreamsOfADescendantThatFillsTheSecondFirst) {
   EXPECT_EQ(block.standardError.value_or("").size(), 300000U);
 }
 
+TEST(Process, HoldsNoDescriptorForALongOutputOnceItHasEnded) {
+  const auto process = runShell("head -c 3000000 /dev/zero; head -c 3000000 /dev/zero >&2");
+  EXPECT_EQ(process->resultBlock().standardOutput.value_or("").size(), 3'000'000U);
+  EXPECT_EQ(support::openDescriptorsOf("memfd:"), 0U);
+}
+
 // Numbered lines, so that a lost, doubled or misplaced piece shows.
 std::string numberedLines(const std::string& name, std::size_t bytesMin) {
   std::string text;
@@ -158,12 +184,12 @@ std::string numberedLines(const std::string& name, std::size_t bytesMin) {
 TEST(Process, FiveHundredTalkativeCommandsLoseNothing) {
   constexpr std::size_t size = 1'000'000;
   const std::string expected = numberedLines("line", size);
-  const std::string count = std::to_string(std::count(expected.begin(), expected.end(), '\n') - 1);
-  // Both streams at once in pieces of the tool's own size, and a descendant that writes at last: it
-  // waits for a pipe that closes with its parent.
+  // Both streams at once in small pieces, and a descendant that writes at last: it waits for a pipe
+  // that closes with its parent.
   const support::TemporaryFolder folder;
+  folder.write("lines", expected);
   const std::string fifo = folder.path("$$");
-  const std::string print = "seq -f 'line %.0f' 0 " + count;
+  const std::string print = "dd bs=4096 status=none if=" + folder.path("lines");
   const std::string line = "mkfifo " + fifo + "; (read x < " + fifo + "; echo last) & exec 9> " +
                            fifo + "; " + print + " & a=$!; " + print + " >&2 & wait $a $!";
   std::vector<std::shared_ptr<Process>> processes;

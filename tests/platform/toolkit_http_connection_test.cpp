@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "platform/http_reply_reader.h"
 #include "support/application.h"
 #include "support/environment.h"
 #include "support/http_server.h"
@@ -22,6 +23,7 @@ struct Events final : HttpConnectionDelegate {
   }
   void connectionDidFinishLoading() override { end("finished"); }
   void connectionDidFailWithError() override { end("failed"); }
+  void connectionDidRefuseReply() override { end("refused"); }
   void end(const char* how) {
     seen += how;
     ended = true;
@@ -60,6 +62,15 @@ TEST(HttpConnection, AReplyThatIsCutShortHasFailed) {
   const support::HttpServer server(
       {support::answer("HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\nhttp")});
   EXPECT_EQ(eventsOf(server.url()), "response 200; data http; failed");
+}
+
+TEST(HttpConnection, AReplyBeyondABoundIsRefused) {
+  const std::string tooLong(HttpReplyReader::bodyBytesMax, 'x');
+  const support::HttpServer server(
+      {support::answer("HTTP/1.1 200 OK\r\n\r\nhttp" + tooLong),
+       support::answer("HTTP/1.1 200 OK\r\nContent-Encoding: gzip\r\n\r\nhttp")});
+  EXPECT_TRUE(eventsOf(server.url()).ends_with("; refused"));
+  EXPECT_EQ(eventsOf(server.url()), "response 200; refused");
 }
 
 TEST(HttpConnection, LogsWhyItFailed) {

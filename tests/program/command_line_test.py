@@ -76,6 +76,36 @@ class EmptyArgumentTest(support.ProgramTest):
                 self.assert_only_files(self.work, [])
 
 
+class OwnPathTest(support.ProgramTest):
+    """The program's own path, which its caller chooses, is an argument like any other."""
+
+    def run_as(self, name, *options):
+        prefix = ["bash", "-c", 'exec -a "$0" "$@"', name]
+        return self.run_stand_in(options, ["echo here"], prefix=prefix)
+
+    def test_a_path_that_asks_for_the_usage(self):
+        for name in ("-h", "--help", "-?"):
+            with self.subTest(name):
+                ended = self.run_as(name, "-s", "-c")
+                self.assertIn(usage(endpoints.roles()).encode(), ended.stderr)
+                self.assertEqual(ended.stdout, b"")
+                self.assertEqual(ended.status, 0)
+
+    def test_a_path_that_is_an_option(self):
+        ended = self.run_as("-c", "-s")
+        self.assertEqual(ended.stdout, support.report([("echo here", "here\n")]) + b"\n")
+        self.assertEqual(ended.status, 0)
+        ended = self.run_as("-o=report.txt", "-s")
+        self.assertEqual(ended.stdout, b"outputFile=report.txt\n")
+        self.assert_only_files(self.work, ["report.txt"])
+
+    def test_an_empty_path(self):
+        ended = self.run_as("", "-s", "-c")
+        self.assertEqual(ended.status, -signal.SIGABRT)
+        self.assertEqual(ended.stdout, b"")
+        self.assertRegex(ended.stderr, b"(?i)empty.*argument|argument.*empty")
+
+
 class RunModeTest(support.ProgramTest):
     HEADLESS = [
         ["-s", "-c"], ["-c", "-s"], ["--silent", "--console"], ["-s", "-c", "-psn"], ["-ps", "-s", "-c"],

@@ -62,7 +62,9 @@ class DesktopTest(support.ProgramTest):
                 prepare(home)
                 ended = self.fail_to_submit(env={"HOME": home, "TMPDIR": temporary}, prefix=prefix)
                 [saved] = temporary.rglob("diagnostic_results.txt")
-                self.assert_saved(ended, saved)
+                self.assert_same_text(saved.read_bytes(), REPORT)
+                self.assert_only_files(saved.parent, [saved.name])
+                self.assertEqual(ended.messages[1:], [FAILURE, f"saving the report to {saved}", FALLBACK])
                 self.assertEqual(saved.parent.stat().st_mode & 0o777, 0o700)
                 saved.unlink()
 

@@ -44,7 +44,8 @@ class OutputTest(HostileCommandTest):
         process = self.start_stand_in(["-s", "-o=F"], ["echo $$ >pid; exec yes", *["echo >>ended"] * (ALL - 1)])
         number, ended = self.work / "pid", self.work / "ended"
         for path, size in ((ended, ALL - 1), (number, 1)):
-            support.wait_until(lambda: path.exists() and path.stat().st_size >= size, "the others have ended")
+            support.wait_until(lambda: path.exists() and path.stat().st_size >= size, "the others have ended",
+                               process)
         self.assertIsNone(process.poll())
         os.kill(int(number.read_text()), signal.SIGTERM)
         ended = self.finish(process)
@@ -75,8 +76,9 @@ class OutputTest(HostileCommandTest):
 class DescendantTest(HostileCommandTest):
     def test_a_thousand_children_of_one_command(self):
         """They outlive it. The run waits for the last one that can still print."""
-        line = ("i=0; while [ $i -lt 1000 ]; do (until test -e go; do sleep 0.1; done; echo late) & i=$((i+1)); done; "
-                "echo early; touch go")
+        # Each waits for the command to end: only then the last one that could write into the FIFO is gone.
+        line = ("mkfifo end; exec 4<>end 3<end; i=0; "
+                "while [ $i -lt 1000 ]; do (exec 4>&-; read _ <&3; echo late) & i=$((i+1)); done; echo early")
         printed, beside = self.contents([line, "echo beside"])
         self.assertEqual(printed, b"stdout:\nearly\n" + b"late\n" * 1000 + b"\n")
         self.assertEqual(beside, b"stdout:\nbeside\n\n")
@@ -131,7 +133,7 @@ class FifoTest(HostileCommandTest):
     def test_a_fifo_without_a_writer_is_waited_for(self):
         os.mkfifo(self.work / "fifo")
         process = self.start_stand_in(["-s", "-c"], ["cat fifo", "echo beside"])
-        writer = support.open_for_writing(self.work / "fifo")
+        writer = support.open_for_writing(self.work / "fifo", process)
         support.wait_until_idle(process.pid)
         self.assertIsNone(process.poll())
         os.write(writer, b"at last\n")

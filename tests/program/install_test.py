@@ -12,11 +12,23 @@ FILES = """
 bin/halvik-diagnostic
 libexec/halvik-diagnostic/halvik-diagnostic-upload
 libexec/halvik-diagnostic/halvik-diagnostic-window
+libexec/halvik-diagnostic/open_in_text_editor
 libexec/halvik-diagnostic/scutil
 libexec/halvik-diagnostic/system_profiler
 share/applications/halvik-diagnostic.desktop
 share/bash-completion/completions/halvik-diagnostic
 share/fish/vendor_completions.d/halvik-diagnostic.fish
+share/halvik-diagnostic/ansible/ansible.cfg
+share/halvik-diagnostic/ansible/collect.yml
+share/halvik-diagnostic/ansible/install.yml
+share/halvik-diagnostic/ansible/roles/halvik_diagnostic/defaults/main.yml
+share/halvik-diagnostic/ansible/roles/halvik_diagnostic/meta/argument_specs.yml
+share/halvik-diagnostic/ansible/roles/halvik_diagnostic/meta/main.yml
+share/halvik-diagnostic/ansible/roles/halvik_diagnostic/tasks/collect.yml
+share/halvik-diagnostic/ansible/roles/halvik_diagnostic/tasks/install.yml
+share/halvik-diagnostic/ansible/roles/halvik_diagnostic/tasks/main.yml
+share/halvik-diagnostic/ansible/roles/halvik_diagnostic/tasks/prepare.yml
+share/halvik-diagnostic/ansible/roles/halvik_diagnostic/tasks/read.yml
 share/icons/hicolor/128x128/apps/halvik-diagnostic.png
 share/icons/hicolor/48x48/apps/halvik-diagnostic.png
 share/icons/hicolor/64x64/apps/halvik-diagnostic.png
@@ -36,7 +48,7 @@ class InstallTest(support.ProgramTest):
 
     def test_files(self):
         found = [str(path.relative_to(self.prefix)) for path in self.prefix.rglob("*") if not path.is_dir()]
-        scripts = ["libexec/halvik-diagnostic/scutil", "libexec/halvik-diagnostic/system_profiler"]
+        scripts = [f"libexec/halvik-diagnostic/{name}" for name in ("open_in_text_editor", "scutil", "system_profiler")]
         self.assertEqual(sorted(found), [name for name in FILES if name not in scripts or support.PLATFORM == "linux"])
 
     @support.needs_namespaces

@@ -48,13 +48,17 @@ class SignalTest(support.ProgramTest):
             os.close(self.input)
             self.input = None
 
+    process = None  # the program, where it is a child of the test's own
+
     def start_run(self, options, commands, **others):
         (self.work / "started").unlink(missing_ok=True)
-        return self.start_stand_in(options, commands, stdin=self.reader, process_group=0, **others)
+        self.process = self.start_stand_in(options, commands, stdin=self.reader, process_group=0, **others)
+        return self.process
 
     def wait_for_commands(self, count):
         started = self.work / "started"
-        support.wait_until(lambda: started.exists() and started.stat().st_size >= count, f"{count} commands run")
+        support.wait_until(lambda: started.exists() and started.stat().st_size >= count, f"{count} commands run",
+                           self.process)
 
     def assert_nobody_is_left(self):
         self.reader.close()
@@ -141,7 +145,7 @@ class EndTest(SignalTest):
 
                 server = servers.Server(wait)
                 process = self.start_run(["-s"], ["echo one"], submit=server.url())
-                support.wait_until(lambda: server.requests, "the report has been received")
+                support.wait_until(lambda: server.requests, "the report has been received", process)
                 process.send_signal(number)
                 self.assert_ended_by(process, number)
                 self.assert_nobody_is_left()
@@ -270,7 +274,8 @@ class SuspendTest(SignalTest):
     def suspend(self, number, whole_group):
         process = self.start_run(["-s", "-c"], [line for line, _ in self.OUTPUTS])
         self.wait_for_commands(2)
-        support.wait_until(lambda: len(children(process.pid)) == 2, "no command is being started any more")
+        support.wait_until(lambda: len(children(process.pid)) == 2, "no command is being started any more",
+                           process)
         support.wait_until_idle(process.pid)
         send = os.killpg if whole_group else os.kill
         send(process.pid, number)
@@ -298,7 +303,7 @@ class SuspendTest(SignalTest):
     def test_a_command_that_stops_itself_is_waited_for(self):
         process = self.start_run(["-s", "-c"], ["echo $$ >pid; echo before; kill -STOP $$; echo after"])
         number = self.work / "pid"
-        support.wait_until(lambda: number.exists() and number.stat().st_size, "the command runs")
+        support.wait_until(lambda: number.exists() and number.stat().st_size, "the command runs", process)
         pid = int(number.read_text())
         support.wait_until(lambda: support.thread_states(pid)[str(pid)][0] == "T", "the command is stopped")
         support.wait_until_idle(process.pid)
@@ -321,7 +326,7 @@ class SuspendTest(SignalTest):
 
         server = servers.Server(reply_to_a_sleeper)
         process = self.start_run(["-s"], ["echo one"], submit=server.url(), env={"STAND_IN_STALL_MS": 3000})
-        support.wait_until(lambda: replied, "the server has replied")
+        support.wait_until(lambda: replied, "the server has replied", process)
         with self.assertRaises(subprocess.TimeoutExpired):
             process.wait(4)  # longer than the limit
         process.send_signal(signal.SIGCONT)

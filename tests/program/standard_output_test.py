@@ -5,6 +5,7 @@
 
 import os
 import signal
+import socket
 
 import servers
 import support
@@ -50,20 +51,66 @@ class ReaderGoneTest(support.ProgramTest):
 
 
 class FullDeviceTest(support.ProgramTest):
-    def test_a_write_error_ends_the_run_but_saves_the_report(self):
-        outputs = [("echo here", "here\n")]
-        report = support.report(outputs)
-        for options in (["-s", "-c"], ["-s", "-o=F"], ["-s", "-c", "-i", "-o=F"], ["-s"]):
+    OUTPUTS = [("echo here", "here\n")]
+
+    def run_with_full_output(self, options, reply):
+        server = servers.Server(reply)
+        with open("/dev/full", "wb") as full:
+            ended = self.run_stand_in(options, ["echo here"], submit=server.url(), stdout=full)
+        server.close()
+        self.assertEqual(ended.status, -signal.SIGABRT)
+        self.assertRegex("\n".join(ended.messages), "(?i)cannot write to standard output: no space left on device")
+        return ended, server
+
+    def test_a_write_error_costs_the_printed_copy_only(self):
+        report = support.report(self.OUTPUTS)
+        for options, uploads in ((["-s", "-o=F"], 0), (["-s", "-c", "-o=F"], 0), (["-s", "-i", "-o=F"], 1),
+                                 (["-s", "-c", "-i", "-o=F"], 1)):
+            with self.subTest(options):
+                _, server = self.run_with_full_output(options, servers.reply(RESULTS_URL))
+                self.assert_same_text((self.work / "F").read_bytes(), report)
+                (self.work / "F").unlink()
+                self.assertEqual([request.submitted for request in server.requests], [report] * uploads)
+                self.assert_only_files(self.home, [])
+
+    def test_a_report_that_nobody_has_is_saved(self):
+        """Nor does anybody have a report whose address could not be printed."""
+        for options, uploads in ((["-s", "-c"], 0), (["-s"], 1), (["-s", "-c", "-i"], 1),
+                                 (["-s", "-c", "-o=missing/F"], 0)):
+            with self.subTest(options):
+                ended, server = self.run_with_full_output(options, servers.reply(RESULTS_URL))
+                self.assertEqual(len(server.requests), uploads)
+                self.assertIn(str(self.desktop_file), "\n".join(ended.messages))
+                self.assert_same_text(self.desktop_file.read_bytes(), support.report(self.OUTPUTS))
+                self.desktop_file.unlink()
+
+    def test_an_upload_that_fails_as_well(self):
+        ended, server = self.run_with_full_output(["-s", "-c", "-i"], servers.reply(b"no", status=500))
+        self.assertEqual(len(server.requests), 1)
+        self.assertIn("could not send log, saved to Desktop", ended.messages)
+        self.assert_same_text(self.desktop_file.read_bytes(), support.report(self.OUTPUTS))
+        self.assertEqual("\n".join(ended.messages).count("saving the report"), 1)
+
+    def test_each_line_that_can_be_printed_is_printed(self):
+        """Such a socket takes lines, but no message of megabytes. A report whose address it took needs no other place."""
+        url = b"url=" + RESULTS_URL + b"\n"
+        for options, lines in ((["-s", "-c", "-o=F"], [b"outputFile=F\n"]),
+                               (["-s", "-c", "-i", "-o=F"], [b"outputFile=F\n", url]),
+                               (["-s", "-c", "-i"], [url])):
             with self.subTest(options):
                 server = servers.Server(servers.reply(RESULTS_URL))
-                with open("/dev/full", "wb") as full:
-                    ended = self.run_stand_in(options, ["echo here"], submit=server.url(), stdout=full)
+                reader, writer = socket.socketpair(socket.AF_UNIX, socket.SOCK_DGRAM)
+                with reader:
+                    with writer:
+                        ended = self.run_stand_in(options, [LARGE[0][0]], submit=server.url(), stdout=writer)
+                    reader.setblocking(False)
+                    self.assertEqual([reader.recv(1000) for _ in lines], lines)
                 server.close()
                 self.assertEqual(ended.status, -signal.SIGABRT)
-                self.assertRegex("\n".join(ended.messages), "(?i)no space left on device")
-                self.assertIn(str(self.desktop_file), "\n".join(ended.messages))
-                self.assert_same_text(self.desktop_file.read_bytes(), report)
-                self.desktop_file.unlink()
+                self.assertRegex(ended.messages[0], "cannot write to standard output: Message too long")
+                if "-o=F" in options:
+                    self.assert_same_text((self.work / "F").read_bytes(), support.report(LARGE))
+                self.assert_only_files(self.home, [])
 
     def test_a_full_device_for_the_log_changes_nothing_else(self):
         submit = f"http://127.0.0.1:{servers.unreachable_port(self)}/diagnosticsubmit"
@@ -110,8 +157,8 @@ class ClosedStreamTest(support.ProgramTest):
         ended = self.run_without(">&-", ["-s", "-c", "-o=F"])
         self.assertEqual(ended.status, -signal.SIGABRT)
         self.assertRegex(ended.messages[0], "(?i)bad file descriptor")
-        self.assert_commands_saw_only_their_own(self.desktop_file.read_bytes())
-        self.assert_only_files(self.work, [])
+        self.assert_commands_saw_only_their_own((self.work / "F").read_bytes())
+        self.assert_only_files(self.home, [])
 
     def test_without_standard_error(self):
         ended = self.run_without("2>&-", ["-s", "-c", "-o=F"])
@@ -123,7 +170,7 @@ class ClosedStreamTest(support.ProgramTest):
         ended = self.run_without("<&- >&- 2>&-", ["-s", "-o=F"])
         self.assertEqual(ended.status, -signal.SIGABRT)
         self.assert_commands_saw_only_their_own((self.work / "F").read_bytes())
-        self.assert_commands_saw_only_their_own(self.desktop_file.read_bytes())
+        self.assert_only_files(self.home, [])
 
 
 support.run_tests()

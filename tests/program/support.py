@@ -26,7 +26,7 @@ import unittest
 import endpoints
 import plan
 
-GUARD_SECONDS = 120  # ends a run that hangs; no test waits for it otherwise
+GUARD_SECONDS = 300  # ends a run that hangs, on a machine with much else to do; no test waits for it otherwise
 SKIPPED = 77  # the status by which a test file says that it was skipped whole
 
 PLAN_LENGTH = 52  # commands of a run without a domain and without the Skivra section
@@ -305,8 +305,8 @@ def blocks(text):
 
 # Waiting
 
-def open_for_writing(fifo):
-    """The writing end of a FIFO, once somebody has opened the other one."""
+def open_for_writing(fifo, process):
+    """The writing end of a FIFO, once a command of the program has opened the other one."""
     ends = []
 
     def is_open():
@@ -316,7 +316,7 @@ def open_for_writing(fifo):
             return False
         return True
 
-    wait_until(is_open, f"{fifo} has a reader")
+    wait_until(is_open, f"{fifo} has a reader", process)
     return ends[0]
 
 
@@ -333,9 +333,15 @@ def thread_states(pid):
     return states
 
 
-def wait_until(condition, what):
+def wait_until(condition, what, process=None):
+    """Waits for something, which only this process, if there is one, can bring about: in vain once that has ended."""
     deadline = time.monotonic() + GUARD_SECONDS
-    while not condition():
+    while True:
+        has_ended = process and process.poll() is not None  # what it has done can be seen by now
+        if condition():
+            return
+        if has_ended:
+            raise AssertionError(f"the program has ended with {process.returncode} before {what}")
         if time.monotonic() > deadline:
             raise AssertionError(f"waited in vain until {what}")
         time.sleep(0.005)

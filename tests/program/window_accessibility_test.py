@@ -131,7 +131,7 @@ class AccessibilityTest(windows.WindowedTest):
             return sorted((control.name, control.role, control.is_enabled) for control in self.controls())
 
         try:
-            support.wait_until(lambda: present() == everything, "the phase is reached")
+            support.wait_until(lambda: present() == everything, "the phase is reached", self.process)
         except AssertionError:
             self.assertEqual(present(), everything)
 
@@ -172,7 +172,8 @@ class PhaseTest(AccessibilityTest):
         bar = self.control("Progress", "progress bar").accessible
         self.assertEqual(Atspi.Value.get_minimum_value(bar), 0)
         step = Atspi.Value.get_maximum_value(bar) / support.PLAN_LENGTH
-        support.wait_until(lambda: Atspi.Value.get_current_value(bar) == 30 * step, "30 are shown")
+        support.wait_until(lambda: Atspi.Value.get_current_value(bar) == 30 * step, "30 are shown",
+                           self.process)
 
     def test_results_can_be_read(self):
         self.wait_for_phase([])
@@ -227,7 +228,7 @@ class MessageTest(AccessibilityTest):
         self.open_program(prefix)
         self.wait_for_phase([])
         self.control("Start tests", "push button").press()
-        support.wait_until(lambda: self.controls(windows.MESSAGE_TITLE), "a message is shown")
+        support.wait_until(lambda: self.controls(windows.MESSAGE_TITLE), "a message is shown", self.process)
         controls = self.controls(windows.MESSAGE_TITLE)
         text = "".join(control.name for control in controls if control.role == "label")
         self.assertIn("has to end because of an error", text)

@@ -117,7 +117,7 @@ class RunTest(windows.WindowedTest):
         start = self.start_button()
         self.window.press("Return")
         support.wait_until(lambda: started.exists() and started.stat().st_size == support.PLAN_LENGTH,
-                           "all commands have started")
+                           "all commands have started", self.process)
         self.window.press("Return", "alt+s", "alt+a", "Return", "Tab", "Return", "space")
         self.window.click(start)
         gate.open()
@@ -208,7 +208,7 @@ class LinkTest(windows.WindowedTest):
         manager = ClipboardManager(self.screen.name)
         self.run_once()
         self.window.press("alt+c")
-        support.wait_until(lambda: manager.is_clipboard_owned(), "the link is copied")
+        support.wait_until(lambda: manager.is_clipboard_owned(), "the link is copied", self.process)
         self.assertEqual(self.close_window().status, 0)
         manager.finish()
         self.assertEqual(manager.saved, windows.RESULT)
@@ -236,14 +236,22 @@ class LinkTest(windows.WindowedTest):
         self.screen.wait_for_clipboard(b"See results at " + windows.RESULT)
 
     def test_addresses_are_handed_on_as_they_are(self):
-        for address in ("https://r.example/a?b=1&c=%20d;e='f'#g", "https://r.example/" + "x" * 2000):
+        for address, opened in (
+            ("https://r.example/a?b=1&c=%20d;e='f'#g", None),
+            ("https://r.example/" + "x" * 2000, None),
+            ("https://r.example/x%20", None),
+            ("https://r.example/?q=a%20", None),
+            ("https://r.example/%C2%A0", None),
+            ("https://r.example/a|b", "https://r.example/a%7Cb"),
+        ):
             with self.subTest(address):
                 server = self.serve(servers.reply(address.encode()))
                 self.open_window(submit=server.url())
                 before = len(self.desktop.opened)
-                self.run_once()
+                picture = self.run_once()
                 self.window.press("alt+o")
-                self.assertEqual(self.desktop.wait_for(before + 1)[before:], [address])
+                self.window.click(picture.link)
+                self.assertEqual(self.desktop.wait_for(before + 2)[before:], [opened or address] * 2)
                 self.assertEqual(self.close_window().status, 0)
 
 
@@ -254,7 +262,7 @@ class FailureTest(windows.WindowedTest):
 
     def assert_failed(self, picture):
         self.assertIsNone(picture.link)
-        self.assertEqual(self.desktop.wait_for(1), [f"file://{self.desktop_file}"])
+        self.assertEqual(self.desktop.wait_for(1), [str(self.desktop_file)])
         self.assert_same_text(self.desktop_file.read_bytes(), support.report(self.OUTPUTS))
 
     def test_a_server_that_refuses(self):
@@ -284,7 +292,7 @@ class FailureTest(windows.WindowedTest):
         self.assert_only_files(self.home, [])
         self.window.press("alt+s")
         self.finish_run()
-        file = f"file://{self.desktop_file}"
+        file = str(self.desktop_file)
         self.assertEqual(self.desktop.wait_for(2), [URL, file])
         # The buttons still act on the address of the run before.
         self.window.press("alt+o")
@@ -345,7 +353,7 @@ class EndTest(windows.WindowedTest):
         server = self.serve()
         self.open_window(submit=server.url())
         self.window.press("Return")
-        support.wait_until(lambda: server.requests, "the report has been received")
+        support.wait_until(lambda: server.requests, "the report has been received", self.process)
         ended = self.close_window()
         self.assertEqual((ended.status, ended.stdout, ended.messages), (0, b"", []))
         self.assert_only_files(self.home, [])
@@ -411,7 +419,7 @@ class EndTest(windows.WindowedTest):
         server = self.serve()
         self.open_window(commands=["echo here"], submit=server.url())
         self.window.press("Return")
-        support.wait_until(lambda: server.requests, "the report has been received")
+        support.wait_until(lambda: server.requests, "the report has been received", self.process)
         self.window.lose()
         self.assert_ended_without_display()
         self.assert_same_text(self.desktop_file.read_bytes(), support.report([("echo here", "here\n")]))
@@ -428,7 +436,7 @@ class EndTest(windows.WindowedTest):
         self.addCleanup(self.screen.server.send_signal, signal.SIGCONT)
         self.run_once()
         self.window.press("alt+c")
-        support.wait_until(lambda: manager.is_clipboard_owned(), "the link is copied")
+        support.wait_until(lambda: manager.is_clipboard_owned(), "the link is copied", self.process)
         ended = self.close_window()
         self.assertEqual((ended.status, ended.stdout), (0, b""))
         manager.finish()
@@ -439,6 +447,9 @@ class OptionTest(windows.WindowedTest):
         ["-c"], ["-i"], ["-o=F"], ["-d=x.y"], ["--skv"], ["--noskv"],
         ["-c", "-i", "-o=F", "-d=x.y", "--skv", "--noskv"],
         ["-s", "-psn_0_1"], ["-psn_0_1", "-s", "-c", "-o=F", "-d=x.y", "--skv"],
+        # Qt would obey these.
+        ["-title", "Another"], ["-qwindowtitle", "Another"], ["-platform", "offscreen"], ["-style", "windows"],
+        ["-stylesheet", "/none"], ["-display", ":none"], ["-session", "1_2"], ["-geometry", "10x10"],
     ]
 
     def test_options_without_effect_on_a_window(self):
@@ -494,7 +505,7 @@ class RealProgramTest(windows.WindowedTest):
         self.open_program(library.prefix)
         self.window.fill(account="acme", domain="www.example.com")
         self.window.press("Return")
-        self.assertEqual(self.desktop.wait_for(1), [f"file://{self.desktop_file}"])
+        self.assertEqual(self.desktop.wait_for(1), [str(self.desktop_file)])
         self.assertIsNone(self.window.wait_for(lambda picture: picture.text, "the outcome is shown").link)
         head = b"Halvik account: acme\n"
         report = self.desktop_file.read_bytes()

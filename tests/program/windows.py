@@ -46,6 +46,7 @@ class Screen:
         if self.name == ":":
             raise AssertionError("the X server did not start")
         self.display = Xlib.display.Display(self.name)
+        self.process = None  # the program whose window came last
         self.memory = pathlib.Path(folder) / "Xvfb_screen0"
 
     def close(self):
@@ -72,12 +73,8 @@ class Screen:
         return found
 
     def wait_for_window(self, title, process):
-        def is_there():
-            if process.poll() is not None:
-                raise AssertionError(f"the program has ended with {process.returncode} instead of showing {title}")
-            return self.windows(title)
-
-        support.wait_until(is_there, f"{title} is on the screen")
+        self.process = process
+        support.wait_until(lambda: self.windows(title), f"{title} is on the screen", process)
         return Window(self, self.windows(title)[0])
 
     def ask_to_close(self, window):
@@ -96,7 +93,7 @@ class Screen:
             return None
 
     def wait_for_clipboard(self, text):
-        support.wait_until(lambda: self.clipboard() == text, f"the clipboard holds {text}")
+        support.wait_until(lambda: self.clipboard() == text, f"the clipboard holds {text}", self.process)
 
     def copy(self, text):
         # It goes on in the background for as long as it holds the clipboard: no pipe of ours may stay open in it.
@@ -154,7 +151,7 @@ class Window:
         return Picture(self.screen.pixels(place.x, place.y, place.width, place.height))
 
     def wait_for(self, condition, what):
-        support.wait_until(lambda: condition(self.picture()), what)
+        support.wait_until(lambda: condition(self.picture()), what, self.screen.process)
         return self.picture()
 
     def close(self):
@@ -188,10 +185,11 @@ class Hurried:
     def _wait_for(self, look, what):
         patient_until = time.monotonic() + self.PATIENCE_SECONDS
         while True:
+            has_ended = self.process.poll() is not None
             with contextlib.suppress(Xlib.error.BadWindow, Xlib.error.BadDrawable, Xlib.error.BadMatch):
                 if seen := look():
                     return seen
-            if time.monotonic() > self.deadline:
+            if has_ended or time.monotonic() > self.deadline:
                 raise TimeoutError(f"waited in vain for {what}")
             if time.monotonic() > patient_until:
                 # Whoever sees nothing happen moves the mouse, by which the program hears of the display.
@@ -349,15 +347,22 @@ class Picture:
 
 
 class Desktop:
-    """A folder of programs that come first: the one that opens files and addresses only notes them."""
+    """Programs that only note what they are to open: one in place of xdg-open, and the user's editor for plain text."""
 
     def __init__(self, folder):
         self.programs = folder / "programs"
         self.programs.mkdir()
         self.notes = folder / "opened"
-        opener = self.programs / "xdg-open"
-        opener.write_text(f'#!/bin/sh\nprintf "%s\\n" "$#:$*" >>"{self.notes}"\n')
-        opener.chmod(0o755)
+        for name in ("xdg-open", "editor"):
+            opener = self.programs / name
+            opener.write_text(f'#!/bin/sh\nprintf "%s\\n" "$#:$*" >>"{self.notes}"\n')
+            opener.chmod(0o755)
+        self.data = folder / "data"
+        applications = self.data / "applications"
+        applications.mkdir(parents=True)
+        (applications / "editor.desktop").write_text(
+            f"[Desktop Entry]\nType=Application\nName=Editor\nExec={self.programs}/editor %f\n")
+        (applications / "mimeapps.list").write_text("[Default Applications]\ntext/plain=editor.desktop\n")
 
     @property
     def opened(self):
@@ -415,6 +420,7 @@ class WindowedTest(support.ProgramTest):
             "DISPLAY": self.screen.name, "QT_QPA_PLATFORM": "xcb", "XDG_RUNTIME_DIR": self.folder,
             # Without a bus the toolkit's library would start one, which nobody would end.
             "DBUS_SESSION_BUS_ADDRESS": "disabled:", "PATH": f"{self.desktop.programs}:{os.environ['PATH']}",
+            "XDG_DATA_HOME": self.desktop.data,
             **(changes or {})})
 
     def open_program(self, prefix=()):

@@ -4,6 +4,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstdio>
+
+#include "platform/boundary.h"
+#include "platform/files.h"
 #include "support/environment.h"
 #include "support/http_server.h"
 #include "support/process_controller.h"
@@ -119,6 +123,26 @@ TEST_F(SavedReport, HoldsTheWholeText) {
             start + output + '\n');
 }
 
+TEST_F(SavedReport, IsSavedAfterAnErrorUntilItHasReachedSomebody) {
+  const std::string path = home.path("Desktop/diagnostic_results.txt");
+  const platform::LastMeasures& measures = platform::lastMeasures();
+  Uploading controller("");
+  measures.saveReport();
+  EXPECT_FALSE(platform::pathExists(path));
+  // The upload fails, and nothing is done about it.
+  controller.handleAllTestsFinished();
+  measures.saveReport();
+  EXPECT_TRUE(platform::pathExists(path));
+  ASSERT_EQ(std::remove(path.c_str()), 0);
+  measures.saveReport();
+  EXPECT_FALSE(platform::pathExists(path));
+
+  controller.handleAllTestsFinished();
+  controller.MainController::onHttpDone(*controller.http);
+  measures.saveReport();
+  EXPECT_FALSE(platform::pathExists(path));
+}
+
 TEST_F(SavedReport, ThatCannotBeWrittenIsLogged) {
   MainController controller(support::application());
   controller.isSilent = true;
@@ -126,6 +150,20 @@ TEST_F(SavedReport, ThatCannotBeWrittenIsLogged) {
   controller.writeToPath(home.path("missing/report.txt"));
   EXPECT_THAT(testing::internal::GetCapturedStderr(),
               testing::EndsWith("] could not save diagnostic_results.txt\n"));
+}
+
+TEST_F(SavedReport, ThatFindsNoDesktopIsLoggedBeforeAnotherPlaceIsTried) {
+  const support::ScopedVariable temporary("TMPDIR", home.path().c_str());
+  home.write("Desktop", "a file in its place");
+  MainController controller(support::application());
+  controller.isSilent = true;
+  const std::string output = "x";
+  controller.results = reportOf(output);
+  testing::internal::CaptureStderr();
+  controller.saveToDesktop();
+  EXPECT_THAT(testing::internal::GetCapturedStderr(),
+              testing::ContainsRegex("could not save diagnostic_results.txt\n"
+                                     ".*saving the report to .*/diagnostic_results.txt\n$"));
 }
 
 }  // namespace

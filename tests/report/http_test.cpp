@@ -84,6 +84,7 @@ TEST(Http, JudgesAReplyByItsBodyAndItsStatus) {
       {"200 not UTF-8", support::reply("200 OK", "\xff"), "done", true, 200, std::nullopt},
       {"300", support::reply("300 Multiple Choices", "url"), "done", true, 300, "url"},
       {"302 to nowhere", support::reply("302 Found", "moved"), "done", true, 302, "moved"},
+      {"399", support::reply("399 Odd", "url"), "done", true, 399, "url"},
       {"400", support::reply("400 Bad Request", "x"), "error", false, 400, "x"},
       {"401", support::reply("401 Unauthorized", "x"), "error", false, 401, "x"},
       {"404", support::reply("404 Not Found", "gone"), "error", false, 404, "gone"},
@@ -147,6 +148,14 @@ class TwoPieces {
 
   std::promise<void> firstHandled;
 };
+
+TEST(Http, LogsThatAReplyWasEmpty) {
+  HttpServer server({support::answer(support::reply("200 OK", ""))});
+  testing::internal::CaptureStderr();
+  upload(server.url(), "report");
+  EXPECT_TRUE(testing::internal::GetCapturedStderr().ends_with("] sending to " + server.url() +
+                                                               " failed: the reply is empty\n"));
+}
 
 TEST(Http, KeepsTheLastPieceOfTheReplyOnly) {
   const Outcome outcome = TwoPieces().upload("https://", "results.example/2");
@@ -291,7 +300,21 @@ TEST(Http, FailsWhenAReplyTakesTooLongThoughItMoves) {
   }});
   const Outcome outcome = upload(server.url(), "data", std::chrono::milliseconds(200));
   EXPECT_EQ(outcome.name, "error");
-  EXPECT_TRUE(outcome.didResponseSucceed);
+  EXPECT_FALSE(outcome.didResponseSucceed);
+}
+
+TEST(Http, AReplyThatIsRefusedAfterItsFirstBytesHasNotSucceeded) {
+  const std::string rest(2'000'000, 'x');
+  const HttpServer server(
+      {support::answer("HTTP/1.1 200 OK\r\n\r\nhttp" + rest),
+       support::answer("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n4\r\nhttp\r\n" +
+                       rest)});
+  for (int i = 0; i < 2; ++i) {
+    const Outcome outcome = upload(server.url(), "data");
+    EXPECT_EQ(outcome.name, "error");
+    EXPECT_FALSE(outcome.didResponseSucceed);
+    EXPECT_EQ(outcome.responseCode, 200);
+  }
 }
 
 TEST(Http, SucceedsOnlyWithAServerThatHadAllOfTheData) {
@@ -306,6 +329,7 @@ TEST(Http, SucceedsOnlyWithAServerThatHadAllOfTheData) {
     const Outcome outcome = upload(server.url(), data);
     EXPECT_EQ(outcome.name, name) << status;
     EXPECT_EQ(outcome.responseCode, code) << status;
+    EXPECT_FALSE(outcome.didResponseSucceed) << status;
   }
 }
 

@@ -48,6 +48,10 @@ TEST(Report, JoinsHeadAndBlocksInOrder) {
   EXPECT_EQ(textOf(std::nullopt, std::nullopt, {}), "");
 }
 
+TEST(Report, IsEmptyWithoutAHeadAndBlocks) {
+  EXPECT_TRUE(Report(std::nullopt, std::nullopt, {}).empty());
+}
+
 TEST(Report, KeepsEveryByteOfAText) {
   const std::string text("a\0b\xC3\xA9", 5);
   const std::vector<ResultBlock> blocks{{"cmd", text, std::nullopt}};

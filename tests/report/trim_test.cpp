@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
 #include <optional>
 #include <stdexcept>
 #include <vector>
@@ -60,6 +61,15 @@ TEST(Trim, MakesNothingOfABodyThatFits) {
   EXPECT_EQ(trimTailData("", sizeMax), "");
   EXPECT_EQ(trimTailData("tail", 4), "");
   EXPECT_EQ(trimTailData(fill(1'000'000, "tail"), sizeMax), "");
+}
+
+TEST(Trim, CountsTheExcessInThirtyTwoBits) {
+  constexpr std::int32_t least = std::numeric_limits<std::int32_t>::min();
+  // The largest excess that there is: no section is long enough to lose that much.
+  EXPECT_EQ(trimTailData("tail", least + 5), sep + "tail");
+  // One more is none at all.
+  EXPECT_EQ(trimTailData("tail", least + 4), "");
+  EXPECT_EQ(trimTailData("", least), "");
 }
 
 TEST(Trim, OneByteTooManyCostsTwentyEight) {
@@ -225,6 +235,13 @@ TEST(Trim, FindsTheWordAnywhereInASection) {
     EXPECT_EQ(trimTailData(sep + mentioning, limit), sep + mentioning.substr(0, 372) + marker)
         << at;
     EXPECT_EQ(trimTailData(sep + almost, limit), sep + almost) << at;
+  }
+}
+
+TEST(Trim, TakesNoOtherWordForIt) {
+  for (const char* almost : {"Tail", "tAil", "taIl", "taiL"}) {
+    const std::string body = sep + fill(200) + almost + fill(200);
+    EXPECT_EQ(trimTailData(body, static_cast<std::int32_t>(body.size()) - 1), body) << almost;
   }
 }
 

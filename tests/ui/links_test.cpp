@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include "support/white_space.h"
+
 namespace ui {
 
 static void PrintTo(const TextRange& range, std::ostream* out) {
@@ -33,11 +35,26 @@ TEST(Links, AreFoundByTheSearchRule) {
       // An address inside another one is a link of its own.
       {u"https://a/?u=http://b end", {{0, 22}, {13, 9}}},
       {u"https://a/?u=https://b end", {{0, 23}, {13, 10}}},
+      {u"http://http://b", {{0, 15}, {7, 8}}},
       // Measured in UTF-16 units.
       {u"\U0001F600 http://a", {{3, 8}}},
   };
   for (const auto& [text, links] : cases) {
     EXPECT_EQ(findLinks(text), links) << std::string(text.begin(), text.end());
+  }
+}
+
+TEST(Links, EndBehindTheFirstWhiteSpaceOfAnyKind) {
+  for (const support::WhiteSpace& space : support::whiteSpaces) {
+    const std::u16string text = u"x http://a" + std::u16string(2, space.unit) + u"b";
+    EXPECT_EQ(findLinks(text), (std::vector<TextRange>{{2, 9}})) << std::hex << +space.unit;
+  }
+}
+
+TEST(Links, GoOnAcrossEverythingElse) {
+  for (const support::Character& character : support::noWhiteSpaces) {
+    const std::u16string text = u"x http://a" + std::u16string(1, character.unit) + u"b c";
+    EXPECT_EQ(findLinks(text), (std::vector<TextRange>{{2, 11}})) << std::hex << +character.unit;
   }
 }
 

@@ -82,6 +82,38 @@ TEST_F(MainWindowTest, PassesOverAnAddressBeforeASecureOne) {
   expectLink(15, QStringLiteral("https://b/2"));
 }
 
+TEST_F(MainWindowTest, LinksTheAddressThatStandsInTheText) {
+  for (const char* address :
+       {"https://a.example/x%20", "https://a.example/?q=a%20", "https://a.example/#f%20",
+        "https://a.example/%C2%A0", "https://a.example/a|b", "https://a.example/100%"}) {
+    show("See " + std::string(address) + "\u00A0here");
+    expectLink(4, QString::fromUtf8(address));
+  }
+}
+
+// A line of the view is two units of the text there.
+TEST_F(MainWindowTest, LinksAtTheRightPlacesBehindCarriageReturns) {
+  show("a\r\nb\r\nhttps://a/1\r\nc https://b/2\r\n");
+  EXPECT_EQ(shownText(), "a\nb\nhttps://a/1\nc https://b/2\n");
+  expectPlain(2);
+  expectLink(4, QStringLiteral("https://a/1"));
+  expectLink(14, QStringLiteral("https://a/1"));
+  expectPlain(16);
+  expectLink(18, QStringLiteral("https://b/2"));
+}
+
+// The view has a meaning of its own for these.
+TEST_F(MainWindowTest, NoncharactersDoNotEndALink) {
+  for (const char* character : {"\uFDD0", "\uFDD1", "\uFDEF", "\uFFFE"}) {
+    const std::string address = "https://a/" + std::string(character) + "b";
+    show(address + " c");
+    expectLink(0, QString::fromStdString(address));
+    expectLink(11, QString::fromStdString(address));
+    expectPlain(13);
+    EXPECT_EQ(results()->document()->blockCount(), 1);
+  }
+}
+
 TEST_F(MainWindowTest, LeavesWhatIsNoUrlPlain) {
   show("at https://[ now");
   expectPlain(3);
@@ -108,6 +140,29 @@ TEST_F(MainWindowTest, OpensALinkThatIsClicked) {
   QTest::mouseClick(results()->viewport(), Qt::LeftButton, Qt::NoModifier,
                     results()->cursorRect(cursor).center());
   EXPECT_EQ(desktop.opened, QStringList(QStringLiteral("https://r.example/1")));
+}
+
+TEST_F(MainWindowTest, ALinkAndTheOpenButtonOpenTheSame) {
+  const std::vector<std::pair<std::string, QString>> cases{
+      {"https://a.example/x%20", "https://a.example/x%20"},
+      {"https://a.example/?q=a%20", "https://a.example/?q=a%20"},
+      {"https://a.example/#f%20", "https://a.example/#f%20"},
+      {"https://a.example/%C2%A0", "https://a.example/%C2%A0"},
+      {"https://a.example/a|b", "https://a.example/a%7Cb"},
+      {"https://a.example/\u00E4", "https://a.example/%C3%A4"},
+      {"https://a.example/1\n", "https://a.example/1"},
+  };
+  for (const auto& [address, opened] : cases) {
+    desktop.opened.clear();
+    show(address);
+    controller->resultsUrl = address;
+    controller->shareButtonPressed();
+    QTextCursor cursor(results()->document());
+    cursor.setPosition(5);
+    QTest::mouseClick(results()->viewport(), Qt::LeftButton, Qt::NoModifier,
+                      results()->cursorRect(cursor).center());
+    EXPECT_EQ(desktop.opened, QStringList({opened, opened}));
+  }
 }
 
 TEST_F(MainWindowTest, OpensALinkByKeyboard) {

@@ -116,6 +116,14 @@ TEST_F(WindowControl, KeepsItsFormerContentsWhenAGoodReplyBreaksOff) {
   EXPECT_EQ(shownText(), "See results at " + resultsUrl);
 }
 
+TEST_F(WindowControl, ShowsAnErrorWhenAReplyIsRefusedAfterItsFirstBytes) {
+  open({succeed(), support::answer("HTTP/1.1 200 OK\r\n\r\n" + std::string(2'000'000, 'x'))});
+  runOnce();
+  runOnce();
+  EXPECT_EQ(shown(), failed);
+  EXPECT_EQ(shownText(), "There was an error submitting the results");
+}
+
 TEST_F(WindowControl, SetsTheMessageOfA500AndReplacesItAtOnce) {
   open({failWith("500 Oops"), failWith("502 Oops")});
   std::vector<std::string> texts;
@@ -154,10 +162,8 @@ TEST_F(WindowControl, MovesNothingFromPhaseToPhase) {
 TEST_F(WindowControl, CountsWhatHasFinished) {
   open({succeed()});
   auto* status = find<QLabel>("status");
-  auto* bar = find<QProgressBar>("progress");
-  std::string last;
+  const auto* bar = find<QProgressBar>("progress");
   pressStart();
-  const int max = bar->maximum();
   EXPECT_EQ(bar->minimum(), 0);
   EXPECT_EQ(bar->value(), 0);
   std::vector<std::string> texts;
@@ -165,7 +171,6 @@ TEST_F(WindowControl, CountsWhatHasFinished) {
     if (texts.empty() || texts.back() != status->text().toStdString()) {
       texts.push_back(status->text().toStdString());
     }
-    EXPECT_LE(bar->value(), max);
     return find("start")->isEnabled();
   });
   EXPECT_EQ(texts.back(), "Please wait. Finished 52 out of 52 tests.");
@@ -251,7 +256,7 @@ TEST_F(WindowControl, TakesAReplyAsItIs) {
       {"no address", {}, ""},
       {" \t\n", {}, ""},
       {"https://", {"https://"}, "https://"},
-      {"https://a/\x1b[2J\x07", {}, "https://a/%1B[2J%07"},
+      {"https://a/\x1b[2J\x07", {"https://a/\x1b[2J\x07"}, "https://a/%1B[2J%07"},
       {"https://a/" + bidi + "gpj.exe",
        {"https://a/" + bidi + "gpj.exe"},
        "https://a/%E2%80%AEgpj.exe"},
@@ -261,6 +266,8 @@ TEST_F(WindowControl, TakesAReplyAsItIs) {
       {"https://a/" + std::string(8'000, 'x'),
        {"https://a/" + std::string(8'000, 'x')},
        "https://a/" + std::string(8'000, 'x')},
+      // A clipboard holds the reply to the last byte, a byte order mark included.
+      {"\uFEFFhttps://a/1", {"https://a/1"}, "https://a/1"},
       {"\xff", {}, ""},
   };
   std::vector<support::HttpServer::Behaviour> replies;
@@ -319,10 +326,11 @@ TEST_F(WindowControl, SavesAndOpensTheReportAfterAFailureOnly) {
   const std::string path = home.path("Desktop/diagnostic_results.txt");
   runOnce();
   EXPECT_FALSE(std::filesystem::exists(path));
-  EXPECT_EQ(desktop.opened, QStringList());
+  EXPECT_THAT(desktop.edited, testing::IsEmpty());
   runOnce();
   EXPECT_EQ(support::contentsOf(path), platform::join(controller->results.pieces()));
-  EXPECT_EQ(desktop.opened, QStringList("file://" + QString::fromStdString(path)));
+  EXPECT_THAT(desktop.edited, testing::ElementsAre(path));
+  EXPECT_EQ(desktop.opened, QStringList());
 }
 
 TEST_F(WindowControl, RunsTenTimesAndLeavesNothingBehind) {

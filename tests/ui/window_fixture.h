@@ -18,10 +18,10 @@
 
 #include "app/windowed_run.h"
 #include "support/application.h"
+#include "support/desktop_recorder.h"
 #include "support/environment.h"
 #include "support/http_server.h"
 #include "support/temporary_folder.h"
-#include "support/url_recorder.h"
 
 namespace ui {
 
@@ -58,7 +58,7 @@ class WindowTest : public testing::Test {
     server = std::make_unique<support::HttpServer>(behaviours);
     auto owned = std::make_unique<ShellController>(server->url());
     controller = owned.get();
-    run = std::make_unique<app::WindowedRun>(std::move(owned), support::desktop());
+    run = std::make_unique<app::WindowedRun>(std::move(owned), desktop);
     run->show();
     window = QApplication::topLevelWidgets().first();
     for (QWidget* widget : QApplication::topLevelWidgets()) {
@@ -99,7 +99,7 @@ class WindowTest : public testing::Test {
   support::TemporaryFolder home;
   support::ScopedVariable homeVariable{"HOME", home.path().c_str()};
   support::ScopedVariable configVariable{"XDG_CONFIG_HOME", nullptr};
-  support::UrlRecorder desktop;
+  support::DesktopRecorder desktop;
   std::unique_ptr<support::HttpServer> server;
   ShellController* controller = nullptr;
   std::unique_ptr<app::WindowedRun> run;

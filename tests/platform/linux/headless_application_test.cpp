@@ -120,6 +120,7 @@ TEST_F(HeadlessApplicationTest, SendsNothing) {
     void connectionDidReceiveData(std::string_view /*data*/) override {}
     void connectionDidFinishLoading() override {}
     void connectionDidFailWithError() override {}
+    void connectionDidRefuseReply() override {}
   } events;
   EXPECT_THROW(application->send({.url = "http://127.0.0.1", .headers = {}, .body = "x"}, events,
                                  std::chrono::seconds(60)),

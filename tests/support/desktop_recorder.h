@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 Halvik
 // SPDX-License-Identifier: Apache-2.0
 
-// What the program asks the desktop to open, recorded instead of opened.
+// The desktop, with what it is to open recorded instead of opened.
 
 #pragma once
 
@@ -10,24 +10,34 @@
 #include <QStringList>
 #include <QUrl>
 
+#include <string>
+#include <vector>
+
+#include "support/application.h"
+
 namespace support {
 
-class UrlRecorder : public QObject {
+class DesktopRecorder : public QObject, public platform::Desktop {
   Q_OBJECT
 
  public:
-  UrlRecorder() {
+  DesktopRecorder() {
     for (const char* scheme : schemes) {
       QDesktopServices::setUrlHandler(QString::fromLatin1(scheme), this, "record");
     }
   }
-  ~UrlRecorder() override {
+  ~DesktopRecorder() override {
     for (const char* scheme : schemes) {
       QDesktopServices::unsetUrlHandler(QString::fromLatin1(scheme));
     }
   }
 
+  void copyToClipboard(const std::string& text) override { desktop().copyToClipboard(text); }
+  void openUrl(const std::string& url) override { desktop().openUrl(url); }
+  void openInTextEditor(const std::string& path) override { edited.push_back(path); }
+
   QStringList opened;
+  std::vector<std::string> edited;
 
  public slots:
   void record(const QUrl& url) { opened << url.toString(QUrl::FullyEncoded); }

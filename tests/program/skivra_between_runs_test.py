@@ -1,0 +1,29 @@
+# SPDX-FileCopyrightText: 2026 Halvik
+# SPDX-License-Identifier: Apache-2.0
+
+"""The Skivra is installed, and removed, while the window is open: each run looks for it anew."""
+
+import roots
+import support
+
+support.require_tools("Xvfb", "xdotool")
+try:
+    import windows
+except ModuleNotFoundError as error:
+    support.skip_file(f"not installed: the Python module {error.name}")
+
+
+class SkivraBetweenRunsTest(windows.WindowedTest):
+    def test_each_run_looks_for_it(self):
+        library = roots.Library(self)
+        server = self.serve()
+        self.open_window(submit=server.url(), prefix=library.prefix)
+        counts = []
+        for change in (lambda: None, lambda: library.skivra.mkdir(parents=True), library.skivra.rmdir):
+            change()
+            self.run_once()
+            counts.append(len(support.blocks(server.requests[-1].submitted)))
+        self.assertEqual(counts, [52, 66, 52])
+
+
+support.run_tests(needs_namespaces=True)

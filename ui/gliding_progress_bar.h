@@ -1,0 +1,33 @@
+// SPDX-FileCopyrightText: 2026 Halvik
+// SPDX-License-Identifier: Apache-2.0
+
+// The widget of the window's progress bar.
+
+#pragma once
+
+#include <QProgressBar>
+#include <QVariantAnimation>
+
+namespace ui {
+
+/// A progress bar whose picture glides to a new value. Its range and its value, which a screen
+/// reader is told, are exact at every moment.
+class GlidingProgressBar : public QProgressBar {
+ public:
+  explicit GlidingProgressBar(QWidget* parent = nullptr);
+
+  /// While this is off, the picture jumps.
+  void setGliding(bool on);
+
+ protected:
+  void initStyleOption(QStyleOptionProgressBar* option) const override;
+
+ private:
+  void glideTo(int value);
+
+  /// Runs over the values that the picture shows.
+  QVariantAnimation glide;
+  bool isGliding = false;
+};
+
+}  // namespace ui
