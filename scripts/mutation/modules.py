@@ -1,0 +1,52 @@
+# SPDX-FileCopyrightText: 2026 Halvik
+# SPDX-License-Identifier: Apache-2.0
+
+"""Which files hold the rules, and which tests of the whole program see what they do."""
+
+FILES = [
+    "app/entry.cpp",
+    "app/main_controller.cpp",
+    "app/options.cpp",
+    "diagnostics/*.cpp",
+    "reader/rules/*.cpp",
+    "report/*.cpp",
+    "ui/links.cpp",
+    "ui/window_control.cpp",
+]
+
+# Suites of unit tests that see the rules stand here; those of the platform see none of them.
+TEST_FOLDERS = ["app", "diagnostics", "reader/facts", "reader/output", "reader/parse", "reader/rules", "report", "ui"]
+
+PROGRAM_TARGETS = ["stand_in_diagnostic", "halvik-diagnostic", "halvik-diagnostic-upload", "halvik-diagnostic-window"]
+
+# Files of tests/program, the quickest first. No unit test sees what they alone see.
+PROGRAM_TESTS = {
+    "app/entry.cpp": ["companion", "output_file", "standard_output", "command_line"],
+    "app/main_controller.cpp": ["output_file", "trimming", "command_line", "delivery", "signals"],
+    "app/options.cpp": ["output_file", "command_line"],
+    "diagnostics/beacon_log_run.cpp": ["beacon_log"],
+    "diagnostics/beacon_logs.cpp": ["beacon_log"],
+    "diagnostics/process.cpp": ["output_file", "children", "hostile_commands"],
+    "diagnostics/run_tracking.cpp": ["output_file", "standard_output", "delivery", "upload"],
+    "diagnostics/test_plan.cpp": ["real_plan"],
+    "diagnostics/test_plan_run.cpp": ["output_file", "command_line", "beacon_log", "real_plan"],
+    "diagnostics/test_starter.cpp": ["real_plan"],
+    "report/delivery.cpp": ["trimming", "output_file", "desktop_fallback", "delivery", "standard_output", "upload",
+                            "hostile_server"],
+    "report/http.cpp": ["upload"],
+    "report/multipart.cpp": ["upload"],
+    "report/report.cpp": ["output_file"],
+    "report/report_run.cpp": ["output_file"],
+    "report/trim.cpp": ["trimming"],
+}
+
+
+def unit_targets(file):
+    """The executables with the unit tests that see a file."""
+    return ["reader_tests"] if file.startswith("reader/") else ["unit_tests", "window_tests"]
+
+
+def targets(files):
+    """All executables that the tests of these files need."""
+    units = {target for file in files for target in unit_targets(file)}
+    return [*sorted(units), *(PROGRAM_TARGETS if PROGRAM_TESTS.keys() & set(files) else [])]
