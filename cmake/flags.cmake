@@ -26,8 +26,11 @@ check_pie_supported(LANGUAGES CXX)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 # A compiler that knows a flag, but only for another processor, says so in a warning.
 set(CMAKE_REQUIRED_FLAGS -Werror)
-# Some compilers define it by themselves, with another value.
-target_compile_options(halvik_flags INTERFACE "$<${halvik_optimized}:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>")
+# Some compilers define it by themselves, with another value. It needs optimization, which tests go without.
+define_property(TARGET PROPERTY HALVIK_IS_TEST BRIEF_DOCS "Whether the target is a program of tests")
+set(halvik_fortified "$<AND:${halvik_optimized},$<NOT:$<BOOL:$<TARGET_PROPERTY:HALVIK_IS_TEST>>>>")
+target_compile_options(halvik_flags INTERFACE
+  "$<${halvik_optimized}:-U_FORTIFY_SOURCE>" "$<${halvik_fortified}:-D_FORTIFY_SOURCE=2>")
 foreach(flag IN ITEMS -fstack-protector-strong -fstack-clash-protection -fcf-protection -mbranch-protection=standard)
   string(MAKE_C_IDENTIFIER "halvik_compiler_knows${flag}" known)
   check_cxx_compiler_flag(${flag} ${known})

@@ -41,6 +41,20 @@ class Options(unittest.TestCase):
                               for cell in cells])
 
 
+class Playbooks(unittest.TestCase):
+    """Each option of the Ansible role is described, has a value of its own and is in the administrators' page."""
+
+    def names(self, path, pattern):
+        return sorted(re.findall(pattern, (ROOT / path).read_text(), re.MULTILINE))
+
+    def test_options(self):
+        role = "share/ansible/roles/halvik_diagnostic"
+        described = self.names(f"{role}/meta/argument_specs.yml", r"^      (halvik_diagnostic_\w+):$")
+        self.assertGreater(len(described), 10)
+        self.assertEqual(self.names(f"{role}/defaults/main.yml", r"^(halvik_diagnostic_\w+):"), described)
+        self.assertEqual(self.names("docs/many-machines.md", r"^\| `(halvik_diagnostic_\w+)` \|"), described)
+
+
 class ManualPage(unittest.TestCase):
     def test_is_well_formed(self):
         ended = subprocess.run(["mandoc", "-T", "lint", "-W", "warning", page.path()], capture_output=True, text=True)

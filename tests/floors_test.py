@@ -8,7 +8,11 @@ import re
 import unittest
 
 ROOT = pathlib.Path(__file__).resolve().parents[1]
-FOLDERS = ("app", "diagnostics", "platform", "report", "ui")
+FOLDERS = ("app", "diagnostics", "platform", "reader", "report", "ui")
+# The reader of reports stands beside the program, in layers of its own.
+READER_LAYERS = ("reader/parse/", "reader/facts/", "reader/rules/", "reader/output/", "reader/")
+# What it uses of the program.
+SHARED = {"diagnostics/beacon_logs.h", "diagnostics/endpoints.h", "diagnostics/test_plan.h", "diagnostics/test_starter.h"}
 CONTROLLER_SUBJECTS = {
     "app/main_controller.cpp",
     "diagnostics/test_plan_run.cpp",
@@ -21,6 +25,7 @@ CONTROLLER_SUBJECTS = {
 SYSTEM_INCLUDE = re.compile(r"^#include <([^>]+)>", re.M)
 # Headers of the language and of the toolkit, but for those of signals and of the network.
 EVERYWHERE = re.compile(r"(?!csignal$)[a-z_]+|Q(?!Network|Ssl)\w+")
+READER_LIBRARIES = re.compile(r"CLI/CLI\.hpp|nlohmann/json(_fwd)?\.hpp")
 POSIX = re.compile(r"(fcntl|poll|pthread|pwd|spawn|unistd|sys/(resource|stat|time|types|uio|wait))\.h")
 # What the C library of Linux offers besides, in headers that POSIX has as well.
 ONLY_ON_LINUX = re.compile(
@@ -64,6 +69,21 @@ class Floors(unittest.TestCase):
         ]
         self.assertEqual(wrong, [])
 
+    def test_the_reader_stands_beside_the_program(self):
+        def reader_layer(name):
+            return next(layer for layer, folder in enumerate(READER_LAYERS) if name.startswith(folder))
+
+        for name, all_included in self.includes.items():
+            for included in all_included:
+                if not name.startswith("reader/"):
+                    self.assertFalse(included.startswith("reader/"), f"{name} includes {included}")
+                elif included.startswith("reader/"):
+                    # What the forms of output write to.
+                    is_allowed = included == "reader/input.h" or reader_layer(included) <= reader_layer(name)
+                    self.assertTrue(is_allowed, f"{name} includes {included}")
+                else:
+                    self.assertIn(included, SHARED, name)
+
     def test_includes_go_in_no_circle(self):
         done = set()
 
@@ -86,11 +106,13 @@ class Floors(unittest.TestCase):
         ]
 
     def test_system_headers_stay_in_platform(self):
-        above = [name for name in self.sources if not name.startswith("platform/")]
+        above = [name for name in self.sources if not name.startswith(("platform/", "reader/"))]
         self.assertEqual(self.foreign_includes(above, [EVERYWHERE]), [])
+        reader = [name for name in self.sources if name.startswith("reader/")]
+        self.assertEqual(self.foreign_includes(reader, [re.compile("[a-z_]+"), READER_LIBRARIES]), [])
 
     def test_what_is_linuxs_own_stays_in_its_folder(self):
-        portable = [name for name in self.sources if not name.startswith("platform/linux/")]
+        portable = [name for name in self.sources if not name.startswith(("platform/linux/", "reader/"))]
         others = re.compile(r"Q(Network|Ssl)\w+|csignal|simdjson\.h")
         self.assertEqual(self.foreign_includes(portable, [EVERYWHERE, POSIX, others]), [])
         wrong = [

@@ -25,6 +25,7 @@ FILES = """
 usr/bin/halvik-diagnostic
 usr/libexec/halvik-diagnostic/halvik-diagnostic-upload
 usr/libexec/halvik-diagnostic/halvik-diagnostic-window
+usr/libexec/halvik-diagnostic/open_in_text_editor
 usr/libexec/halvik-diagnostic/scutil
 usr/libexec/halvik-diagnostic/system_profiler
 usr/share/applications/halvik-diagnostic.desktop
@@ -32,6 +33,17 @@ usr/share/bash-completion/completions/halvik-diagnostic
 usr/share/doc/halvik-diagnostic/changelog.gz
 usr/share/doc/halvik-diagnostic/copyright
 usr/share/fish/vendor_completions.d/halvik-diagnostic.fish
+usr/share/halvik-diagnostic/ansible/ansible.cfg
+usr/share/halvik-diagnostic/ansible/collect.yml
+usr/share/halvik-diagnostic/ansible/install.yml
+usr/share/halvik-diagnostic/ansible/roles/halvik_diagnostic/defaults/main.yml
+usr/share/halvik-diagnostic/ansible/roles/halvik_diagnostic/meta/argument_specs.yml
+usr/share/halvik-diagnostic/ansible/roles/halvik_diagnostic/meta/main.yml
+usr/share/halvik-diagnostic/ansible/roles/halvik_diagnostic/tasks/collect.yml
+usr/share/halvik-diagnostic/ansible/roles/halvik_diagnostic/tasks/install.yml
+usr/share/halvik-diagnostic/ansible/roles/halvik_diagnostic/tasks/main.yml
+usr/share/halvik-diagnostic/ansible/roles/halvik_diagnostic/tasks/prepare.yml
+usr/share/halvik-diagnostic/ansible/roles/halvik_diagnostic/tasks/read.yml
 usr/share/icons/hicolor/128x128/apps/halvik-diagnostic.png
 usr/share/icons/hicolor/48x48/apps/halvik-diagnostic.png
 usr/share/icons/hicolor/64x64/apps/halvik-diagnostic.png
@@ -139,12 +151,29 @@ class Dependencies(unittest.TestCase):
             self.assertTrue(essential or holders & packages_in("Depends"), f"{tool} is in {holders}")
 
     def test_what_the_toolkit_loads_by_itself(self):
-        for plugin in ("tls/libqopensslbackend.so", "platforms/libqxcb.so"):
-            self.assertTrue(owners(f"/{LIBRARIES}/{plugin}") & packages_in("Depends"), plugin)
+        for plugin, field in (("tls/libqopensslbackend.so", "Depends"), ("platforms/libqxcb.so", "Recommends")):
+            self.assertTrue(owners(f"/{LIBRARIES}/{plugin}") & packages_in(field), plugin)
+
+    def test_every_library(self):
+        """What only the window needs is left out where nobody sits."""
+        libexec = "usr/libexec/halvik-diagnostic"
+        for program, fields in (("usr/bin/halvik-diagnostic", ["Depends"]),
+                                (f"{libexec}/halvik-diagnostic-upload", ["Depends"]),
+                                (f"{libexec}/halvik-diagnostic-window", ["Depends", "Recommends"])):
+            needed = re.findall(r"\(NEEDED\) .*\[(.*)\]",
+                                output("readelf", "--wide", "--dynamic", folder / "tree" / program).decode())
+            self.assertGreater(len(needed), 2)
+            for library in needed:
+                holders = owners(f"/usr/lib/*/{library}", f"/lib/*/{library}")
+                self.assertTrue(holders & set().union(*map(packages_in, fields)), f"{library} is in {holders}")
+
+    def test_nothing_of_a_desktop_is_needed(self):
+        self.assertFalse(packages_in("Depends") & {"libqt6gui6", "libqt6widgets6"})
 
     def test_what_else_is_needed(self):
         self.assertIn("ca-certificates", packages_in("Depends"))
-        self.assertEqual(packages_in("Recommends"), {"hicolor-icon-theme", "libqt6svg6", "xdg-utils"})
+        self.assertEqual(packages_in("Recommends"), {"hicolor-icon-theme", "libglib2.0-bin", "libqt6gui6", "libqt6svg6",
+                                                     "libqt6widgets6", "xdg-utils"})
 
 
 class Hardening(unittest.TestCase):

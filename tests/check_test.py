@@ -1,0 +1,114 @@
+# SPDX-FileCopyrightText: 2026 Halvik
+# SPDX-License-Identifier: Apache-2.0
+
+"""What scripts/check counts, which sources it takes for changed, and what it leaves behind."""
+
+import importlib.machinery
+import importlib.util
+import os
+import pathlib
+import signal
+import subprocess
+import sys
+import tempfile
+import unittest
+
+from project import ROOT
+
+RESULTS = """<testsuite>
+  <testcase name="A" status="run"/>
+  <testcase name="B" status="run"><system-out>skipped message="SKIP_x"</system-out></testcase>
+  <testcase name="C" status="fail"><failure message="Failed"/></testcase>
+  <testcase name="D" status="notrun"><skipped message="SKIP_RETURN_CODE=77"/></testcase>
+  <testcase name="E" status="notrun"><skipped message="Unable to find executable"/></testcase>
+  <testcase name="F" status="disabled"/>
+</testsuite>
+"""
+
+SOURCES = {
+    "app/far.cpp": '#include "app/near.h"\n',
+    "app/near.h": '#include "report/changed.h"\n',
+    "report/changed.h": "",
+    "report/changed.cpp": '#include <string>\n#include "report/changed.h"\n',
+    "ui/other.cpp": '#include "ui/other.h"\n',
+    "ui/other.h": "",
+    "README.md": "",
+    ".clang-tidy": "",
+}
+
+
+def load():
+    loader = importlib.machinery.SourceFileLoader("check", str(ROOT / "scripts/check"))
+    module = importlib.util.module_from_spec(importlib.util.spec_from_loader("check", loader))
+    loader.exec_module(module)
+    return module
+
+
+class CheckTest(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory(prefix="halvik-")
+        self.addCleanup(folder.cleanup)
+        self.root = pathlib.Path(folder.name)
+        self.check = load()
+        self.check.ROOT = self.root
+
+    def test_each_test_is_counted_once(self):
+        (self.root / "tests.xml").write_text(RESULTS)
+        self.assertEqual(self.check.count_tests(self.root / "tests.xml"), (2, 2, 2))
+
+    def test_a_step_that_fails_is_never_counted_as_none(self):
+        (self.root / "tests.xml").write_text("<testsuite><testcase status='run'/></testsuite>")
+        (self.root / "logs").mkdir()
+        self.check.LOGS = self.root / "logs"
+        self.check.say = lambda _: None
+
+        def fail(_):
+            raise self.check.Failed("it ended early")
+
+        broken = self.check.Step("broken", fail)
+        dependent = self.check.Step("dependent", lambda _: None, needs=broken)
+        tests = self.check.Step("tests", fail, results=self.root / "tests.xml")
+        well = self.check.Step("well", lambda _: None)
+        for step in (broken, dependent, tests, well):
+            step.run()
+        self.assertEqual([step.counts for step in (broken, dependent, tests, well)],
+                         [(0, 1, 0), (0, 1, 0), (1, 1, 0), (1, 0, 0)])
+
+    def test_a_signal_ends_what_it_has_started(self):
+        os.mkfifo(self.root / "fifo")
+        code = f"""import check_test, pathlib
+check = check_test.load()
+check.LOGS = pathlib.Path({str(self.root)!r})
+words = ["sh", "-c", "exec >{self.root}/fifo; echo begun; sleep 1000; true"]
+check.run_all([], [check.Step("long", lambda log: check.call(log, *words))])"""
+        for number in (signal.SIGHUP, signal.SIGINT, signal.SIGTERM):
+            with self.subTest(number.name), subprocess.Popen([sys.executable, "-c", code], cwd=ROOT / "tests") as process:
+                with open(self.root / "fifo", "rb") as fifo:
+                    self.assertEqual(fifo.readline(), b"begun\n")
+                    process.send_signal(number)
+                    self.assertEqual(fifo.read(), b"")  # once nobody can write to it any more
+                self.assertEqual(process.wait(), 128 + number)
+
+    def affected_by(self, *changes):
+        for path, text in SOURCES.items():
+            (self.root / path).parent.mkdir(exist_ok=True)
+            (self.root / path).write_text(text)
+        git = ["git", "-C", self.root, "-c", "user.name=x", "-c", "user.email=x@example"]
+        for words in (["init", "-q"], ["add", "."], ["commit", "-q", "-m", "x"]):
+            subprocess.run([*git, *words], check=True)
+        for path in changes:
+            (self.root / path).write_text("// changed\n")
+        return self.check.affected(self.check.sources(".cpp"), "HEAD")
+
+    def test_a_header_changes_whoever_includes_it(self):
+        self.assertEqual(self.affected_by("report/changed.h"), ["app/far.cpp", "report/changed.cpp"])
+
+    def test_a_new_source_is_changed(self):
+        self.assertEqual(self.affected_by("ui/new.cpp", "README.md"), ["ui/new.cpp"])
+
+    def test_new_settings_change_all(self):
+        self.assertEqual(len(self.affected_by(".clang-tidy")), 3)
+
+
+if __name__ == "__main__":
+    unittest.main()
