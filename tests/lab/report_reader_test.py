@@ -33,20 +33,20 @@ class ReaderTest(unittest.TestCase):
     def test_a_weather_is_the_one_problem(self):
         for weather in filter(reader.shows_in_a_report, weathers.WEATHERS):
             with self.subTest(weather):
-                found = runs[weather]
-                self.assertEqual(reader.problems(found), reader.expected(weather), reader.told(found))
+                runs.check(weather, lambda found: self.assertEqual(
+                    reader.problems(found), reader.expected(weather), reader.told(found)))
 
     def test_two_weathers_are_both_named(self):
         self.assertEqual(len(reader.PAIRS), 10)
         for pair in reader.PAIRS:
             with self.subTest(pair):
-                found = runs[pair]
-                self.assertCountEqual(reader.problems(found), reader.expected(pair), reader.told(found))
+                runs.check(pair, lambda found: self.assertCountEqual(
+                    reader.problems(found), reader.expected(pair), reader.told(found)))
 
     def test_clear_weather_is_no_problem(self):
         for name in reader.CLEAR_RUNS:
             with self.subTest(name):
-                self.assertEqual(reader.told(runs[name]), "")
+                runs.check(name, lambda found: self.assertEqual(reader.told(found), ""))
 
 
 labs.run_tests()

@@ -71,7 +71,7 @@ def in_each_weather(check):
     def test(self):
         for weather in weathers.WEATHERS:
             with self.subTest(weather):
-                check(self, weather, runs[weather])
+                runs.check(weather, functools.partial(check, self, weather))
     return test
 
 
