@@ -90,8 +90,6 @@ void Process::terminatedNotification(const platform::ChildProcess& ended) {
   // passed over.
   finished = true;
   task->readToEnd(stdOutData, stdErrData);
-  stdOutData.seal();
-  stdErrData.seal();
   stdOutStr = decode(stdOutData, stdOutCheck);
   stdErrStr = decode(stdErrData, stdErrCheck);
   if (finishedTally) {

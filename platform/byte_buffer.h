@@ -5,33 +5,34 @@
 
 #pragma once
 
-#include <memory>
+#include <cstddef>
 #include <string_view>
 
 namespace platform {
 
-/// A growable run of bytes, kept once and in one piece: a buffer of B bytes costs about B bytes of
-/// memory at any moment. Not copyable.
+/// A growable run of bytes, kept once and in one piece. A short text gets just its own size; a long
+/// one doubles, with realloc and not a vector, since that can move the pages of a large block
+/// without copying them. So a buffer of B bytes costs about B bytes of memory at any moment. Not
+/// copyable.
 class ByteBuffer {
  public:
-  ByteBuffer();
+  ByteBuffer() = default;
   ~ByteBuffer();
   ByteBuffer(const ByteBuffer&) = delete;
   ByteBuffer& operator=(const ByteBuffer&) = delete;
 
   /// The bytes appended so far; valid until the next append.
-  std::string_view view() const { return contents; }
+  std::string_view view() const { return {bytes, size}; }
 
   /// Appends a copy of `more`. Throws std::bad_alloc when there is no memory for it.
   void append(std::string_view more);
 
-  /// Gives back what only appending needs; nothing may be appended any more.
-  void seal();
-
  private:
-  class Storage;
-  std::unique_ptr<Storage> storage;
-  std::string_view contents;
+  void grow(std::size_t needed);
+
+  char* bytes = nullptr;
+  std::size_t size = 0;
+  std::size_t capacity = 0;
 };
 
 }  // namespace platform

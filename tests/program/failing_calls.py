@@ -31,7 +31,7 @@ DESCRIPTORS = (256, 300)
 
 # The errors that fit a call: a machine that has run out of something, a disk or a line that is broken, a signal.
 ERRORS = {
-    "EMFILE ENFILE": "dup eventfd2 epoll_create1 memfd_create pidfd_open pipe pipe2 socketpair",
+    "EMFILE ENFILE": "dup eventfd2 epoll_create1 pidfd_open pipe pipe2 socketpair",
     "EMFILE ENFILE ENOMEM EIO EINTR": "open openat",
     "ENOBUFS EMFILE": "socket",
     "EBUSY EINTR": "dup2 dup3",

@@ -1,20 +1,19 @@
 // SPDX-FileCopyrightText: 2026 Halvik
 // SPDX-License-Identifier: Apache-2.0
 
-#include "platform/heap_bytes.h"
+#include "platform/byte_buffer.h"
 
 #include <algorithm>
 #include <cstdlib>
 #include <new>
-#include <utility>
 
 namespace platform {
 
-HeapBytes::~HeapBytes() {
-  clear();
+ByteBuffer::~ByteBuffer() {
+  std::free(bytes);
 }
 
-void HeapBytes::append(std::string_view more) {
+void ByteBuffer::append(std::string_view more) {
   if (more.size() > capacity - size) {
     grow(size + more.size());
   }
@@ -22,13 +21,7 @@ void HeapBytes::append(std::string_view more) {
   size += more.size();
 }
 
-void HeapBytes::clear() {
-  std::free(std::exchange(bytes, nullptr));
-  size = 0;
-  capacity = 0;
-}
-
-void HeapBytes::grow(std::size_t needed) {
+void ByteBuffer::grow(std::size_t needed) {
   const std::size_t wanted = size == 0 ? needed : std::max(needed, capacity * 2);
   void* moved = std::realloc(bytes, wanted);
   if (moved == nullptr) {
