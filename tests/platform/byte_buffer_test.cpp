@@ -38,14 +38,11 @@ void appendInPieces(ByteBuffer& buffer, std::string_view text, std::size_t piece
 }
 
 TEST(ByteBuffer, KeepsEveryByteInOrder) {
-  for (const std::size_t pieceSize : {97UL, 65'536UL, 3'000'000UL}) {
-    for (const std::size_t size : {50'000UL, 1'048'576UL, 1'048'577UL, 20'000'000UL}) {
-      const std::string expected = numbered(size);
-      ByteBuffer buffer;
-      appendInPieces(buffer, expected, pieceSize);
-      // Not EXPECT_EQ, which would print all of it.
-      EXPECT_TRUE(buffer.view() == expected) << pieceSize << ' ' << size;
-    }
+  const std::string expected = numbered(20'000'000);
+  for (const std::size_t pieceSize : {97UL, 65'536UL, 3'000'000UL, expected.size()}) {
+    ByteBuffer buffer;
+    appendInPieces(buffer, expected, pieceSize);
+    EXPECT_TRUE(buffer.view() == expected) << pieceSize;  // EXPECT_EQ would print all of it
   }
 }
 
