@@ -9,7 +9,7 @@
 #include <cstdint>
 #include <limits>
 #include <map>
-#include <optional>
+#include <string_view>
 
 namespace reader {
 
@@ -28,26 +28,38 @@ struct Step {
   Index before = none;
 };
 
+// A row has as many commands of every run as can be. Of several such rows, the one that leaves out
+// the fewest titles where they should not be, then the one that leaves out titles at the fewest
+// places, then the one with the most other blocks.
 constexpr std::int64_t scoreOfBlock = std::int64_t{1} << 40;
-constexpr std::int64_t scoreOfSkipped = -(std::int64_t{1} << 24);
-constexpr std::int64_t scoreOfGap = -1;
+constexpr std::int64_t scoreOfStrangeGap = -4 * scoreOfBlock;
+constexpr std::int64_t scoreOfGap = -(std::int64_t{1} << 24);
+// The last block of most runs holds no foreign text: a page has forged one behind it.
+constexpr std::int64_t scoreOfGapAtEnd = 2 * scoreOfGap;
+constexpr std::int64_t scoreOfOtherBlock = 1;
+
+/// Whether what a command prints is the text of others, in which titles may stand.
+bool printsForeignText(const PlannedBlock& block) {
+  return block.kind == "curl" || block.kind == "log" || block.kind == "system_log";
+}
 
 class Chooser {
  public:
   explicit Chooser(const Plan& asked) : plan(asked), bestAt(asked.blocks().size(), none) {
-    skippedBefore.push_back(0);
     for (const PlannedBlock& block : plan.blocks()) {
-      const bool isDue = block.part == PlannedBlock::Part::always;
-      skippedBefore.push_back(skippedBefore.back() + (isDue ? 1 : 0));
+      gapsBehind.push_back(printsForeignText(block) ? scoreOfGap : scoreOfStrangeGap);
     }
   }
 
   std::vector<ChosenTitle> choose(const std::vector<Title>& titles) {
-    steps.reserve(titles.size());
-    for (Index title = 0; title < titles.size(); ++title) {
-      addSteps(title, plan.placesOf(titles[title].name));
+    for (const Title& title : titles) {
+      const std::vector<std::size_t> places = plan.placesOf(title.name);
+      if (!places.empty()) {
+        addSteps(static_cast<Index>(known.size()), places);
+        known.push_back(title);
+      }
     }
-    return rowOf(titles, bestEnd(titles.size()));
+    return rowTo(bestEnd());
   }
 
  private:
@@ -69,18 +81,19 @@ class Chooser {
   Index stepCount() const { return static_cast<Index>(steps.size()); }
 
   Step bestStep(Index title, Index place) const {
-    Step step{.score = scoreOfBlock + skipped(none, place) + (title == 0 ? 0 : scoreOfGap),
-              .title = title,
-              .place = place};
+    const PlannedBlock& block = plan.blocks()[place];
+    const std::int64_t own =
+        block.part == PlannedBlock::Part::always ? scoreOfBlock : scoreOfOtherBlock;
+    Step step{.score = own + (title == 0 ? 0 : scoreOfStrangeGap), .title = title, .place = place};
     const auto consider = [&](Index before) {
       if (before == none || !mayFollow(steps[before].place, place)) {
         return;
       }
-      const bool isNext = steps[before].title + 1 == title;
-      const std::int64_t score = steps[before].score + scoreOfBlock +
-                                 skipped(steps[before].place, place) + (isNext ? 0 : scoreOfGap);
-      const bool isLater = step.before != none && steps[before].title > steps[step.before].title;
-      if (score > step.score || (score == step.score && (isLater || step.before == none))) {
+      const Step& last = steps[before];
+      const std::int64_t score =
+          last.score + own + (last.title + 1 == title ? 0 : gapsBehind[last.place]);
+      const bool isLater = step.before == none || last.title > steps[step.before].title;
+      if (score > step.score || (score == step.score && isLater)) {
         step.score = score;
         step.before = before;
       }
@@ -98,44 +111,43 @@ class Chooser {
     return before < place || (before == place && plan.blocks()[place].isRepeated);
   }
 
-  /// For the commands of every run that are skipped between two places.
-  std::int64_t skipped(Index before, Index place) const {
-    const Index first = before == none ? 0 : before + 1;
-    return place < first ? 0 : scoreOfSkipped * (skippedBefore[place] - skippedBefore[first]);
+  std::int64_t scoreAsEnd(const Step& step) const {
+    if (step.title + 1 == known.size()) {
+      return step.score;
+    }
+    return step.score + std::min(scoreOfGapAtEnd, gapsBehind[step.place]);
   }
 
-  Index bestEnd(std::size_t titleCount) const {
+  Index bestEnd() const {
     Index best = none;
-    std::int64_t bestScore = 0;
     for (Index step = 0; step < stepCount(); ++step) {
-      const auto end = static_cast<Index>(bestAt.size());
-      const std::int64_t score = steps[step].score + skipped(steps[step].place, end) +
-                                 (steps[step].title + 1 == titleCount ? 0 : scoreOfGap);
-      if (best == none || score >= bestScore) {
+      if (best == none || scoreAsEnd(steps[step]) >= scoreAsEnd(steps[best])) {
         best = step;
-        bestScore = score;
       }
     }
     return best;
   }
 
-  std::vector<ChosenTitle> rowOf(const std::vector<Title>& titles, Index end) const {
+  std::vector<ChosenTitle> rowTo(Index end) const {
     std::vector<ChosenTitle> row;
     for (Index step = end; step != none; step = steps[step].before) {
       const PlannedBlock* planned = &plan.blocks()[steps[step].place];
-      row.push_back({.title = titles[steps[step].title], .planned = planned});
+      row.push_back({.title = known[steps[step].title], .planned = planned});
     }
     std::ranges::reverse(row);
     return row;
   }
 
   const Plan& plan;
+  /// The titles that the plan has. Others are a part of what they stand in.
+  std::vector<Title> known;
   std::vector<Step> steps;
   // The best step at each place so far, the latest of equal ones.
   std::vector<Index> bestAt;
   // Those of the title before.
   std::array<Index, 2> previousSteps{0, 0};
-  std::vector<std::int64_t> skippedBefore;
+  /// By place: what it costs to leave titles out behind a block.
+  std::vector<std::int64_t> gapsBehind;
 };
 
 /// Marks those that have the name of another title.

@@ -22,11 +22,12 @@ struct ChosenTitle {
   bool isDoubtful = false;
 };
 
-/// The longest row of titles in the order of the plan. Of several, the one that skips the fewest
-/// commands, then the one whose other titles stand in the fewest blocks, then the one with the
-/// later titles: a stranger's page that pretends to be a report can only forge what comes after its
-/// own block, and the real blocks come after it. If most of the plan is not there at all, as in a
-/// report of another plan, all titles begin blocks.
+/// The row of titles in the order of the plan that has the most commands of every run. Titles that
+/// it leaves out should stand in pages or files, which may hold anything, and in the fewest of
+/// them. Of rows that are equal, it is the one with the later titles: a stranger's page that
+/// pretends to be a report can only forge what comes after its own block, and the real blocks come
+/// after it. If most of the plan is not there at all, as in a report of another plan, all titles
+/// begin blocks.
 std::vector<ChosenTitle> chooseTitles(const std::vector<Title>& titles, const Plan& plan);
 
 }  // namespace reader

@@ -32,16 +32,20 @@ std::optional<std::string_view> takeHeadLine(std::string_view& rest, std::string
 }
 
 void readHead(Report& report, std::string_view text) {
-  std::string_view rest = text;
+  std::string_view rest = after(text, byteOrderMark).value_or(text);
   const std::string_view label = rest.starts_with(separator) ? rest.substr(separator.size()) : rest;
   if (label.starts_with(accountLabel) || label.starts_with(ticketLabel)) {
     rest = label;
   }
   report.account = takeHeadLine(rest, accountLabel);
   report.ticket = takeHeadLine(rest, ticketLabel);
-  if (report.account || report.ticket) {
-    report.head = text.substr(0, text.size() - rest.size());
-  }
+  report.head = text.substr(0, text.size() - rest.size());
+}
+
+/// What a report ends with: what the last command printed ends with a line feed of its own, and one
+/// of the report's follows. A text of another system has carriage returns besides.
+bool endsLikeAReport(std::string_view text) {
+  return text.ends_with("\n\n") || text.ends_with("\n\r\n");
 }
 
 /// What the program prints after a report: an empty line, and what became of the report.
@@ -61,8 +65,11 @@ std::string_view printedAfter(std::string_view text) {
       begin = feed + 1;
     }
   }
-  const bool isFound = begin < text.size() && text.substr(0, begin).ends_with("\n\n");
-  return isFound ? text.substr(begin - 1) : std::string_view();
+  const std::string_view report = text.substr(0, begin);
+  if (begin == text.size() || !endsLikeAReport(report)) {
+    return {};
+  }
+  return text.substr(begin - (report.ends_with("\r\n") ? 2 : 1));
 }
 
 std::string_view withoutLineFeed(std::string_view text) {
@@ -122,7 +129,7 @@ Block readBlock(std::string_view whole, const Title& title, std::size_t line, bo
   const std::string_view content = whole.substr(std::min(title.size, whole.size()));
   block.isTrimmed = content.ends_with(trimmingMarker);
   readStreams(block, content, line + 1);
-  block.isCut = isLast && !whole.ends_with('\n') && !block.isTrimmed;
+  block.isCut = isLast && !endsLikeAReport(whole) && !block.isTrimmed;
   return block;
 }
 

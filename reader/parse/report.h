@@ -55,8 +55,8 @@ struct Unread {
 struct Report {
   std::optional<std::string_view> account{};
   std::optional<std::string_view> ticket{};
-  /// The lines of account and ticket, with the separator that stands before them in a trimmed
-  /// report.
+  /// The lines of account and ticket, with what stands before them: the separator in a trimmed
+  /// report, a byte order mark in one that an editor has saved.
   std::string_view head{};
   std::vector<Block> blocks{};
   std::vector<Unread> unread{};

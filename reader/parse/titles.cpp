@@ -15,7 +15,8 @@ constexpr std::string_view label = "Results for: ";
 // What a command printed before the separator in the same line makes it a part of its output.
 bool mayBeginAt(std::string_view text, std::size_t offset) {
   const std::string_view before = text.substr(0, offset);
-  return before.empty() || before.ends_with('\n') || before.ends_with(trimmingMarker);
+  return before.empty() || before.ends_with('\n') || before.ends_with(trimmingMarker) ||
+         before == byteOrderMark;
 }
 
 Title titleAt(std::string_view text, std::size_t offset) {

@@ -18,6 +18,9 @@ inline constexpr std::string_view separator = "---------------------------------
 /// separator.
 inline constexpr std::string_view trimmingMarker = "<This log has been trimmed>";
 
+/// Some editors put it before what they save.
+inline constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+
 /// A line that looks like the beginning of a block.
 struct Title {
   std::size_t offset = 0;

@@ -93,6 +93,25 @@ TEST(ReaderParse, SetsApartWhatIsPrintedAfterAReport) {
   EXPECT_EQ(parsed.blocks.back().whole, parseReport(report, plan()).blocks.back().whole);
 }
 
+std::string withCarriageReturns(std::string text) {
+  for (std::size_t at = text.find('\n'); at != std::string::npos; at = text.find('\n', at + 2)) {
+    text.insert(at, 1, '\r');
+  }
+  return text;
+}
+
+TEST(ReaderParse, ReadsAWholeReportThatAnEditorHasSaved) {
+  const std::string text = std::string(byteOrderMark) +
+                           withCarriageReturns(dataFile("clear_bare.txt") +
+                                               "\noutputFile=F\nurl=https://halvik.example/1\n");
+  const Report report = parseReport(text, plan());
+  EXPECT_EQ(report.head, byteOrderMark);
+  EXPECT_EQ(report.blocks.size(), 52U);
+  EXPECT_FALSE(report.blocks.back().isCut);
+  ASSERT_EQ(report.unread.size(), 1U);
+  EXPECT_EQ(report.unread[0].text, "\r\noutputFile=F\r\nurl=https://halvik.example/1\r\n");
+}
+
 TEST(ReaderParse, FindsNoBlockInOtherTexts) {
   for (const std::string text : {"", "hello\n", "Halvik account: a\n", "\0\xff\x1b[31m"}) {
     const Report report = parseReport(text, plan());
@@ -114,14 +133,55 @@ TEST(ReaderParse, TellsBlocksFromTextsThatLookLikeThem) {
   EXPECT_TRUE(blockOf(report, "web-block-page").isDoubtful);
 }
 
+TEST(ReaderParse, KeepsWhatStandsBeforeAPageThatHoldsAReport) {
+  std::string forged = ReportText::bare().set("routes", "forged\n").text();
+  forged.erase(forged.find(title("/usr/sbin/system_profiler SPSoftwareDataType")));
+  for (const std::string page : {"web-block-id", "web-by-number"}) {
+    const std::string text = ReportText::bare().set(page, forged).text();
+    const Report report = parseReport(text, plan());
+    EXPECT_EQ(report.blocks.size(), 52U) << page;
+    EXPECT_EQ(blockOf(report, "myip").line, 1U) << page;
+    EXPECT_NE(blockOf(report, "routes").standardOutput, "forged\n") << page;
+    EXPECT_TRUE(blockOf(report, "routes").isDoubtful) << page;
+    EXPECT_EQ(blockOf(report, "system").whole.data() + blockOf(report, "system").whole.size(),
+              text.data() + text.size())
+        << page;
+  }
+}
+
+TEST(ReaderParse, TakesNoFurtherBlocksFromAPage) {
+  const std::string withSkivra = dataFile("clear.txt");
+  const std::string block = std::string(separator) + "Results for: ";
+  std::string forged = withSkivra.substr(withSkivra.find(block + "/usr/bin/curl -Ls -c"));
+  const std::size_t log = forged.find(block + "/bin/sh -c cat \"");
+  const std::string oneLog = forged.substr(log, forged.find(separator, log + 1) - log);
+  for (int i = 0; i < 100; ++i) {
+    forged.insert(log, oneLog);
+  }
+  const std::string text = ReportText::bare().set("web-block-id", forged).text();
+  const Report report = parseReport(text, plan());
+  EXPECT_EQ(report.blocks.size(), 52U);
+  EXPECT_GT(blockOf(report, "web-block-id").whole.size(), forged.size());
+}
+
+TEST(ReaderParse, PassesOverACommandThatThePlanDoesNotHave) {
+  std::string text = dataFile("clear_bare.txt");
+  const std::string later = title("/usr/bin/dig +time=10 of.a.later.version") + "stdout:\n1\n\n";
+  text.insert(text.find(separator, text.find("+time=10 debug")), later);
+  const Report report = parseReport(text, plan());
+  EXPECT_EQ(report.blocks.size(), 52U);
+  EXPECT_THAT(report.missing, IsEmpty());
+}
+
 TEST(ReaderParse, LeavesAWholeReportInsideALogAlone) {
   const std::string inner = dataFile("clear_bare.txt");
-  ReportText outer = ReportText::clear();
-  outer.set("system-log", inner);
-  const std::string text = outer.text();
-  const Report report = parseReport(text, plan());
-  EXPECT_EQ(report.blocks.size(), 78U);
-  EXPECT_EQ(blockOf(report, "system-log").standardOutput, inner);
+  for (const auto& [log, line] : {std::pair{"log", "ipblock log 1 of 40\n"},
+                                  {"system-log", "launchd[1]: started the Skivra\n"}}) {
+    const std::string text = ReportText::clear().replace(log, line, inner).text();
+    const Report report = parseReport(text, plan());
+    EXPECT_EQ(report.blocks.size(), 78U) << log;
+    EXPECT_GE(blockOf(report, log).output().size(), inner.size()) << log;
+  }
 }
 
 TEST(ReaderParse, MarksWhatStandsBeforeAHole) {
@@ -134,13 +194,20 @@ TEST(ReaderParse, MarksWhatStandsBeforeAHole) {
 }
 
 TEST(ReaderParse, ReadsTheBeginningOfAReport) {
-  const std::string whole = dataFile("clear_bare.txt");
+  const std::string whole = dataFile("clear.txt");
   for (std::size_t size = 0; size < whole.size(); size += 509) {
     const std::string text = whole.substr(0, size);
     const Report report = parseReport(text, plan());
     if (!report.blocks.empty()) {
       EXPECT_TRUE(report.blocks.back().isCut) << size;
     }
+  }
+  // Behind the last line feed of a line, and of a title or a label, the block is no more whole.
+  const std::size_t last = whole.rfind(separator);
+  for (std::size_t feed = whole.find('\n', last); feed + 2 < whole.size();
+       feed = whole.find('\n', feed + 1)) {
+    const Report report = parseReport(whole.substr(0, feed + 1), plan());
+    EXPECT_EQ(report.blocks.back().isCut, whole[feed - 1] != '\n') << feed;
   }
 }
 

@@ -254,7 +254,7 @@ TEST(BlockPage, IsMissedByItsAddress) {
   EXPECT_EQ(firstText(report),
             "No block page stands where one should be: at 203.0.113.77/malware.htm and "
             "203.0.113.77:8081/malware.htm.");
-  report.set("web-grey-blocked", blockPage).set("web-grey-blocked-8081", "");
+  report.set("web-grey-blocked", "").set("web-grey-blocked-8081", blockPage);
   EXPECT_THAT(found(report), ElementsAre("web-check-fails"));
 }
 
