@@ -130,6 +130,10 @@ class FirstRunTest(unittest.TestCase):
                           (the_block("text", "Report "), said(office.first, "Say what the reports mean")))
         self.assertEqual(printed, shown)
 
+    def test_the_reports_can_be_read_again(self):
+        again = office.at_administrators(f"cd reports/{office.folders[0]} && halvik-report *.txt")
+        self.assertEqual(again.stdout.rstrip(), said(office.first, "Say what the reports mean"))
+
 
 class SecondRunTest(unittest.TestCase):
     maxDiff = None
