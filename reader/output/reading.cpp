@@ -4,6 +4,7 @@
 #include "reader/output/reading.h"
 
 #include <algorithm>
+#include <set>
 
 #include "reader/facts/extract.h"
 #include "reader/output/printable.h"
@@ -16,9 +17,10 @@ namespace {
 template <typename Range, typename Text>
 std::string listed(const Range& range, Text text) {
   std::vector<std::string> parts;
+  std::set<std::string> seen;
   for (const auto& element : range) {
     std::string part(text(element));
-    if (!part.empty() && std::ranges::find(parts, part) == parts.end()) {
+    if (!part.empty() && seen.insert(part).second) {
       parts.push_back(std::move(part));
     }
   }
