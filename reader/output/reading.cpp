@@ -42,7 +42,8 @@ std::string skivraState(const Skivra& skivra) {
       (!skivra.isInstalled && skivra.stateFile == Skivra::File::missing)) {
     return "not installed";
   }
-  if (!skivra.isInstalled && skivra.stateFile == Skivra::File::unknown) {
+  // That its folder is there is less than a state that the report does not tell.
+  if (skivra.stateFile == Skivra::File::unknown) {
     return {};
   }
   return skivra.state.empty() ? "installed" : printable(skivra.state);

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <ctime>
 
+#include "reader/parse/titles.h"
 #include "report_text.h"
 
 namespace reader {
@@ -73,6 +74,24 @@ double secondsFor(int count) {
 TEST(ReportReading, TakesAsLongAsTheReportIsLong) {
   const double few = std::min({secondsFor(3000), secondsFor(3000), secondsFor(3000)});
   EXPECT_LT(secondsFor(48'000), 60 * few);
+}
+
+TEST(ReportReading, SaysNothingOfTheSkivraWhoseStateItDoesNotKnow) {
+  std::string text = ReportText::clear().text();
+  EXPECT_EQ(factOf(text, "Skivra"), "protected");
+  EXPECT_EQ(
+      factOf(ReportText::clear().replace("skivra-state", "<key>state</key>", "").text(), "Skivra"),
+      "installed");
+  EXPECT_EQ(factOf(ReportText::clear()
+                       .set("skivra-state", "", "cat: x: No such file or directory\n")
+                       .set("skivra-folder", "", "ls: x: No such file or directory\n")
+                       .set("skivra-folder-again", "", "ls: x: No such file or directory\n")
+                       .text(),
+                   "Skivra"),
+            "not installed");
+  const std::size_t end = text.find(separator, text.find("<key>state</key>"));
+  text.replace(end - 30, 30, trimmingMarker);
+  EXPECT_EQ(factOf(text, "Skivra"), "");
 }
 
 }  // namespace
