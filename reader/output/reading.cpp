@@ -79,6 +79,10 @@ std::string verdictOf(const std::vector<Finding>& findings) {
   return counts.empty() ? "Nothing found." : enumerated(counts) + '.';
 }
 
+std::string nameOf(const PlannedBlock& planned) {
+  return planned.prefix + (planned.hasWord ? "..." : "") + planned.suffix;
+}
+
 std::vector<std::pair<std::string, std::string>> mainFacts(const Facts& facts) {
   const auto addressOf = [](const auto& fact) { return fact.address; };
   const auto isAsked = [](const NameServer& server) {
