@@ -43,8 +43,8 @@ void complain(const std::string& text) {
 
 bool isReadable(const reader::ReportReading& reading, std::string_view text) {
   if (!reader::isReport(reading)) {
-    complain(reading.file +
-             (text.empty() ? ": the file is empty" : ": this is no report of halvik-diagnostic"));
+    const std::string file = reading.file == "-" ? "standard input" : reading.file;
+    complain(file + (text.empty() ? " is empty" : ": this is no report of halvik-diagnostic"));
   }
   return reader::isReport(reading);
 }

@@ -36,6 +36,12 @@ std::optional<std::array<int, 4>> ipv4(std::string_view text) {
   return parts;
 }
 
+/// Whether a note says more than that an administrator forbade the probe.
+bool isUnreachable(std::string_view note) {
+  constexpr std::array<std::string_view, 4> harmless{"", "!X", "!A", "!Z"};
+  return std::ranges::find(harmless, note) == harmless.end();
+}
+
 }  // namespace
 
 std::optional<double> Ping::lossPercent() const {
@@ -70,8 +76,14 @@ const Hop* Path::end() const {
 }
 
 bool Path::isReached() const {
-  return std::ranges::any_of(hops, [this](const Hop& hop) {
-    return !hop.address.empty() && hop.address == address && hop.note.empty();
+  const auto isItself = [this](std::string_view by, std::string_view note) {
+    return !by.empty() && by == address && !isUnreachable(note);
+  };
+  return std::ranges::any_of(hops, [&](const Hop& hop) {
+    return isItself(hop.address, hop.note) ||
+           std::ranges::any_of(hop.others, [&](const HopHost& other) {
+             return isItself(other.address, other.note);
+           });
   });
 }
 

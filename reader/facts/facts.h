@@ -118,15 +118,22 @@ struct Ping {
   std::optional<double> maxMs() const;
 };
 
+/// Who answered a probe, and what was noted, such as "!H".
+struct HopHost {
+  std::string_view address{};
+  std::string_view note{};
+};
+
 struct Hop {
   int number = 0;
-  /// Both empty if it did not answer.
+  /// The first host that answered, with its note; all empty if none did.
   std::string_view name{};
   std::string_view address{};
   std::vector<double> timesMs{};
   int lost = 0;
-  /// Such as "!H".
   std::string_view note{};
+  /// Further hosts that answered, as where the ways part.
+  std::vector<HopHost> others{};
   Source source{};
 };
 
@@ -142,6 +149,7 @@ struct Path {
 
   /// The last hop that answered; null if none did.
   const Hop* end() const;
+  /// The host itself answered, if only that it takes no such probes.
   bool isReached() const;
   /// The hop where the round trip grows most, and by how much.
   std::optional<std::pair<int, double>> slowestStep() const;

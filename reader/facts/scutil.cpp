@@ -9,13 +9,14 @@ namespace reader {
 
 namespace {
 
-/// The servers of one resolver, whose other facts may stand before or behind them.
+/// The servers of one resolver, whose other facts may stand before or behind them: they get these
+/// at its end.
 class ResolverLines {
  public:
   explicit ResolverLines(std::vector<NameServer>& found) : servers(found) {}
 
   void begin(std::optional<int> resolver) {
-    first = servers.size();
+    end();
     number = resolver;
     interface = domain = {};
   }
@@ -34,15 +35,18 @@ class ResolverLines {
     } else if (label == "domain") {
       domain = value;
     }
-    for (std::size_t i = first; i < servers.size(); ++i) {
-      servers[i].interface = interface;
-      servers[i].domain = domain;
+  }
+
+  void end() {
+    for (; ended < servers.size(); ++ended) {
+      servers[ended].interface = interface;
+      servers[ended].domain = domain;
     }
   }
 
  private:
   std::vector<NameServer>& servers;
-  std::size_t first = 0;
+  std::size_t ended = 0;
   std::optional<int> number;
   std::string_view interface;
   std::string_view domain;
@@ -66,6 +70,7 @@ Reading readScutil(const BlockToRead& block, Facts& facts) {
       resolver.read(block, line);
     }
   }
+  resolver.end();
   if (isRead) {
     facts.nameServerList = block.title();
   }

@@ -39,6 +39,15 @@ std::optional<HopLine> hopLine(std::string_view text) {
   return line;
 }
 
+void noteHost(std::string_view address, Hop& hop) {
+  const std::string_view last = hop.others.empty() ? hop.address : hop.others.back().address;
+  if (last.empty()) {
+    hop.address = address;
+  } else if (last != address) {
+    hop.others.push_back({.address = address});
+  }
+}
+
 void readHopWords(const std::vector<std::string_view>& words, Hop& hop) {
   for (std::size_t i = 0; i < words.size(); ++i) {
     const std::string_view word = words[i];
@@ -47,14 +56,15 @@ void readHopWords(const std::vector<std::string_view>& words, Hop& hop) {
       ++hop.lost;
     } else if (word.starts_with('!')) {
       // Alone it says that the answer just arrived, as one whose time to live is that of the probe.
-      hop.note = word.size() > 1 ? word : hop.note;
+      std::string_view& note = hop.others.empty() ? hop.note : hop.others.back().note;
+      note = word.size() > 1 ? word : note;
     } else if (isTime) {
       if (const auto time = leadingNumber(word)) {
         hop.timesMs.push_back(*time);
       }
       ++i;
-    } else if (word.starts_with('(') && word.ends_with(')') && hop.address.empty()) {
-      hop.address = word.substr(1, word.size() - 2);
+    } else if (word.starts_with('(') && word.ends_with(')')) {
+      noteHost(word.substr(1, word.size() - 2), hop);
     } else if (hop.name.empty()) {
       hop.name = word;
     }
@@ -64,11 +74,21 @@ void readHopWords(const std::vector<std::string_view>& words, Hop& hop) {
   }
 }
 
+/// A packet passes at most 255 hosts, and each hop is farther away than the one before. Without
+/// that, a forged path could have any length.
+bool isNextHop(int number, const Path& path) {
+  constexpr int numberMax = 255;
+  return number <= numberMax && (path.hops.empty() || number > path.hops.back().number);
+}
+
 void readLines(const BlockToRead& block, const std::vector<Line>& lines, Path& path) {
   for (const Line& line : lines) {
     if (readFirstLine(line, path)) {
       path.source = block.at(line);
     } else if (const auto hop = path.address.empty() ? std::nullopt : hopLine(line.text)) {
+      if (hop->number && !isNextHop(*hop->number, path)) {
+        continue;
+      }
       if (hop->number) {
         path.hops.push_back({.number = *hop->number, .source = block.at(line)});
       }

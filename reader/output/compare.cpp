@@ -18,14 +18,39 @@ const Finding* withId(const ReportReading& reading, std::string_view id) {
   return found == reading.findings.end() ? nullptr : &*found;
 }
 
+/// Whether the report has such a block, and it says something: as a whole, and not by silence,
+/// which means something of `curl` only.
+bool tells(const Report& report, const PlannedBlock* planned) {
+  return std::ranges::any_of(report.blocks, [&](const Block& block) {
+    return planned != nullptr && block.planned == planned && block.isComplete() &&
+           (block.standardOutput || block.standardError || planned->kind == "curl");
+  });
+}
+
+/// Whether the other report has all that the finding of this one rests on.
+bool canBeTold(const Finding& finding, const ReportReading& reading, const ReportReading& other) {
+  return std::ranges::all_of(finding.evidence, [&](const Source& source) {
+    return tells(other.report, reading.report.blocks[source.block].planned);
+  });
+}
+
+std::string findingLine(std::string_view label, const Finding& finding) {
+  return std::string(label) + printable(finding.text, 2000) + " [" + std::string(finding.id) +
+         "]\n";
+}
+
+struct Labels {
+  std::string_view absent;
+  std::string_view unknown;
+};
+
 /// The findings of one reading that the other has not.
 std::string findingsOnlyIn(const ReportReading& one, const ReportReading& other,
-                           std::string_view label) {
+                           const Labels& labels) {
   std::string text;
   for (const Finding& finding : one.findings) {
     if (withId(other, finding.id) == nullptr) {
-      text += std::string(label) + printable(finding.text, 2000) + " [" + std::string(finding.id) +
-              "]\n";
+      text += findingLine(canBeTold(finding, one, other) ? labels.absent : labels.unknown, finding);
     }
   }
   return text;
@@ -129,10 +154,13 @@ std::string paragraph(const std::string& heading, const std::string& text) {
 
 std::string comparisonOf(const ReportReading& before, const ReportReading& later) {
   std::string text =
-      findingsOnlyIn(later, before, "new: ") + findingsOnlyIn(before, later, "gone: ");
+      findingsOnlyIn(later, before,
+                     {"new: ", "found now, cannot be told in the earlier report: "}) +
+      findingsOnlyIn(before, later,
+                     {"gone: ", "found before, cannot be told in the later report: "});
   for (const Finding& finding : later.findings) {
     if (withId(before, finding.id) != nullptr) {
-      text += "still: " + printable(finding.text, 2000) + " [" + std::string(finding.id) + "]\n";
+      text += findingLine("still: ", finding);
     }
   }
   const std::string facts =

@@ -202,7 +202,7 @@ void writeUnread(Writer& writer, const Report& report) {
 void writeJson(Output& output, const ReportReading& reading, JsonUse use) {
   Json missing = Json::array();
   for (const PlannedBlock* planned : reading.report.missing) {
-    missing.push_back(planned->prefix + (planned->hasWord ? "..." : "") + planned->suffix);
+    missing.push_back(nameOf(*planned));
   }
   const Json begin = {{"format", "halvik-report"},
                       {"version", 1},

@@ -4,6 +4,7 @@
 #include "reader/output/reading.h"
 
 #include <algorithm>
+#include <set>
 
 #include "reader/facts/extract.h"
 #include "reader/output/printable.h"
@@ -16,9 +17,10 @@ namespace {
 template <typename Range, typename Text>
 std::string listed(const Range& range, Text text) {
   std::vector<std::string> parts;
+  std::set<std::string> seen;
   for (const auto& element : range) {
     std::string part(text(element));
-    if (!part.empty() && std::ranges::find(parts, part) == parts.end()) {
+    if (!part.empty() && seen.insert(part).second) {
       parts.push_back(std::move(part));
     }
   }
@@ -40,7 +42,8 @@ std::string skivraState(const Skivra& skivra) {
       (!skivra.isInstalled && skivra.stateFile == Skivra::File::missing)) {
     return "not installed";
   }
-  if (!skivra.isInstalled && skivra.stateFile == Skivra::File::unknown) {
+  // That its folder is there is less than a state that the report does not tell.
+  if (skivra.stateFile == Skivra::File::unknown) {
     return {};
   }
   return skivra.state.empty() ? "installed" : printable(skivra.state);
@@ -74,6 +77,10 @@ std::string verdictOf(const std::vector<Finding>& findings) {
     }
   }
   return counts.empty() ? "Nothing found." : enumerated(counts) + '.';
+}
+
+std::string nameOf(const PlannedBlock& planned) {
+  return planned.prefix + (planned.hasWord ? "..." : "") + planned.suffix;
 }
 
 std::vector<std::pair<std::string, std::string>> mainFacts(const Facts& facts) {

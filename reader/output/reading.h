@@ -37,6 +37,9 @@ inline bool isReport(const ReportReading& reading) {
   return !reading.report.blocks.empty();
 }
 
+/// Its name, with "..." in place of the word that differs from report to report.
+std::string nameOf(const PlannedBlock& planned);
+
 /// What matters most about a machine and its network, as labels and values; a value may be empty.
 std::vector<std::pair<std::string, std::string>> mainFacts(const Facts& facts);
 

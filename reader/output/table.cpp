@@ -29,6 +29,21 @@ std::vector<std::string> idsOf(const std::vector<Finding>& findings, Severity se
   return ids;
 }
 
+/// Whether findings may rest on the block. The others are shown as they are, and the long ones
+/// among them are shortened first.
+bool isJudged(const PlannedBlock* planned) {
+  constexpr std::array<std::string_view, 4> shownOnly{"log", "system_log", "ps", "route"};
+  return planned != nullptr && std::ranges::find(shownOnly, planned->kind) == shownOnly.end();
+}
+
+bool isIncomplete(const Report& report) {
+  const auto isLost = [](const Block& block) {
+    return !block.isComplete() && isJudged(block.planned);
+  };
+  return std::ranges::any_of(report.blocks, isLost) ||
+         std::ranges::any_of(report.missing, isJudged);
+}
+
 std::string valueOf(const TableRow& row, std::string_view label) {
   const auto found =
       std::ranges::find(row.facts, label, &std::pair<std::string, std::string>::first);
@@ -43,6 +58,9 @@ std::size_t charactersIn(std::string_view text) {
 Cells cellsOf(const TableRow& row) {
   constexpr std::size_t charactersMax = 40;
   std::string found = row.problems.empty() ? "nothing" : enumerated(row.problems);
+  if (row.isIncomplete) {
+    found += " (incomplete)";
+  }
   if (!row.warnings.empty()) {
     found += " (warnings: " + enumerated(row.warnings) + ')';
   }
@@ -88,6 +106,21 @@ std::string sentenceOf(const std::string& problem, const std::vector<TableRow>& 
   return shared;
 }
 
+/// How many have no problem, and how many may just not show theirs.
+std::string soundMachines(const std::vector<TableRow>& rows) {
+  const auto count = [&](bool isIncomplete) {
+    return std::ranges::count_if(rows, [&](const TableRow& row) {
+      return row.problems.empty() && row.isIncomplete == isIncomplete;
+    });
+  };
+  const std::string all = " of " + std::to_string(rows.size()) + ": nothing";
+  std::string text = std::to_string(count(false)) + all + '\n';
+  if (count(true) > 0) {
+    text += std::to_string(count(true)) + all + " (incomplete)\n";
+  }
+  return text;
+}
+
 /// The problems that several machines have, those of most machines first, and how many have none.
 std::string sharedProblems(const std::vector<TableRow>& rows) {
   std::map<std::string, std::size_t> machines;
@@ -113,9 +146,7 @@ std::string sharedProblems(const std::vector<TableRow>& rows) {
     }
     text += '\n';
   }
-  const auto sound =
-      std::ranges::count_if(rows, [](const TableRow& row) { return row.problems.empty(); });
-  return text.empty() ? text : text + std::to_string(sound) + all + "nothing\n";
+  return text.empty() ? text : text + soundMachines(rows);
 }
 
 std::string commonFacts(const std::vector<TableRow>& rows) {
@@ -151,6 +182,7 @@ TableRow rowOf(const ReportReading& reading) {
           .problems = idsOf(reading.findings, Severity::problem),
           .sentences = std::move(sentences),
           .warnings = idsOf(reading.findings, Severity::warning),
+          .isIncomplete = isIncomplete(reading.report),
           .facts = mainFacts(reading.facts)};
 }
 

@@ -20,6 +20,8 @@ struct TableRow {
   std::vector<std::string> problems{};
   std::map<std::string, std::string> sentences{};  // of the problems
   std::vector<std::string> warnings{};
+  /// Blocks that findings rest on are missing, shortened or cut.
+  bool isIncomplete = false;
   std::vector<std::pair<std::string, std::string>> facts{};
 };
 

@@ -70,8 +70,11 @@ std::string incompleteText(const Report& report) {
         " of " + std::to_string(report.blocks.size()) + " blocks.\n";
   }
   if (!report.missing.empty()) {
-    text += "Missing: " + std::to_string(report.missing.size()) + " blocks, the first of them " +
-            report.missing.front()->prefix + ".\n";
+    const std::size_t count = report.missing.size();
+    // No full stop follows the command: it would be read as part of it.
+    text += "Missing: " + std::to_string(count) +
+            (count == 1 ? " block: " : " blocks, the first of them: ") +
+            nameOf(*report.missing.front()) + '\n';
   }
   for (const Unread& unread : report.unread) {
     text += "Not in any block, from line " + std::to_string(unread.line) + " on (" +

@@ -105,6 +105,16 @@ std::optional<Finding> findSlowCity(const Facts& facts) {
   return finding;
 }
 
+/// Where most hosts lose many packets, a host may lose all of its few by chance.
+bool isLossLarge(const Facts& facts) {
+  constexpr double rateMin = 0.25;
+  const auto asked =
+      std::ranges::count_if(facts.pings, [](const Ping& ping) { return ping.sent > 0; });
+  const auto lossy = std::ranges::count_if(
+      facts.pings, [](const Ping& ping) { return ping.received > 0 && ping.lossPercent() > 0; });
+  return lossRate(facts) >= rateMin && 2 * lossy > asked;
+}
+
 std::optional<Finding> findSilentCity(const Facts& facts) {
   std::vector<std::string> silent;
   std::vector<Source> evidence;
@@ -116,7 +126,7 @@ std::optional<Finding> findSilentCity(const Facts& facts) {
       evidence.push_back(ping.source);
     }
   }
-  if (silent.empty() || !isAnyAnswering) {
+  if (silent.empty() || !isAnyAnswering || isLossLarge(facts)) {
     return std::nullopt;
   }
   Finding finding{

@@ -4,6 +4,7 @@
 // Packets that get lost: how many, and from where on.
 
 #include <algorithm>
+#include <cstdint>
 #include <map>
 
 #include "reader/rules/questions.h"
@@ -16,6 +17,8 @@ namespace {
 // A single one may get lost on any line.
 constexpr int lostMin = 4;
 constexpr double rateMin = 0.03;
+// Many a router answers not all of the probes that end at it.
+constexpr int lostAtHopMin = 3;
 
 struct HopCount {
   int probes = 0;
@@ -58,7 +61,7 @@ const HopCount* firstLossyHop(const std::map<int, HopCount>& counts, double rate
       rest.lost += behind->second.lost;
     }
     const HopCount& count = hop->second;
-    if (count.lost > 0 && count.lost >= lossMin * count.probes &&
+    if (count.lost >= lostAtHopMin && count.lost >= lossMin * count.probes &&
         rest.lost >= lossMin * rest.probes) {
       return &count;
     }
@@ -77,7 +80,8 @@ std::vector<Source> lossyPings(const Facts& facts) {
 }
 
 std::optional<Finding> find(const Facts& facts) {
-  int lost = 0;
+  // Numbers of a forged report may be as large as they fit.
+  std::int64_t lost = 0;
   int hosts = 0;
   for (const Ping& ping : facts.pings) {
     if (ping.received > 0) {
@@ -86,17 +90,19 @@ std::optional<Finding> find(const Facts& facts) {
     }
   }
   const double rate = lossRate(facts);
-  if (lost < lostMin || rate < rateMin) {
+  const std::vector<Source> lossy = lossyPings(facts);
+  // One of several hosts may lose its packets itself.
+  const bool isThatOfOneHost = lossy.size() == 1 && hosts > 1;
+  if (lost < lostMin || rate < rateMin || isThatOfOneHost) {
     return std::nullopt;
   }
   Finding finding{.text = shown(100 * rate) + " % of the packets get lost, towards " +
-                          std::to_string(lossyPings(facts).size()) + " of " +
-                          std::to_string(hosts) + " hosts",
+                          std::to_string(lossy.size()) + " of " + std::to_string(hosts) + " hosts",
                   .meaning = "Pages load slowly or not at all, and lookups of names take seconds.",
                   .advice =
                       "Try a cable in place of the wireless network. If the loss begins behind the "
                       "customer's router, the provider has to look for it."};
-  addEvidence(finding.evidence, lossyPings(facts), 4);
+  addEvidence(finding.evidence, lossy, 4);
   const std::map<int, HopCount> counts = countHops(facts);
   if (const HopCount* first = firstLossyHop(counts, rate)) {
     const bool isFirst = first == &counts.begin()->second;

@@ -61,6 +61,22 @@ bool isAskedResolver(const Facts& facts, const Path& path) {
          std::ranges::any_of(facts.queries, isAsked);
 }
 
+/// Whoever has something against the packet says more than who passed it on.
+std::string endText(const Hop* end) {
+  if (end == nullptr) {
+    return "no hop answers";
+  }
+  HopHost host{.address = end->address, .note = end->note};
+  const auto other =
+      std::ranges::find_if(end->others, [](const HopHost& each) { return !each.note.empty(); });
+  if (host.note.empty() && other != end->others.end()) {
+    host = *other;
+  }
+  return host.note.empty()
+             ? "after " + std::string(host.address)
+             : "refused by " + std::string(host.address) + ", " + std::string(host.note);
+}
+
 std::optional<Finding> findEarlyEnd(const Facts& facts) {
   std::vector<std::string> hosts;
   Finding finding{.meaning = "These hosts cannot be reached from here.",
@@ -76,9 +92,7 @@ std::optional<Finding> findEarlyEnd(const Facts& facts) {
       continue;
     }
     const Hop* end = path.end();
-    hosts.push_back(std::string(path.host) + (end == nullptr
-                                                  ? " (no hop answers)"
-                                                  : " (after " + std::string(end->address) + ")"));
+    hosts.push_back(std::string(path.host) + " (" + endText(end) + ")");
     finding.evidence.push_back(path.source);
     if (end != nullptr) {
       finding.evidence.push_back(end->source);

@@ -178,7 +178,9 @@ class BadInput(ReaderTest):
         self.assert_harmless(ended.stderr)
 
     def test_what_is_no_report(self):
-        self.assert_refused(run(stdin=b""), "empty")
+        for arguments in ([], ["-"]):
+            self.assert_refused(run(*arguments, stdin=b""), "standard input is empty")
+        self.assert_refused(run(self.file("nothing", "")), "nothing is empty")
         self.assert_refused(run(self.work), "Is a directory")
         self.assert_refused(run(self.work / "missing"), "No such file")
         self.assert_refused(run(self.work / "\x1b[31m"), "No such file")

@@ -5,6 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include "reader/parse/titles.h"
+#include "report_text.h"
+
 namespace reader {
 namespace {
 
@@ -46,6 +49,42 @@ TEST(Table, SaysWhatASharedProblemIsIfItIsTheSameForAll) {
 
 TEST(Table, SaysNothingOfProblemsThatNobodyShares) {
   EXPECT_EQ(tableOf({row("a", {"vpn"}, ""), row("b", {}, "")}).find("Shared"), std::string::npos);
+}
+
+TEST(Table, TellsReportsThatSayNothingFromThoseThatSayLittle) {
+  std::vector<TableRow> rows = {row("a", {"vpn"}, ""), row("b", {"vpn"}, ""), row("c", {}, ""),
+                                row("d", {}, ""), row("e", {}, "")};
+  rows[1].isIncomplete = rows[3].isIncomplete = rows[4].isIncomplete = true;
+  rows[4].warnings = {"proxy"};
+  const std::string table = tableOf(rows);
+  for (const char* line :
+       {"\na       vpn\n", "\nb       vpn (incomplete)\n", "\nc       nothing\n",
+        "\nd       nothing (incomplete)\n", "\ne       nothing (incomplete) (warnings: proxy)\n",
+        "\n2 of 5: vpn\n1 of 5: nothing\n2 of 5: nothing (incomplete)\n"}) {
+    EXPECT_NE(table.find(line), std::string::npos) << line << table;
+  }
+}
+
+/// Whether the table calls this report incomplete.
+bool isIncomplete(const std::string& text) {
+  return rowOf(readReport("test", text)).isIncomplete;
+}
+
+TEST(Table, KnowsReportsThatLackWhatFindingsRestOn) {
+  const std::string whole = ReportText::clear().text();
+  EXPECT_FALSE(isIncomplete(whole));
+  EXPECT_FALSE(isIncomplete(ReportText::bare().text()));
+  EXPECT_FALSE(isIncomplete(ReportText::macos().text()));
+  EXPECT_TRUE(isIncomplete(whole.substr(0, 3000)));
+  EXPECT_TRUE(isIncomplete(ReportText::clear().remove("web-grey-blocked-8081").text()));
+  const auto shortenedAt = [&](const std::string& name) {
+    std::string text = whole;
+    const std::size_t end = text.find(separator, text.find(name));
+    return text.replace(end - 30, 30, trimmingMarker);
+  };
+  EXPECT_TRUE(isIncomplete(shortenedAt("/sbin/ifconfig -a")));
+  // It is shown, but nothing is concluded from it.
+  EXPECT_FALSE(isIncomplete(shortenedAt("/usr/bin/tail")));
 }
 
 TEST(Table, BeginsWithWhatIsRare) {

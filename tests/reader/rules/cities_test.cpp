@@ -96,7 +96,7 @@ TEST(SlowCity, IsNotLateByChance) {
 TEST(SlowCity, IsComparedWithAnyNeighbourThatAnswers) {
   ReportText report = withoutPings();
   report.set("ping-frankfurt", same(784)).set("ping-prague", pingOutput("192.0.2.118", {20}));
-  EXPECT_THAT(found(report), ElementsAre("packet-loss", "slow-city"));
+  EXPECT_THAT(found(report), ElementsAre("slow-city"));
   report.set("ping-prague", "", unknownHost);
   EXPECT_THAT(found(report), IsEmpty());
 }
@@ -126,7 +126,24 @@ TEST(SilentCity, IsSilentWhileOthersAnswer) {
               ElementsAre("ping-sydney: 5 packets transmitted, 0 received, 100% packet loss, time "
                           "4006ms"));
   report.set("ping-sydney", pingOutput("192.0.2.120", {300}));
+  EXPECT_THAT(found(report), IsEmpty());
+}
+
+TEST(SilentCity, IsNotSilentByChance) {
+  const auto lossy = [](std::size_t received, std::size_t sent) {
+    return pingOutput("192.0.2.102", std::vector<double>(received, 20), sent);
+  };
+  ReportText report = withoutPings();
+  report.set("ping-sydney", lossy(0, 4)).set("ping-miami", lossy(12, 16));
+  report.set("ping-london", lossy(12, 16)).set("ping-prague", lossy(0, 0));
   EXPECT_THAT(found(report), ElementsAre("packet-loss"));
+  report.set("ping-london", lossy(13, 16));
+  EXPECT_THAT(found(report), ElementsAre("packet-loss", "silent-city"));
+  // Neither half of the hosts nor one of them are most.
+  report.set("ping-london", lossy(12, 16)).set("ping-berlin", lossy(0, 4));
+  EXPECT_THAT(found(report), ElementsAre("packet-loss", "silent-city"));
+  report.set("ping-london", lossy(16, 16)).set("ping-miami", lossy(8, 16)).set("ping-berlin", "");
+  EXPECT_THAT(found(report), ElementsAre("silent-city"));
 }
 
 TEST(SilentCity, IsSilentWhileOneOtherAnswers) {

@@ -57,16 +57,23 @@ TEST(PacketLoss, IsNamedWithTheHopWhereItBegins) {
   report.set("ping-seattle", received(3))
       .set("ping-london", received(3))
       .set("ping-sydney", received(0))
-      .set("path-api",
-           path("203.0.113.11", hop(1, "192.168.1.1", false) + hop(2, "198.18.7.1", true) +
-                                    hop(3, "203.0.113.11", true)));
+      .set("path-api", path("203.0.113.11", hop(1, "192.168.1.1", false) +
+                                                " 2  host (198.18.7.1)  9.1 ms * *\n" +
+                                                " 3  host (203.0.113.11)  * 9.2 ms *\n"))
+      .set("path-monitor",
+           path("203.0.113.12", hop(1, "192.168.1.1", true) + hop(2, "198.18.7.1", true) +
+                                    hop(3, "203.0.113.12", true)));
   EXPECT_THAT(found(report), ElementsAre("packet-loss", "silent-city"));
   EXPECT_EQ(firstText(report),
             "3.8 % of the packets get lost, towards 2 of 21 hosts, from the hop 198.18.7.1 on.");
   const std::string counts = ": 5 packets transmitted, 3 received, 40% packet loss, time 4006ms";
-  EXPECT_THAT(firstEvidence(report),
-              ElementsAre("ping-seattle" + counts, "ping-london" + counts,
-                          "path-api: 2  host (198.18.7.1)  9.1 ms *  9.3 ms"));
+  EXPECT_THAT(firstEvidence(report), ElementsAre("ping-seattle" + counts, "ping-london" + counts,
+                                                 "path-api: 2  host (198.18.7.1)  9.1 ms * *"));
+  // Two probes that one hop does not answer tell nothing.
+  report.set("path-monitor",
+             path("203.0.113.12", hop(1, "192.168.1.1", false) + hop(2, "198.18.7.1", false) +
+                                      hop(3, "203.0.113.12", false)));
+  EXPECT_EQ(firstText(report), "3.8 % of the packets get lost, towards 2 of 21 hosts.");
 }
 
 TEST(PacketLoss, IsNotAFewPackets) {
@@ -81,11 +88,28 @@ TEST(PacketLoss, IsNotAFewPackets) {
   EXPECT_THAT(found(report), ElementsAre("packet-loss"));
 }
 
+TEST(PacketLoss, IsNotThatOfOneHostOfSeveral) {
+  ReportText report = ReportText::bare();
+  report.set("ping-sydney", received(1));
+  EXPECT_THAT(found(report), IsEmpty());
+  report.set("ping-london", received(4));
+  EXPECT_THAT(found(report), ElementsAre("packet-loss"));
+  report.setAll("ping-", "").set("ping-sydney", received(1)).set("ping-london", received(5));
+  EXPECT_THAT(found(report), IsEmpty());
+}
+
+TEST(PacketLoss, CountsAsManyAsAReportCanClaim) {
+  ReportText report = ReportText::bare();
+  report.setAll("ping-", "");
+  report.set("ping-sydney", received(5, 2147483647)).set("ping-london", received(5, 2147483647));
+  EXPECT_THAT(found(report), ElementsAre("packet-loss"));
+}
+
 TEST(PacketLoss, IsNotASmallShare) {
   ReportText report = ReportText::bare();
-  report.set("ping-website", received(89, 95));
+  report.set("ping-website", received(90, 95)).set("ping-seattle", received(4));
   EXPECT_THAT(found(report), ElementsAre("packet-loss"));
-  report.set("ping-website", received(90, 96));
+  report.set("ping-website", received(91, 96));
   EXPECT_THAT(found(report), IsEmpty());
 }
 
@@ -98,7 +122,8 @@ TEST(PacketLoss, CountsAHostThatLosesOnePacketOfMany) {
 
 TEST(PacketLoss, IsNotMadeUpForByAnswersThatCameTwice) {
   ReportText report = ReportText::bare();
-  report.set("ping-website", received(9)).set("ping-seattle", received(1));
+  report.set("ping-website", received(9));
+  report.set("ping-seattle", received(3)).set("ping-london", received(3));
   EXPECT_THAT(found(report), ElementsAre("packet-loss"));
 }
 
@@ -154,8 +179,9 @@ TEST(PacketLoss, BeginsNowhereOnPathsThatDoNotArrive) {
 
 TEST(PacketLoss, BeginsNotAtAHopThatNeverAnswers) {
   ReportText report = withoutPaths(withLossAt({0, 0, 0}));
-  report.set("path-api", path("203.0.113.11",
-                              " 1  * * *\n 2  host (198.18.7.1)\n" + hop(3, "203.0.113.11", true)));
+  report.set("path-api",
+             path("203.0.113.11",
+                  " 1  * * *\n 2  host (198.18.7.1)\n 3  host (203.0.113.11)  9.1 ms * * *\n"));
   EXPECT_EQ(firstText(report),
             "66.7 % of the packets get lost, towards 1 of 1 hosts, from the hop 203.0.113.11 on.");
 }

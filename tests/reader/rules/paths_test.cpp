@@ -107,6 +107,32 @@ TEST(EarlyEnd, IsAHostThatDoesNotAnswerOtherwise) {
   EXPECT_THAT(found(report), ElementsAre("silent-city", "path-ends-early"));
 }
 
+TEST(EarlyEnd, IsNotAHostThatAnswersAmongOthersOrRefusesProbes) {
+  const std::string hop = " 5  a (192.0.2.204)  40.8 ms  host (203.0.113.11)  41.8 ms";
+  ReportText report = ReportText::bare();
+  report.set("path-api", path("203.0.113.11", {"192.168.1.1"}) + hop + "\n");
+  EXPECT_THAT(found(report), IsEmpty());
+  report.set("path-api", path("203.0.113.11", {"192.168.1.1"}) + hop + " !X\n");
+  EXPECT_THAT(found(report), IsEmpty());
+  report.set("path-api", path("203.0.113.11", {"192.168.1.1"}) + hop + " !H\n");
+  EXPECT_THAT(found(report), ElementsAre("path-ends-early"));
+}
+
+TEST(EarlyEnd, NamesTheHostThatRefusesAPacket) {
+  const std::string begin = path("203.0.113.11", {"192.168.1.1"});
+  const auto text = [&](const std::string& hop) {
+    return firstText(ReportText::bare().set("path-api", begin + hop));
+  };
+  const std::string sentence = "The route ends before it reaches api.halvik.example (";
+  EXPECT_EQ(text(" 2  a (198.18.7.1)  9 ms !N *\n"), sentence + "refused by 198.18.7.1, !N).");
+  EXPECT_EQ(text(" 2  a (198.18.7.1)  9 ms  b (198.18.7.2)  9 ms !X\n"),
+            sentence + "refused by 198.18.7.2, !X).");
+  EXPECT_EQ(text(" 2  a (198.18.7.1)  9 ms !N  b (198.18.7.2)  9 ms !X\n"),
+            sentence + "refused by 198.18.7.1, !N).");
+  EXPECT_EQ(text(" 2  a (198.18.7.1)  9 ms  b (198.18.7.2)  9 ms\n"),
+            sentence + "after 198.18.7.1).");
+}
+
 TEST(EarlyEnd, IsNothingWhereNoPathWasLookedAt) {
   ReportText report = ReportText::bare();
   report.set("path-api", "", "api.halvik.example: Temporary failure in name resolution\n");

@@ -1,0 +1,36 @@
+// SPDX-FileCopyrightText: 2026 Halvik
+// SPDX-License-Identifier: Apache-2.0
+
+#include "reader/output/text.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "report_text.h"
+
+namespace reader {
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+
+std::string textOfReport(const ReportText& report) {
+  const std::string text = report.text();
+  return textOf(readReport("test", text));
+}
+
+TEST(Text, SaysWhatIsMissing) {
+  EXPECT_THAT(textOfReport(ReportText::clear()), Not(HasSubstr("Missing")));
+  EXPECT_THAT(textOfReport(ReportText::clear().remove("routes")),
+              HasSubstr("\nMissing: 1 block: /usr/sbin/netstat -rn\n"));
+  EXPECT_THAT(textOfReport(ReportText::clear().remove("routes").remove("interfaces")),
+              HasSubstr("\nMissing: 2 blocks, the first of them: /sbin/ifconfig -a\n"));
+}
+
+TEST(Text, ShowsWhereAMissingBlockNamesTheDomain) {
+  EXPECT_THAT(textOfReport(ReportText::clear().remove("domain-b")),
+              HasSubstr("\nMissing: 1 block: /usr/bin/dig +time=10 ... @198.51.100.53\n"));
+}
+
+}  // namespace
+}  // namespace reader
