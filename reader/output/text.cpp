@@ -3,6 +3,8 @@
 
 #include "reader/output/text.h"
 
+#include <algorithm>
+
 #include "reader/output/printable.h"
 #include "reader/parse/lines.h"
 
@@ -68,6 +70,13 @@ std::string incompleteText(const Report& report) {
     text +=
         "Not looked at, since shortened, cut or in an unknown form: " + std::to_string(incomplete) +
         " of " + std::to_string(report.blocks.size()) + " blocks.\n";
+  }
+  const auto doubtful = std::ranges::count_if(report.blocks, &Block::isDoubtful);
+  if (doubtful > 0) {
+    text += "Doubtful: " + std::to_string(doubtful) + " of " +
+            std::to_string(report.blocks.size()) +
+            " blocks stand in the text more than once, as where a page or a log holds a report, or "
+            "the file two.\n";
   }
   if (!report.missing.empty()) {
     const std::size_t count = report.missing.size();

@@ -6,9 +6,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <ctime>
-
 #include "reader/parse/titles.h"
 #include "report_text.h"
 
@@ -53,27 +50,6 @@ TEST(ReportReading, KnowsAResolverByWhatStandsAroundItsServers) {
   EXPECT_EQ(reading.facts.nameServers[2].interface, "");
   EXPECT_EQ(reading.facts.nameServers[2].domain, "lan.example");
   EXPECT_EQ(factOf(text, "name servers"), "192.0.2.1 and 192.0.2.2");
-}
-
-/// Seconds of the processor for a list of so many servers.
-double secondsFor(int count) {
-  std::string servers = "DNS configuration\n\nresolver #1\n";
-  for (int i = 0; i < count; ++i) {
-    servers += "nameserver[ : " + std::to_string(i) + "\n";
-  }
-  const std::string text = ReportText::bare().set("name-servers", servers).text();
-  const std::clock_t begin = std::clock();
-  const std::string listed = factOf(text, "name servers");
-  const std::clock_t end = std::clock();
-  EXPECT_EQ(std::ranges::count(listed, ','), count - 2);
-  return static_cast<double>(end - begin) / CLOCKS_PER_SEC;
-}
-
-// With each server compared to each, or all written again for each, 16 times as many would take 256
-// times as long.
-TEST(ReportReading, TakesAsLongAsTheReportIsLong) {
-  const double few = std::min({secondsFor(3000), secondsFor(3000), secondsFor(3000)});
-  EXPECT_LT(secondsFor(48'000), 60 * few);
 }
 
 TEST(ReportReading, SaysNothingOfTheSkivraWhoseStateItDoesNotKnow) {

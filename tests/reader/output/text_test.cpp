@@ -27,6 +27,13 @@ TEST(Text, SaysWhatIsMissing) {
               HasSubstr("\nMissing: 2 blocks, the first of them: /sbin/ifconfig -a\n"));
 }
 
+TEST(Text, SaysThatAPageHoldsAReport) {
+  const std::string inner = ReportText::bare().text();
+  EXPECT_THAT(textOfReport(ReportText::bare()), Not(HasSubstr("Doubtful")));
+  EXPECT_THAT(textOfReport(ReportText::bare().set("web-block-id", inner)),
+              HasSubstr("\nDoubtful: 52 of 52 blocks stand in the text more than once"));
+}
+
 TEST(Text, ShowsWhereAMissingBlockNamesTheDomain) {
   EXPECT_THAT(textOfReport(ReportText::clear().remove("domain-b")),
               HasSubstr("\nMissing: 1 block: /usr/bin/dig +time=10 ... @198.51.100.53\n"));
