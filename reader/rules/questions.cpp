@@ -21,6 +21,9 @@ std::string enumerated(const std::vector<std::string>& parts) {
 }
 
 std::string shown(double number) {
+  // Nothing that is measured comes near it, but a report may say anything.
+  constexpr double numberMax = 1e15;
+  number = std::min(number, numberMax);
   const long long tenths = std::llround(number * 10);
   const bool isWhole = number >= 100 || tenths % 10 == 0;
   std::string text = std::to_string(isWhole ? std::llround(number) : tenths / 10);
@@ -97,15 +100,15 @@ bool hasSkivra(const Facts& facts) {
 }
 
 double lossRate(const Facts& facts) {
-  int sent = 0;
-  int lost = 0;
+  double sent = 0;
+  double lost = 0;
   for (const Ping& ping : facts.pings) {
     if (ping.received > 0) {
       sent += ping.sent.value_or(0);
       lost += std::max(0, ping.sent.value_or(0) - *ping.received);
     }
   }
-  return sent == 0 ? 0 : static_cast<double>(lost) / sent;
+  return sent == 0 ? 0 : lost / sent;
 }
 
 bool isLoop(const Path& path) {
