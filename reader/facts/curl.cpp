@@ -91,6 +91,7 @@ void readConversation(const BlockToRead& block, WebCheck& check) {
 
 void readPage(const BlockToRead& block, WebCheck& check) {
   check.title = titleIn(block.block.output());
+  check.page = trimmed(block.block.output());
   for (const Line& line : block.outputLines()) {
     if (!trimmed(line.text).empty()) {
       check.text = trimmed(line.text);
@@ -126,14 +127,14 @@ Kind kindOfHeaders(const WebCheck& check, const diagnostics::Endpoints& endpoint
   return isAtHome && *check.status < 400 ? Kind::expected : Kind::otherPage;
 }
 
-Kind kindOfPage(const WebCheck& check, std::string_view page) {
-  if (page.empty()) {
+Kind kindOfPage(const WebCheck& check) {
+  if (check.page.empty()) {
     return check.status ? Kind::otherPage : Kind::nothing;
   }
-  if (isBlockPage(check, page)) {
+  if (isBlockPage(check, check.page)) {
     return Kind::blockPage;
   }
-  return isExpectedPage(check, page) ? Kind::expected : Kind::otherPage;
+  return isExpectedPage(check, check.page) ? Kind::expected : Kind::otherPage;
 }
 
 void noteServerClock(const WebCheck& check, const BlockToRead& block, Facts& facts) {
@@ -163,7 +164,7 @@ Reading readCurl(const BlockToRead& block, Facts& facts) {
   } else {
     readConversation(block, check);
     readPage(block, check);
-    check.kind = kindOfPage(check, trimmed(block.block.output()));
+    check.kind = kindOfPage(check);
   }
   noteServerClock(check, block, facts);
   facts.webChecks.push_back(std::move(check));

@@ -156,7 +156,9 @@ struct WebCheck {
   std::optional<int> status{};
   std::vector<std::string_view> redirects{};
   std::string_view title{};
+  /// The page's first line, and all of it without white space at both ends.
   std::string_view text{};
+  std::string_view page{};
   std::string_view date{};
   Kind kind = Kind::unknown;
   std::string_view error{};

@@ -7,6 +7,8 @@
 #include <cmath>
 #include <map>
 
+#include "reader/parse/lines.h"
+
 namespace reader {
 
 std::string enumerated(const std::vector<std::string>& parts) {
@@ -109,6 +111,26 @@ double lossRate(const Facts& facts) {
     }
   }
   return sent == 0 ? 0 : lost / sent;
+}
+
+std::vector<const WebCheck*> generalChecks(const Facts& facts) {
+  std::vector<const WebCheck*> checks;
+  for (const std::string_view key :
+       {"web-block-id", "web-monitor", "web-block-id-head", "web-block-page", "web-by-number"}) {
+    if (const WebCheck* check = facts.webCheck(key)) {
+      checks.push_back(check);
+    }
+  }
+  return checks;
+}
+
+std::string hostOf(std::string_view url) {
+  return std::string(url.substr(0, url.find_first_of("/:")));
+}
+
+bool isErrorPage(const WebCheck& check) {
+  const auto code = wholeNumber(check.title.substr(0, 3));
+  return check.status >= 400 || code >= 400;
 }
 
 bool isLoop(const Path& path) {
