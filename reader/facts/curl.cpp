@@ -61,6 +61,7 @@ void readHeader(const BlockToRead& block, const Line& line, std::string_view tex
     const std::vector<std::string_view> words = wordsOf(text);
     check.status = words.size() > 1 ? wholeNumber(words[1]) : std::nullopt;
     check.source = block.at(line);
+    check.isStored = false;
     return;
   }
   const std::string lower = lowered(text.substr(0, 10));
@@ -68,6 +69,8 @@ void readHeader(const BlockToRead& block, const Line& line, std::string_view tex
     check.redirects.push_back(trimmed(text.substr(10)));
   } else if (lower.starts_with("date: ")) {
     check.date = trimmed(text.substr(6));
+  } else if (lower.starts_with("age: ")) {
+    check.isStored = true;
   }
   if (!check.proxy && speaksOfProxy(text)) {
     check.proxy = block.at(line);
@@ -137,8 +140,18 @@ Kind kindOfPage(const WebCheck& check) {
   return isExpectedPage(check, check.page) ? Kind::expected : Kind::otherPage;
 }
 
+/// A server whose own clock has never been set says that it is 1970.
+bool isOfOurTime(std::string_view date) {
+  constexpr int firstYear = 2020;
+  const std::vector<std::string_view> words = wordsOf(date);
+  return words.size() > 3 && wholeNumber(words[3]) >= firstYear;
+}
+
+/// Of the service's own servers: whoever else answers may have any clock.
 void noteServerClock(const WebCheck& check, const BlockToRead& block, Facts& facts) {
-  if (check.date.empty() || !facts.system.serverClock.empty()) {
+  const bool isService = check.kind == Kind::expected || check.kind == Kind::blockPage;
+  if (!isService || check.isStored || !isOfOurTime(check.date) ||
+      !facts.system.serverClock.empty()) {
     return;
   }
   facts.system.serverClock = check.date;

@@ -160,6 +160,8 @@ struct WebCheck {
   std::string_view text{};
   std::string_view page{};
   std::string_view date{};
+  /// It comes from a store on the way, so its date is that of an earlier time.
+  bool isStored = false;
   Kind kind = Kind::unknown;
   std::string_view error{};
   Source source{};
