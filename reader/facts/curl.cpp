@@ -164,9 +164,20 @@ void noteServerClock(const WebCheck& check, const BlockToRead& block, Facts& fac
   }
 }
 
+/// What stands in place of curl is a shell's word that there is none, or the like. Of its own, it
+/// prints nothing, what it does, or an error with a number.
+bool isAnotherTool(const BlockToRead& block) {
+  const std::string_view error = trimmed(block.block.error());
+  return trimmed(block.block.output()).empty() && !error.empty() && !error.starts_with("* ") &&
+         !containsAny(error, {"curl: (", "% Total", "\n* ", "< HTTP/"});
+}
+
 }  // namespace
 
 Reading readCurl(const BlockToRead& block, Facts& facts) {
+  if (isAnotherTool(block)) {
+    return Reading::notUnderstood;
+  }
   WebCheck check{.key = block.key(), .url = urlIn(block.block.name), .source = block.title()};
   const bool isHeadersOnly = contains(block.block.name, " -LIs ");
   if (isHeadersOnly) {

@@ -13,6 +13,7 @@ namespace {
 
 using testing::Contains;
 using testing::ElementsAre;
+using testing::IsEmpty;
 using testing::Not;
 
 const char* const badGateway =
@@ -75,6 +76,23 @@ TEST(BlockPage, IsNotMissedWithoutTheSkivra) {
   const std::string missing = "/bin/ls: cannot access 'x': No such file or directory\n";
   report.setAll("skivra-folder", "", missing).set("skivra-state", "", missing);
   EXPECT_THAT(found(report), ElementsAre("note skivra-not-installed"));
+}
+
+TEST(ToolError, IsAMissingCurl) {
+  const std::string missing = "/bin/sh: 1: /usr/bin/curl: not found";
+  ReportText report = ReportText::clear();
+  report.set("web-grey-allowed", "", missing + "\n");
+  EXPECT_THAT(found(report), ElementsAre("warning tool-error"));
+  EXPECT_EQ(firstText(report), "Tools printed something else than a result: curl.");
+  EXPECT_THAT(firstEvidence(report), ElementsAre("web-grey-allowed: " + missing));
+  for (const char* error :
+       {"* Trying 203.0.113.77:80...\n", "curl: (7) Failed to connect\n",
+        "  % Total    % Received % Xferd\n", "a warning\n* Closing connection 0\n", "", "\n"}) {
+    report.set("web-grey-allowed", "", error);
+    EXPECT_THAT(found(report), ElementsAre("web-check-fails")) << error;
+  }
+  report.set("web-grey-allowed", "an allowed page\n", "a warning\n");
+  EXPECT_THAT(found(report), IsEmpty());
 }
 
 }  // namespace
