@@ -13,6 +13,7 @@ namespace {
 
 using testing::Contains;
 using testing::ElementsAre;
+using testing::IsEmpty;
 using testing::Not;
 
 /// The router answers queries so; everything else is silent.
@@ -67,6 +68,14 @@ TEST(DeadLine, ShowsTheHopIfThereIsOne) {
              "traceroute to x (192.0.2.53), 30 hops max, 60 byte packets\n"
              " 1  192.168.1.1 (192.168.1.1)  3.1 ms  3.2 ms  3.3 ms\n 2  * * *\n");
   EXPECT_EQ(firstText(report), "Nothing answers beyond 192.168.1.1, 1 hop away.");
+}
+
+TEST(NoAddress, IsNotOneWithWhichEverythingAnswers) {
+  ReportText report = ReportText::bare();
+  report.replace("interfaces", "inet 192.168.1.20 ", "inet 169.254.3.4 ");
+  EXPECT_THAT(found(report), IsEmpty());
+  EXPECT_THAT(found(routerAlone("").replace("interfaces", "inet 192.168.1.20 ", "x ")),
+              ElementsAre("no-address"));
 }
 
 }  // namespace
