@@ -444,6 +444,11 @@ TEST(Skivra, IsAskedIfAnyOfTheServersIsHere) {
   EXPECT_THAT(found(report), IsEmpty());
   report.set("name-servers", first + second);
   EXPECT_THAT(found(report), IsEmpty());
+  // One that is here, but for a single domain.
+  report.set("name-servers", first +
+                                 "  nameserver[0] : 10.0.0.1\n\nresolver #2\n"
+                                 "  domain   : lan.example\n  nameserver[0] : 127.0.0.1\n");
+  EXPECT_THAT(found(report), ElementsAre("skivra-not-used"));
 }
 
 TEST(Skivra, IsNotAskedWhereItIsNotInstalled) {
