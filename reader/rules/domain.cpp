@@ -16,6 +16,7 @@ namespace {
 
 constexpr std::array keys{"domain", "domain-a", "domain-b", "domain-third-party", "skivra-domain"};
 constexpr std::string_view thirdParty = "domain-third-party";
+constexpr std::string_view nowhere = "0.0.0.0";
 
 std::vector<const Query*> answered(const Facts& facts) {
   std::vector<const Query*> queries;
@@ -93,19 +94,31 @@ std::optional<Finding> findPrivate(const Facts& facts) {
                   .advice =
                       "See whether the domain is meant to be internal. If not, look for a "
                       "router, a filter or an entry in a hosts file that changes it."};
+  bool isNowhere = true;
+  bool isCustomers = false;
   for (const Query* query : answered(facts)) {
     for (const Answer& answer : query->answers) {
       if (answer.type == "A" && isPrivateAddress(answer.data)) {
         servers.push_back(std::string(answer.data) + " (" + serverOf(*query) + ")");
         finding.evidence.push_back(answer.source);
+        isNowhere &= answer.data == nowhere;
+        isCustomers |= query->key != thirdParty;
       }
     }
   }
-  if (servers.empty() || isLocal(facts)) {
+  // What is said to others alone does not concern this customer.
+  if (!isCustomers || isLocal(facts)) {
     return std::nullopt;
   }
+  if (isNowhere) {
+    finding.meaning = "That address leads nowhere. Filters answer so for what they block.";
+    finding.advice =
+        "Look for a filter in the router, a program or a hosts file on the machine, such as one "
+        "against advertisements, and allow the domain there.";
+  }
   finding.text = "The domain " + std::string(facts.domain) +
-                 " has a private address: " + enumerated(servers) + ".";
+                 (isNowhere ? " has no real address: " : " has a private address: ") +
+                 enumerated(servers) + ".";
   return finding;
 }
 
