@@ -86,6 +86,36 @@ std::optional<Finding> findMissing(const Facts& facts) {
   return finding;
 }
 
+/// The service cannot look up what others know.
+std::optional<Finding> findError(const Facts& facts) {
+  const Query* others = facts.query(thirdParty);
+  if (facts.domain.empty() || others == nullptr || addressesOf(*others).empty()) {
+    return std::nullopt;
+  }
+  std::vector<std::string> servers;
+  Finding finding{.meaning = "Pages of this domain do not open for this customer.",
+                  .advice =
+                      "Have the service's staff look at why its resolvers fail: the domain's own "
+                      "servers or its signatures (DNSSEC) may be out of order."};
+  for (const std::string_view key : {"domain-a", "domain-b"}) {
+    const Query* query = facts.query(key);
+    if (query != nullptr && query->isGood()) {
+      return std::nullopt;
+    }
+    if (query != nullptr && query->isAnswered()) {
+      servers.push_back(serverOf(*query) + ": " + std::string(query->status));
+      finding.evidence.push_back(query->source);
+    }
+  }
+  if (servers.empty()) {
+    return std::nullopt;
+  }
+  finding.text = "The service cannot look up " + std::string(facts.domain) + " (" +
+                 enumerated(servers) + "), though " + serverOf(*others) + " knows it.";
+  finding.evidence.push_back(others->answers.front().source);
+  return finding;
+}
+
 std::optional<Finding> findPrivate(const Facts& facts) {
   std::vector<std::string> servers;
   Finding finding{.meaning =
@@ -198,6 +228,7 @@ std::optional<Finding> findDifference(const Facts& facts) {
 
 const RegisteredRule missing(
     {.id = "domain-missing", .rank = 600, .explains = {"answers-differ"}, .find = findMissing});
+const RegisteredRule error({.id = "domain-error", .rank = 605, .find = findError});
 const RegisteredRule privateAddress(
     {.id = "domain-private", .rank = 610, .explains = {"answers-differ"}, .find = findPrivate});
 const RegisteredRule blocked(

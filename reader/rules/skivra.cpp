@@ -84,7 +84,8 @@ std::optional<Finding> findNotInstalled(const Facts& facts) {
 
 const RegisteredRule silence({.id = "skivra-silent",
                               .rank = 435,
-                              .explains = {"name-resolution-fails", "service-not-used"},
+                              .explains = {"name-resolution-fails", "name-resolution-unsteady",
+                                           "service-not-used"},
                               .find = findSilence});
 const RegisteredRule missingState(
     {.id = "skivra-no-state", .rank = 460, .subject = Subject::machine, .find = findMissingState});
