@@ -61,6 +61,7 @@ void readHeader(const BlockToRead& block, const Line& line, std::string_view tex
     const std::vector<std::string_view> words = wordsOf(text);
     check.status = words.size() > 1 ? wholeNumber(words[1]) : std::nullopt;
     check.source = block.at(line);
+    check.isStored = false;
     return;
   }
   const std::string lower = lowered(text.substr(0, 10));
@@ -68,6 +69,8 @@ void readHeader(const BlockToRead& block, const Line& line, std::string_view tex
     check.redirects.push_back(trimmed(text.substr(10)));
   } else if (lower.starts_with("date: ")) {
     check.date = trimmed(text.substr(6));
+  } else if (lower.starts_with("age: ")) {
+    check.isStored = true;
   }
   if (!check.proxy && speaksOfProxy(text)) {
     check.proxy = block.at(line);
@@ -91,6 +94,7 @@ void readConversation(const BlockToRead& block, WebCheck& check) {
 
 void readPage(const BlockToRead& block, WebCheck& check) {
   check.title = titleIn(block.block.output());
+  check.page = trimmed(block.block.output());
   for (const Line& line : block.outputLines()) {
     if (!trimmed(line.text).empty()) {
       check.text = trimmed(line.text);
@@ -126,18 +130,28 @@ Kind kindOfHeaders(const WebCheck& check, const diagnostics::Endpoints& endpoint
   return isAtHome && *check.status < 400 ? Kind::expected : Kind::otherPage;
 }
 
-Kind kindOfPage(const WebCheck& check, std::string_view page) {
-  if (page.empty()) {
+Kind kindOfPage(const WebCheck& check) {
+  if (check.page.empty()) {
     return check.status ? Kind::otherPage : Kind::nothing;
   }
-  if (isBlockPage(check, page)) {
+  if (isBlockPage(check, check.page)) {
     return Kind::blockPage;
   }
-  return isExpectedPage(check, page) ? Kind::expected : Kind::otherPage;
+  return isExpectedPage(check, check.page) ? Kind::expected : Kind::otherPage;
 }
 
+/// A server whose own clock has never been set says that it is 1970.
+bool isOfOurTime(std::string_view date) {
+  constexpr int firstYear = 2020;
+  const std::vector<std::string_view> words = wordsOf(date);
+  return words.size() > 3 && wholeNumber(words[3]) >= firstYear;
+}
+
+/// Of the service's own servers: whoever else answers may have any clock.
 void noteServerClock(const WebCheck& check, const BlockToRead& block, Facts& facts) {
-  if (check.date.empty() || !facts.system.serverClock.empty()) {
+  const bool isService = check.kind == Kind::expected || check.kind == Kind::blockPage;
+  if (!isService || check.isStored || !isOfOurTime(check.date) ||
+      !facts.system.serverClock.empty()) {
     return;
   }
   facts.system.serverClock = check.date;
@@ -150,9 +164,20 @@ void noteServerClock(const WebCheck& check, const BlockToRead& block, Facts& fac
   }
 }
 
+/// What stands in place of curl is a shell's word that there is none, or the like. Of its own, it
+/// prints nothing, what it does, or an error with a number.
+bool isAnotherTool(const BlockToRead& block) {
+  const std::string_view error = trimmed(block.block.error());
+  return trimmed(block.block.output()).empty() && !error.empty() && !error.starts_with("* ") &&
+         !containsAny(error, {"curl: (", "% Total", "\n* ", "< HTTP/"});
+}
+
 }  // namespace
 
 Reading readCurl(const BlockToRead& block, Facts& facts) {
+  if (isAnotherTool(block)) {
+    return Reading::notUnderstood;
+  }
   WebCheck check{.key = block.key(), .url = urlIn(block.block.name), .source = block.title()};
   const bool isHeadersOnly = contains(block.block.name, " -LIs ");
   if (isHeadersOnly) {
@@ -163,7 +188,7 @@ Reading readCurl(const BlockToRead& block, Facts& facts) {
   } else {
     readConversation(block, check);
     readPage(block, check);
-    check.kind = kindOfPage(check, trimmed(block.block.output()));
+    check.kind = kindOfPage(check);
   }
   noteServerClock(check, block, facts);
   facts.webChecks.push_back(std::move(check));

@@ -164,8 +164,12 @@ struct WebCheck {
   std::optional<int> status{};
   std::vector<std::string_view> redirects{};
   std::string_view title{};
+  /// The page's first line, and all of it without white space at both ends.
   std::string_view text{};
+  std::string_view page{};
   std::string_view date{};
+  /// It comes from a store on the way, so its date is that of an earlier time.
+  bool isStored = false;
   Kind kind = Kind::unknown;
   std::string_view error{};
   Source source{};

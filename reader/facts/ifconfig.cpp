@@ -13,6 +13,12 @@ Interface::Kind kindOf(std::string_view name, std::string_view flags) {
   if (contains(flags, "LOOPBACK")) {
     return Interface::Kind::loopback;
   }
+  // Some of them are said to be tunnels, as a line of a mobile network has two ends.
+  for (const std::string_view modem : {"ww", "rmnet", "pdp_ip"}) {
+    if (name.starts_with(modem)) {
+      return Interface::Kind::other;
+    }
+  }
   for (const std::string_view tunnel :
        {"utun", "tun", "tap", "vpn", "wg", "ppp", "ipsec", "gpd", "tailscale", "cscotun"}) {
     if (name.starts_with(tunnel)) {

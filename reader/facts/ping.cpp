@@ -28,20 +28,37 @@ bool isComplaint(std::string_view text) {
                             "Prohibited", "prohibited", "sendto:", "sendmsg:", "Packet filtered"});
 }
 
+/// "host (203.0.113.10) 56(84) bytes of data.", for IPv6 "host(host (2001:db8::10)) 56 data bytes".
+std::string_view addressIn(std::string_view text) {
+  const std::size_t end = text.find(')');
+  const std::size_t begin = text.rfind('(', end);
+  if (begin == std::string_view::npos || end == std::string_view::npos) {
+    return {};
+  }
+  return text.substr(begin + 1, end - begin - 1);
+}
+
+/// Of an answer. Nothing waits for one as long as hours.
+void readTime(std::string_view text, Ping& ping) {
+  constexpr double timeMsMax = 1e7;
+  const std::size_t time = text.find("time=");
+  const auto number =
+      time == std::string_view::npos ? std::nullopt : leadingNumber(text.substr(time + 5));
+  if (number && *number <= timeMsMax) {
+    ping.timesMs.push_back(*number);
+  }
+}
+
 void readLine(const BlockToRead& block, const Line& line, Ping& ping) {
   if (const auto rest = after(line.text, "PING ")) {
-    ping.address = between(*rest, "(", ")").value_or("");
+    ping.address = addressIn(*rest);
   } else if (readCounts(line.text, ping)) {
     ping.source = block.at(line);
   } else if (isComplaint(line.text)) {
     // macOS tells it as so many bytes from a router.
     ping.error = ping.error.empty() ? trimmed(line.text) : ping.error;
   } else if (contains(line.text, " bytes from ") && !contains(line.text, "DUP!")) {
-    if (const std::size_t time = line.text.find("time="); time != std::string_view::npos) {
-      if (const auto number = leadingNumber(line.text.substr(time + 5))) {
-        ping.timesMs.push_back(*number);
-      }
-    }
+    readTime(line.text, ping);
   }
 }
 

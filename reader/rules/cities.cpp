@@ -119,24 +119,26 @@ std::optional<Finding> findSilentCity(const Facts& facts) {
   std::vector<std::string> silent;
   std::vector<Source> evidence;
   bool isAnyAnswering = false;
+  bool areCities = true;
   for (const Ping& ping : facts.pings) {
     isAnyAnswering |= ping.received > 0;
     if (ping.sent > 0 && ping.received == 0) {
       silent.push_back(ping.name);
+      areCities &= ping.isCity;
       evidence.push_back(ping.source);
     }
   }
   if (silent.empty() || !isAnyAnswering || isLossLarge(facts)) {
     return std::nullopt;
   }
-  Finding finding{
-      .text = "Nothing comes back from " + enumerated(silent) + ", while other cities answer.",
-      .meaning =
-          "What is served from there cannot be reached, or is served from "
-          "farther away.",
-      .advice =
-          "Run the diagnostic again later. If it stays, show the service's "
-          "network staff this report."};
+  Finding finding{.text = "Nothing comes back from " + enumerated(silent) + ", while other " +
+                          (areCities ? "cities" : "hosts") + " answer.",
+                  .meaning =
+                      "What is served from there cannot be reached, or is served from "
+                      "farther away.",
+                  .advice =
+                      "Run the diagnostic again later. If it stays, show the service's "
+                      "network staff this report."};
   addEvidence(finding.evidence, evidence, 6);
   return finding;
 }

@@ -16,6 +16,7 @@ namespace {
 
 constexpr std::array keys{"domain", "domain-a", "domain-b", "domain-third-party", "skivra-domain"};
 constexpr std::string_view thirdParty = "domain-third-party";
+constexpr std::string_view nowhere = "0.0.0.0";
 
 std::vector<const Query*> answered(const Facts& facts) {
   std::vector<const Query*> queries;
@@ -85,6 +86,36 @@ std::optional<Finding> findMissing(const Facts& facts) {
   return finding;
 }
 
+/// The service cannot look up what others know.
+std::optional<Finding> findError(const Facts& facts) {
+  const Query* others = facts.query(thirdParty);
+  if (facts.domain.empty() || others == nullptr || addressesOf(*others).empty()) {
+    return std::nullopt;
+  }
+  std::vector<std::string> servers;
+  Finding finding{.meaning = "Pages of this domain do not open for this customer.",
+                  .advice =
+                      "Have the service's staff look at why its resolvers fail: the domain's own "
+                      "servers or its signatures (DNSSEC) may be out of order."};
+  for (const std::string_view key : {"domain-a", "domain-b"}) {
+    const Query* query = facts.query(key);
+    if (query != nullptr && query->isGood()) {
+      return std::nullopt;
+    }
+    if (query != nullptr && query->isAnswered()) {
+      servers.push_back(serverOf(*query) + ": " + std::string(query->status));
+      finding.evidence.push_back(query->source);
+    }
+  }
+  if (servers.empty()) {
+    return std::nullopt;
+  }
+  finding.text = "The service cannot look up " + std::string(facts.domain) + " (" +
+                 enumerated(servers) + "), though " + serverOf(*others) + " knows it.";
+  finding.evidence.push_back(others->answers.front().source);
+  return finding;
+}
+
 std::optional<Finding> findPrivate(const Facts& facts) {
   std::vector<std::string> servers;
   Finding finding{.meaning =
@@ -93,19 +124,31 @@ std::optional<Finding> findPrivate(const Facts& facts) {
                   .advice =
                       "See whether the domain is meant to be internal. If not, look for a "
                       "router, a filter or an entry in a hosts file that changes it."};
+  bool isNowhere = true;
+  bool isCustomers = false;
   for (const Query* query : answered(facts)) {
     for (const Answer& answer : query->answers) {
       if (answer.type == "A" && isPrivateAddress(answer.data)) {
         servers.push_back(std::string(answer.data) + " (" + serverOf(*query) + ")");
         finding.evidence.push_back(answer.source);
+        isNowhere &= answer.data == nowhere;
+        isCustomers |= query->key != thirdParty;
       }
     }
   }
-  if (servers.empty() || isLocal(facts)) {
+  // What is said to others alone does not concern this customer.
+  if (!isCustomers || isLocal(facts)) {
     return std::nullopt;
   }
+  if (isNowhere) {
+    finding.meaning = "That address leads nowhere. Filters answer so for what they block.";
+    finding.advice =
+        "Look for a filter in the router, a program or a hosts file on the machine, such as one "
+        "against advertisements, and allow the domain there.";
+  }
   finding.text = "The domain " + std::string(facts.domain) +
-                 " has a private address: " + enumerated(servers) + ".";
+                 (isNowhere ? " has no real address: " : " has a private address: ") +
+                 enumerated(servers) + ".";
   return finding;
 }
 
@@ -185,6 +228,7 @@ std::optional<Finding> findDifference(const Facts& facts) {
 
 const RegisteredRule missing(
     {.id = "domain-missing", .rank = 600, .explains = {"answers-differ"}, .find = findMissing});
+const RegisteredRule error({.id = "domain-error", .rank = 605, .find = findError});
 const RegisteredRule privateAddress(
     {.id = "domain-private", .rank = 610, .explains = {"answers-differ"}, .find = findPrivate});
 const RegisteredRule blocked(

@@ -7,6 +7,8 @@
 #include <cmath>
 #include <map>
 
+#include "reader/parse/lines.h"
+
 namespace reader {
 
 std::string enumerated(const std::vector<std::string>& parts) {
@@ -21,6 +23,9 @@ std::string enumerated(const std::vector<std::string>& parts) {
 }
 
 std::string shown(double number) {
+  // Nothing that is measured comes near it, but a report may say anything.
+  constexpr double numberMax = 1e15;
+  number = std::min(number, numberMax);
   const long long tenths = std::llround(number * 10);
   const bool isWhole = number >= 100 || tenths % 10 == 0;
   std::string text = std::to_string(isWhole ? std::llround(number) : tenths / 10);
@@ -97,15 +102,35 @@ bool hasSkivra(const Facts& facts) {
 }
 
 double lossRate(const Facts& facts) {
-  int sent = 0;
-  int lost = 0;
+  double sent = 0;
+  double lost = 0;
   for (const Ping& ping : facts.pings) {
     if (ping.received > 0) {
       sent += ping.sent.value_or(0);
       lost += std::max(0, ping.sent.value_or(0) - *ping.received);
     }
   }
-  return sent == 0 ? 0 : static_cast<double>(lost) / sent;
+  return sent == 0 ? 0 : lost / sent;
+}
+
+std::vector<const WebCheck*> generalChecks(const Facts& facts) {
+  std::vector<const WebCheck*> checks;
+  for (const std::string_view key :
+       {"web-block-id", "web-monitor", "web-block-id-head", "web-block-page", "web-by-number"}) {
+    if (const WebCheck* check = facts.webCheck(key)) {
+      checks.push_back(check);
+    }
+  }
+  return checks;
+}
+
+std::string hostOf(std::string_view url) {
+  return std::string(url.substr(0, url.find_first_of("/:")));
+}
+
+bool isErrorPage(const WebCheck& check) {
+  const auto code = wholeNumber(check.title.substr(0, 3));
+  return check.status >= 400 || code >= 400;
 }
 
 bool isLoop(const Path& path) {

@@ -46,6 +46,15 @@ bool hasSkivra(const Facts& facts);
 /// Echo requests that got lost, of all that were sent to hosts that answer at all.
 double lossRate(const Facts& facts);
 
+/// The web checks of every run, as far as the report has them.
+std::vector<const WebCheck*> generalChecks(const Facts& facts);
+
+/// "203.0.113.77" of "203.0.113.77:8081/malware.htm".
+std::string hostOf(std::string_view url);
+
+/// "503 Service Unavailable" is no page of the service.
+bool isErrorPage(const WebCheck& check);
+
 /// The path comes by the same hosts again and again.
 bool isLoop(const Path& path);
 

@@ -153,16 +153,19 @@ std::optional<Finding> findOtherPortsBlocked(const Facts& facts) {
 
 const RegisteredRule down({.id = "resolver-down",
                            .rank = 400,
-                           .explains = {"name-resolution-fails", "skivra-silent"},
+                           .explains = {"name-resolution-fails", "name-resolution-unsteady",
+                                        "skivra-silent"},
                            .find = findDown});
 const RegisteredRule allPortsBlocked({.id = "resolver-ports-blocked",
                                       .rank = 410,
-                                      .explains = {"name-resolution-fails", "service-not-used",
+                                      .explains = {"name-resolution-fails",
+                                                   "name-resolution-unsteady", "service-not-used",
                                                    "skivra-silent"},
                                       .find = findAllPortsBlocked});
 const RegisteredRule port53Blocked({.id = "port-53-blocked",
                                     .rank = 420,
-                                    .explains = {"name-resolution-fails", "service-not-used"},
+                                    .explains = {"name-resolution-fails",
+                                                 "name-resolution-unsteady", "service-not-used"},
                                     .find = findPort53Blocked});
 const RegisteredRule otherPortsBlocked({.id = "other-ports-blocked",
                                         .rank = 425,

@@ -52,13 +52,15 @@ std::optional<Finding> findBypass(const Facts& facts) {
                       "See which program or person changed the resolvers in the network "
                       "settings, and restart the Skivra."};
   for (const NameServer& server : facts.nameServers) {
+    // Who answers for one domain is not asked about anything else.
+    if (!server.domain.empty()) {
+      continue;
+    }
     if (isLoopbackAddress(server.address)) {
       return std::nullopt;
     }
-    if (server.domain.empty()) {
-      servers.emplace_back(server.address);
-      finding.evidence.push_back(server.source);
-    }
+    servers.emplace_back(server.address);
+    finding.evidence.push_back(server.source);
   }
   if (servers.empty()) {
     return std::nullopt;
@@ -82,7 +84,8 @@ std::optional<Finding> findNotInstalled(const Facts& facts) {
 
 const RegisteredRule silence({.id = "skivra-silent",
                               .rank = 435,
-                              .explains = {"name-resolution-fails", "service-not-used"},
+                              .explains = {"name-resolution-fails", "name-resolution-unsteady",
+                                           "service-not-used"},
                               .find = findSilence});
 const RegisteredRule missingState(
     {.id = "skivra-no-state", .rank = 460, .subject = Subject::machine, .find = findMissingState});

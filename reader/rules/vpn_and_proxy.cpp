@@ -4,7 +4,9 @@
 // Something that takes the machine's traffic elsewhere.
 
 #include <algorithm>
+#include <map>
 
+#include "reader/parse/lines.h"
 #include "reader/rules/questions.h"
 #include "reader/rules/rule.h"
 
@@ -12,16 +14,46 @@ namespace reader {
 
 namespace {
 
-const Interface* interfaceOf(const Facts& facts, const Route& route) {
-  const auto found = std::ranges::find(facts.interfaces, route.interface, &Interface::name);
-  return found == facts.interfaces.end() ? nullptr : &*found;
+/// The routes that traffic takes: the first of those that lead everywhere, as the others are spare
+/// ones, and the second halves, as what leads to a half goes before what leads everywhere. macOS
+/// has routes for IPv6 through tunnels of its own that nobody has set up.
+std::vector<const Route*> waysOut(const Facts& facts) {
+  std::vector<const Route*> ways;
+  bool isFirstFound = false;
+  for (const Route& route : facts.routes) {
+    if (!route.isDefault || route.isIpv6) {
+      continue;
+    }
+    const bool isSecondHalf = route.destination.starts_with("128.");
+    if (isSecondHalf || !isFirstFound) {
+      ways.push_back(&route);
+    }
+    isFirstFound |= !isSecondHalf;
+  }
+  return ways;
+}
+
+/// A modem's line is an interface of the same name (ppp0) as a tunnel. What goes through a tunnel
+/// leaves the machine by another interface, and its address is that of somebody's own network.
+bool isModem(const Facts& facts, const Interface& interface) {
+  const auto isWayBelow = [&](const Route& route) {
+    return route.interface != interface.name && contains(route.flags, "G");
+  };
+  return interface.name.starts_with("ppp") &&
+         !(std::ranges::any_of(interface.addresses, isPrivateAddress) &&
+           std::ranges::any_of(facts.routes, isWayBelow));
 }
 
 std::optional<Finding> findVpn(const Facts& facts) {
-  for (const Route& route : facts.routes) {
-    const Interface* interface = route.isDefault ? interfaceOf(facts, route) : nullptr;
-    // macOS has routes for IPv6 through tunnels of its own that nobody has set up.
-    if (interface == nullptr || interface->kind != Interface::Kind::tunnel || route.isIpv6) {
+  std::map<std::string_view, const Interface*> interfaces;
+  for (const Interface& interface : facts.interfaces) {
+    interfaces.emplace(interface.name, &interface);
+  }
+  for (const Route* route : waysOut(facts)) {
+    const auto found = interfaces.find(route->interface);
+    const Interface* interface = found == interfaces.end() ? nullptr : found->second;
+    if (interface == nullptr || interface->kind != Interface::Kind::tunnel ||
+        isModem(facts, *interface)) {
       continue;
     }
     return Finding{
@@ -33,7 +65,7 @@ std::optional<Finding> findVpn(const Facts& facts) {
         .advice =
             "Turn the VPN off and run the diagnostic again, or have it leave name resolution "
             "to the service.",
-        .evidence = {route.source, interface->source}};
+        .evidence = {route->source, interface->source}};
   }
   return std::nullopt;
 }

@@ -136,6 +136,28 @@ TEST(ReaderFacts, ProbesOfOneHopMayBeAnsweredBySeveralHosts) {
   EXPECT_EQ(path.slowestStep()->first, 4);
 }
 
+TEST(ReaderFacts, PingsByIpv6HaveAnAddressAsWell) {
+  const std::string answer = "64 bytes from host (2001:db8::10): icmp_seq=1 ttl=61 time=";
+  const Read read(ReportText::bare().set(
+      "ping-website", "PING www.halvik.example(www.halvik.example (2001:db8::10)) 56 data bytes\n" +
+                          answer + "20.5 ms\n" + answer + "1" + std::string(300, '0') + " ms\n" +
+                          answer + "10000000 ms\n" + answer + "10000001 ms\n\n" +
+                          "4 packets transmitted, 4 received, 0% packet loss, time 1001ms\n"));
+  const Ping& ping = *read.facts.ping("ping-website");
+  EXPECT_EQ(ping.address, "2001:db8::10");
+  // No answer comes after hours.
+  EXPECT_THAT(ping.timesMs, ElementsAre(20.5, 1e7));
+  EXPECT_EQ(ping.received, 4);
+}
+
+TEST(ReaderFacts, PingsWithoutAnAddressHaveNone) {
+  const std::string counts = "5 packets transmitted, 0 received, 100% packet loss, time 1ms\n";
+  for (const char* line : {"PING host\n", "PING host (\n", "PING host )\n", "PING )host(\n"}) {
+    const Read read(ReportText::bare().set("ping-website", line + counts));
+    EXPECT_EQ(read.facts.ping("ping-website")->address, "") << line;
+  }
+}
+
 TEST(ReaderFacts, ToolsThatFailedAreTold) {
   const Read read(ReportText::bare().set("routes", "", "netstat: sysctl: no such thing\n"));
   ASSERT_THAT(read.facts.toolErrors, SizeIs(1));

@@ -155,6 +155,17 @@ TEST(SilentCity, IsSilentWhileOneOtherAnswers) {
   EXPECT_THAT(found(report), ElementsAre("warning pings-filtered"));
 }
 
+TEST(SilentCity, MayBeTheWebSite) {
+  ReportText report = ReportText::bare();
+  report.set("ping-website", pingOutput("203.0.113.10", {}));
+  EXPECT_THAT(found(report), ElementsAre("silent-city"));
+  EXPECT_EQ(firstText(report),
+            "Nothing comes back from www.halvik.example, while other hosts answer.");
+  report.set("ping-sydney", pingOutput("192.0.2.120", {}));
+  EXPECT_EQ(firstText(report),
+            "Nothing comes back from www.halvik.example and sydney, while other hosts answer.");
+}
+
 TEST(SilentCity, WasAsked) {
   ReportText report = ReportText::bare();
   report.set("ping-sydney", pingOutput("192.0.2.120", {}, 0));

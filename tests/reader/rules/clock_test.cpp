@@ -123,6 +123,37 @@ TEST(Clock, IsWrongWithoutAServerIfItIsBeforeTheProgram) {
   EXPECT_THAT(found(withClocks("Wed Jan 1 00:00:58 UTC 2020", "then")), IsEmpty());
 }
 
+TEST(Clock, IsNotComparedWithThatOfAnyServer) {
+  const std::string wrong = "Sun, 22 Nov 2026 01:46:58 GMT";
+  const std::string clock = "Sun Nov 22 02:46:58 UTC 2026";
+  EXPECT_THAT(found(withClocks(clock, wrong)), ElementsAre("clock-wrong"));
+  // A server whose clock was never set.
+  EXPECT_THAT(found(withClocks(clock, "Tue, 31 Dec 2019 23:59:58 GMT")), IsEmpty());
+  EXPECT_THAT(found(withClocks(clock, "Wed, 01 Jan 2020 00:00:58 GMT")),
+              ElementsAre("clock-wrong"));
+  // An answer that was kept for an hour, by the store that kept it.
+  for (const char* age : {"Age: 3600", "age: 3600"}) {
+    ReportText report = withClocks(clock, wrong);
+    report.replace("web-block-id-head", "HTTP/1.1 200 OK\n",
+                   std::string("HTTP/1.1 200 OK\n") + age + "\n");
+    EXPECT_THAT(found(report), IsEmpty());
+  }
+  ReportText report = withClocks(clock, wrong);
+  report.replace("web-block-id-head", "Location: ", "Age: 3600\nLocation: ");
+  EXPECT_THAT(found(report), ElementsAre("clock-wrong"));
+  // Somebody else's.
+  report.replace("web-block-id-head", "HTTP/1.1 200 OK", "HTTP/1.1 404 Not Found");
+  EXPECT_THAT(found(report), ElementsAre("web-check-fails"));
+}
+
+TEST(Clock, MayBeThatOfTheNextServer) {
+  ReportText report = ReportText::clear();
+  report.replace("web-block-id-head", "Sun, 22 Nov 2026 ", "Thu, 01 Jan 1970 ");
+  EXPECT_THAT(found(report), IsEmpty());
+  report.replace("web-blocked-ip", "Sun, 22 Nov 2026 ", "Sat, 21 Nov 2026 ");
+  EXPECT_THAT(found(report), ElementsAre("clock-wrong"));
+}
+
 TEST(Clock, MayBeInAnotherZone) {
   ReportText report = ReportText::bare();
   report.replace("", "UTC 2026", "CET 2026");

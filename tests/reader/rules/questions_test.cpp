@@ -38,9 +38,11 @@ TEST(Enumerated, JoinsAsPeopleDo) {
 
 TEST(Shown, HasATenthBelowAHundred) {
   const std::vector<std::pair<double, const char*>> numbers{
-      {0, "0"},        {0.4, "0.4"},   {0.04, "0"},     {0.06, "0.1"},  {0.96, "1"},
-      {12.54, "12.5"}, {99.4, "99.4"}, {99.94, "99.9"}, {100.2, "100"}, {100, "100"},
-      {313.6, "314"},  {7, "7"},       {7.9, "7.9"},    {1.2, "1.2"}};
+      {0, "0"},       {0.4, "0.4"},    {0.04, "0"},
+      {0.06, "0.1"},  {0.96, "1"},     {12.54, "12.5"},
+      {99.4, "99.4"}, {99.94, "99.9"}, {100.2, "100"},
+      {100, "100"},   {313.6, "314"},  {7, "7"},
+      {7.9, "7.9"},   {1.2, "1.2"},    {1e300, "1000000000000000"}};
   for (const auto& [number, text] : numbers) {
     EXPECT_EQ(shown(number), text);
   }
@@ -171,6 +173,10 @@ TEST(LossRate, LeavesOutHostsThatNeverAnswer) {
   EXPECT_EQ(lossRate(facts), 0.1);
   facts.pings = {pinged(1, 1), pinged(1, 1)};
   EXPECT_EQ(lossRate(facts), 0);
+  // More than an int holds, all together.
+  constexpr int most = 2'147'483'647;
+  facts.pings = {pinged(most, most - 1), pinged(most, 1), pinged(most, 1)};
+  EXPECT_NEAR(lossRate(facts), 2.0 / 3, 1e-6);
 }
 
 TEST(Loop, ReturnsTwice) {

@@ -120,6 +120,8 @@ TEST(NameResolution, FailsAsAWhole) {
   report.setAll("web-block", "");
   EXPECT_THAT(found(report), ElementsAre("name-resolution-fails"));
   report.set("myip", digAnswer("myip.halvik.example.\t60\tIN\tA\t198.18.7.20\n"));
+  report.set("debug", digAnswer("debug.halvik.example.\t60\tIN\tTXT\t\"server a\"\n"));
+  report.set("akamai-whoami", digAnswer("whoami.akamai.net.\t60\tIN\tA\t192.0.2.53\n"));
   report.set("web-block-id", "block id: 1\n").set("web-block-page", "block page: ok\n");
   report.set("web-block-id-head", "HTTP/1.1 200 OK\n");
   EXPECT_THAT(found(report), IsEmpty());
@@ -444,6 +446,11 @@ TEST(Skivra, IsAskedIfAnyOfTheServersIsHere) {
   EXPECT_THAT(found(report), IsEmpty());
   report.set("name-servers", first + second);
   EXPECT_THAT(found(report), IsEmpty());
+  // One that is here, but for a single domain.
+  report.set("name-servers", first +
+                                 "  nameserver[0] : 10.0.0.1\n\nresolver #2\n"
+                                 "  domain   : lan.example\n  nameserver[0] : 127.0.0.1\n");
+  EXPECT_THAT(found(report), ElementsAre("skivra-not-used"));
 }
 
 TEST(Skivra, IsNotAskedWhereItIsNotInstalled) {

@@ -370,6 +370,28 @@ TEST(Domain, HasAPrivateAddressInTheseLines) {
   EXPECT_THAT(firstEvidence(report), ElementsAre("domain-a: shop.example.\t60\tIN\tA\t10.1.2.3"));
 }
 
+TEST(Domain, MayHaveAPrivateAddressForOthersAlone) {
+  ReportText report = ReportText::clear();
+  report.set("domain-third-party", shopAt("10.1.2.3"));
+  EXPECT_THAT(found(report), ElementsAre("answers-differ"));
+  report.set("skivra-domain", shopAt("10.1.2.3"));
+  EXPECT_EQ(firstText(report),
+            "The domain shop.example has a private address: 10.1.2.3 (8.8.8.8) and 10.1.2.3 "
+            "(127.0.0.1).");
+}
+
+TEST(Domain, MayLeadNowhere) {
+  ReportText report = ReportText::clear();
+  report.set("domain", shopAt("0.0.0.0"));
+  EXPECT_THAT(found(report), ElementsAre("domain-private"));
+  EXPECT_EQ(firstText(report),
+            "The domain shop.example has no real address: 0.0.0.0 (the machine's own resolver).");
+  report.set("domain-a", shopAt("10.1.2.3"));
+  EXPECT_EQ(firstText(report),
+            "The domain shop.example has a private address: 0.0.0.0 (the machine's own resolver) "
+            "and 10.1.2.3 (192.0.2.53).");
+}
+
 TEST(Domain, IsLocalIfTheSkivraSaysSo) {
   const std::vector<std::pair<const char*, bool>> rows{
       {"shop.example", true},      {".example", true},      {"example", true},
