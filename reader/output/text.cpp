@@ -4,6 +4,7 @@
 #include "reader/output/text.h"
 
 #include <algorithm>
+#include <array>
 
 #include "reader/output/printable.h"
 #include "reader/parse/lines.h"
@@ -59,6 +60,24 @@ std::string headText(const Report& report) {
   return text;
 }
 
+/// The commands that print something whatever they find, and have printed nothing.
+std::string silenceText(const Report& report) {
+  constexpr std::array<std::string_view, 5> perhapsSilent{"cat", "curl", "log", "ls", "system_log"};
+  std::size_t count = 0;
+  std::string_view first;
+  for (const Block& block : report.blocks) {
+    if (block.isComplete() && !block.standardOutput && !block.standardError &&
+        block.planned != nullptr &&
+        std::ranges::find(perhapsSilent, block.planned->kind) == perhapsSilent.end()) {
+      first = ++count == 1 ? block.name : first;
+    }
+  }
+  return count == 0 ? std::string()
+                    : "Without any output: " + std::to_string(count) + " of " +
+                          std::to_string(report.blocks.size()) +
+                          " blocks, the first of them: " + printable(first, evidenceMax) + '\n';
+}
+
 /// What the verdict does not rest on.
 std::string incompleteText(const Report& report) {
   std::string text;
@@ -71,6 +90,7 @@ std::string incompleteText(const Report& report) {
         "Not looked at, since shortened, cut or in an unknown form: " + std::to_string(incomplete) +
         " of " + std::to_string(report.blocks.size()) + " blocks.\n";
   }
+  text += silenceText(report);
   const auto doubtful = std::ranges::count_if(report.blocks, &Block::isDoubtful);
   if (doubtful > 0) {
     text += "Doubtful: " + std::to_string(doubtful) + " of " +

@@ -34,6 +34,15 @@ TEST(Text, SaysThatAPageHoldsAReport) {
               HasSubstr("\nDoubtful: 52 of 52 blocks stand in the text more than once"));
 }
 
+TEST(Text, SaysWhichCommandsPrintedNothing) {
+  EXPECT_THAT(textOfReport(ReportText::clear()), Not(HasSubstr("Without any output")));
+  EXPECT_THAT(textOfReport(ReportText::clear().set("log", "").set("web-monitor", "")),
+              Not(HasSubstr("Without any output")));
+  EXPECT_THAT(textOfReport(ReportText::clear().set("routes", "").set("interfaces", "")),
+              HasSubstr("\nWithout any output: 2 of 78 blocks, the first of them: "
+                        "/sbin/ifconfig -a\n"));
+}
+
 TEST(Text, ShowsWhereAMissingBlockNamesTheDomain) {
   EXPECT_THAT(textOfReport(ReportText::clear().remove("domain-b")),
               HasSubstr("\nMissing: 1 block: /usr/bin/dig +time=10 ... @198.51.100.53\n"));
