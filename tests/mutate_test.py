@@ -285,6 +285,18 @@ class MutateTest(unittest.TestCase):
             self.wait_for(lambda: not self.relatives(process.pid))
             self.assertEqual(self.sources(), self.before)
 
+    def test_may_be_interrupted_while_it_begins(self):
+        process = self.start("--jobs", "200")
+        for line in process.stderr:
+            if "does not permit" in line:
+                self.skipTest("this machine permits no namespaces")
+            if "trying" in line:
+                break
+        self.wait_for(lambda: self.relatives(process.pid))
+        process.send_signal(signal.SIGINT)
+        self.assertEqual(process.wait(GUARD_SECONDS), 128 + signal.SIGINT)
+        self.wait_for(lambda: not self.relatives(process.pid))
+
     def relatives(self, own):
         """The processes, besides the script, that have to do with its folder."""
         found = []

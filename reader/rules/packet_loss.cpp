@@ -42,7 +42,7 @@ std::map<int, HopCount> countHops(const Facts& facts) {
       HopCount& count = counts[hop.number];
       count.probes += static_cast<int>(hop.timesMs.size()) + hop.lost;
       count.lost += hop.lost;
-      if (count.address.empty() || (hop.lost > 0 && count.lost == hop.lost)) {
+      if (hop.lost > 0 && count.lost == hop.lost) {  // the first path that shows it
         count.address = hop.address;
         count.source = hop.source;
       }

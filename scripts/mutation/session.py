@@ -72,7 +72,8 @@ class Session:
         finally:
             self.commands.stop()
             for thread in threads:
-                thread.join()
+                if thread.is_alive():  # a signal may come before all have been started
+                    thread.join()
         if self.failure is not None:
             raise self.failure
 

@@ -72,6 +72,7 @@ TEST(UnevenDelay, IsWhenMoreThanTheLongestRoundTripIsSlow) {
   EXPECT_THAT(found(withTimes(5, {171, 20}, 0, {})), IsEmpty());
   EXPECT_THAT(found(withTimes(5, {200}, 0, {})), IsEmpty());
   EXPECT_THAT(found(withTimes(5, {20, 30, 400, 200, 40}, 0, {})), ElementsAre("uneven-delay"));
+  EXPECT_THAT(found(withTimes(5, {400, 200, 20, 30, 40}, 0, {})), ElementsAre("uneven-delay"));
   EXPECT_THAT(found(withTimes(5, {20, 30, 400, 40, 40}, 0, {})), IsEmpty());
 }
 

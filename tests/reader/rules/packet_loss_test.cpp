@@ -84,6 +84,10 @@ TEST(PacketLoss, IsNotAFewPackets) {
   EXPECT_THAT(found(report), ElementsAre("packet-loss"));
   report.setAll("ping-", "").set("ping-seattle", received(2));
   EXPECT_THAT(found(report), IsEmpty());
+  report.set("ping-seattle", received(3)).set("ping-london", received(4));
+  report.set("ping-miami", received(5));
+  EXPECT_THAT(found(report), IsEmpty());
+  report.set("ping-london", "").set("ping-miami", "");
   report.set("ping-seattle", received(1));
   EXPECT_THAT(found(report), ElementsAre("packet-loss"));
 }
