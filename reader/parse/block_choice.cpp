@@ -45,15 +45,19 @@ bool printsForeignText(const PlannedBlock& block) {
 
 class Chooser {
  public:
-  explicit Chooser(const Plan& asked) : plan(asked), bestAt(asked.blocks().size(), none) {
+  Chooser(const Plan& asked, const std::vector<Title>& found)
+      : plan(asked), titles(found), bestAt(asked.blocks().size(), none) {
     for (const PlannedBlock& block : plan.blocks()) {
       gapsBehind.push_back(printsForeignText(block) ? scoreOfGap : scoreOfStrangeGap);
     }
   }
 
-  std::vector<ChosenTitle> choose(const std::vector<Title>& titles) {
-    for (const Title& title : titles) {
-      const std::vector<std::size_t> places = plan.placesOf(title.name);
+  std::vector<ChosenTitle> choose() {
+    // A vector that grows is in memory twice.
+    known.reserve(titles.size());
+    steps.reserve(titles.size());
+    for (Index title = 0; title < titles.size(); ++title) {
+      const std::vector<std::size_t> places = plan.placesOf(titles[title].name);
       if (!places.empty()) {
         addSteps(static_cast<Index>(known.size()), places);
         known.push_back(title);
@@ -132,15 +136,16 @@ class Chooser {
     std::vector<ChosenTitle> row;
     for (Index step = end; step != none; step = steps[step].before) {
       const PlannedBlock* planned = &plan.blocks()[steps[step].place];
-      row.push_back({.title = known[steps[step].title], .planned = planned});
+      row.push_back({.title = titles[known[steps[step].title]], .planned = planned});
     }
     std::ranges::reverse(row);
     return row;
   }
 
   const Plan& plan;
-  /// The titles that the plan has. Others are a part of what they stand in.
-  std::vector<Title> known;
+  const std::vector<Title>& titles;
+  /// Those that the plan has. Others are a part of what they stand in.
+  std::vector<Index> known;
   std::vector<Step> steps;
   // The best step at each place so far, the latest of equal ones.
   std::vector<Index> bestAt;
@@ -194,7 +199,7 @@ std::vector<ChosenTitle> allTitles(const std::vector<Title>& titles,
 }  // namespace
 
 std::vector<ChosenTitle> chooseTitles(const std::vector<Title>& titles, const Plan& plan) {
-  std::vector<ChosenTitle> row = Chooser(plan).choose(titles);
+  std::vector<ChosenTitle> row = Chooser(plan, titles).choose();
   if (isMostOfThePlan(row, plan)) {
     markDoubtful(row, titles);
     return row;
