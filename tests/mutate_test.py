@@ -245,6 +245,11 @@ class MutateTest(unittest.TestCase):
         self.assertEqual(samples[0], samples[1])
         self.assertNotEqual(samples[0], samples[2])
 
+    def test_a_few_changes_may_survive(self):
+        for allowed, expected in ((len(UNSEEN), 0), (len(UNSEEN) - 1, 1)):
+            status, output, _ = self.run_mutate("--survivors", str(allowed))
+            self.assertEqual(status, expected, output)
+
     def test_replaces_an_object_that_is_in_no_archive(self):
         self.write(READER)
         status, output, _ = self.run_mutate("reader/rules/*.cpp")

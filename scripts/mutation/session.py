@@ -143,4 +143,4 @@ def run_alone(session, began):
         say("listed as unseen, but no longer there: " + " | ".join(name))
     print(table.totals(session.outcomes, time.monotonic() - began))
     verdicts = collections.Counter(outcome.verdict for _, outcome in session.outcomes)
-    return 1 if verdicts[trial.SURVIVED] else 0
+    return int(verdicts[trial.SURVIVED] > session.options.survivors)
