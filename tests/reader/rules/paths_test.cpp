@@ -80,13 +80,11 @@ TEST(EarlyEnd, IsNotAHostThatAnswersOtherwise) {
     const char* key;
     const char* address;
   };
-  // One that answers queries, one that has a page, a stranger's, one that is pinged, and one of
-  // which only the address has a page.
-  const std::vector<Row> rows{{"path-resolver-a", "192.0.2.53"},
-                              {"path-monitor", "203.0.113.12"},
-                              {"path-domain", "198.18.40.80"},
-                              {"path-api", "203.0.113.10"},
-                              {"path-api", "203.0.113.80"}};
+  // One that answers queries, one that has a page, a stranger's, one that is pinged, one of which
+  // only the address has a page, and one at the address of another resolver.
+  const std::vector<Row> rows{{"path-resolver-a", "192.0.2.53"}, {"path-monitor", "203.0.113.12"},
+                              {"path-domain", "198.18.40.80"},   {"path-api", "203.0.113.10"},
+                              {"path-api", "203.0.113.80"},      {"path-api", "8.8.8.8"}};
   for (const Row& row : rows) {
     ReportText report = ReportText::clear();
     report.set(row.key, path(row.address, {"192.168.1.1", ""}));
