@@ -147,7 +147,7 @@ bool isOfOurTime(std::string_view date) {
   return words.size() > 3 && wholeNumber(words[3]) >= firstYear;
 }
 
-/// Of the service's own servers: whoever else answers may have any clock.
+/// Only of the service's own servers: other servers may have any clock.
 void noteServerClock(const WebCheck& check, const BlockToRead& block, Facts& facts) {
   const bool isService = check.kind == Kind::expected || check.kind == Kind::blockPage;
   if (!isService || check.isStored || !isOfOurTime(check.date) ||

@@ -61,7 +61,7 @@ bool isAskedResolver(const Facts& facts, const Path& path) {
          std::ranges::any_of(facts.queries, isAsked);
 }
 
-/// Whoever has something against the packet says more than who passed it on.
+/// A host that refuses the packet says more than one that passed it on.
 std::string endText(const Hop* end) {
   if (end == nullptr) {
     return "no hop answers";
