@@ -7,10 +7,10 @@
 #include <string>
 
 #include "app/options.h"
-#include "platform/boundary.h"
-#include "platform/log.h"
-#include "platform/process_setup.h"
-#include "platform/url.h"
+#include "platform/event_loop/fatal_error.h"
+#include "text/log.h"
+#include "platform/process/process_setup.h"
+#include "text/url.h"
 
 namespace app {
 
@@ -18,40 +18,36 @@ namespace {
 
 OptionTable programOptions() {
   const diagnostics::Endpoints& endpoints = diagnostics::builtInEndpoints();
-  return makeOptionTable(endpoints.serviceDomain, platform::hostOfUrl(endpoints.submitUrl));
+  return makeOptionTable(endpoints.serviceDomain, text::hostOfUrl(endpoints.submitUrl));
 }
 
 // Returns only when the run is not to be headless.
-void maybeRunWithoutGUIAndExit(const OptionValues& values, int& argc, char** argv,
-                               const ControllerFactory& makeController, const Modes& modes) {
+void maybeRunWithoutGUIAndExit(const OptionValues& values,
+                               const ControllerFactory& makeController) {
   if (!isSet(values, "silentSig")) {
     return;
   }
-  const bool isConsole = isSet(values, "consoleSig");
-  const bool isInternet = isSet(values, "internetSig");
-  const std::string* outputFile = textOf(values, "outputSig");
-  const std::unique_ptr<platform::Application> application = modes.makeApplication(
-      argc, argv,
-      uploadsWithoutWindow(isInternet, isConsole, outputFile != nullptr && !outputFile->empty()));
-  const std::unique_ptr<MainController> controller = makeController(*application);
-  controller->initArgsWithSilent(isSet(values, "silentSig"), isConsole, isSet(values, "skvSig"),
-                                 isSet(values, "noskvSig"), isInternet);
+  platform::EventLoop loop;
+  const std::unique_ptr<MainController> controller = makeController(loop);
+  controller->initArgsWithSilent(isSet(values, "silentSig"), isSet(values, "consoleSig"),
+                                 isSet(values, "skvSig"), isSet(values, "noskvSig"),
+                                 isSet(values, "internetSig"));
   if (const std::string* domain = textOf(values, "domainSig")) {
     controller->setDomain(*domain);
   }
-  if (outputFile != nullptr) {
+  if (const std::string* outputFile = textOf(values, "outputSig")) {
     controller->setOutputFile(*outputFile);
   }
   controller->awakeFromNib();
   controller->runTests();
-  application->run();
-  application->exit(EXIT_SUCCESS);
+  loop.run();
+  platform::exitProcess(EXIT_SUCCESS);
 }
 
 }  // namespace
 
-std::unique_ptr<MainController> makeMainController(platform::Application& application) {
-  return std::make_unique<MainController>(application);
+std::unique_ptr<MainController> makeMainController(platform::EventLoop& loop) {
+  return std::make_unique<MainController>(loop);
 }
 
 bool handleGateKeeperArgument(int argc, const char* const* argv) {
@@ -64,22 +60,24 @@ bool handleGateKeeperArgument(int argc, const char* const* argv) {
   return false;
 }
 
-int runProgram(int argc, char** argv, const ControllerFactory& makeController, const Modes& modes) {
+int runProgram(int argc, char** argv, const ControllerFactory& makeController,
+               const WindowedMode& runWindowed) {
   int status = EXIT_SUCCESS;
-  platform::setProcessName(argc > 0 ? argv[0] : "");
+  text::setProcessName(argc > 0 ? argv[0] : "");
   platform::setUpProcess();
-  platform::enter([&] {
+  platform::guarded([&] {
+    platform::refuseSetuid();
     const OptionTable table = programOptions();
     const std::vector<std::string> arguments(argv, argv + argc);
     const OptionValues values = getValues(parseArguments(arguments), table);
     if (isSet(values, "helpSig")) {
-      platform::log('\n' + generateHelp(table) + '\n');
+      text::log('\n' + generateHelp(table) + '\n');
       return;
     }
     if (!handleGateKeeperArgument(argc, argv)) {
-      maybeRunWithoutGUIAndExit(values, argc, argv, makeController, modes);
+      maybeRunWithoutGUIAndExit(values, makeController);
     }
-    status = modes.runWindowed(argc, argv, makeController);
+    status = runWindowed(argc, argv, makeController);
   });
   return status;
 }

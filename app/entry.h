@@ -14,24 +14,20 @@ namespace app {
 
 /// Makes the controller of a process.
 using ControllerFactory =
-    std::function<std::unique_ptr<MainController>(platform::Application& application)>;
+    std::function<std::unique_ptr<MainController>(platform::EventLoop& loop)>;
 
 /// The factory of what users run.
-std::unique_ptr<MainController> makeMainController(platform::Application& application);
+std::unique_ptr<MainController> makeMainController(platform::EventLoop& loop);
 
-/// How an executable does what needs libraries that not every run needs. Any of them may end the
-/// process, or go on as another program.
-struct Modes {
-  /// Makes the application of a run without a window.
-  std::function<std::unique_ptr<platform::Application>(int& argc, char** argv, bool willUpload)>
-      makeApplication;
-  /// Carries out a run with a window. Returns the exit status.
-  std::function<int(int& argc, char** argv, const ControllerFactory& makeController)> runWindowed;
-};
+/// Carries out a run with a window, or executes another program that does. Returns the exit status.
+using WindowedMode =
+    std::function<int(int& argc, char** argv, const ControllerFactory& makeController)>;
 
 /// The whole program: decides on the mode and carries it out. Ends the process in the modes without
-/// a window, and returns the status of `runWindowed` otherwise. An uncaught error ends the process.
-int runProgram(int argc, char** argv, const ControllerFactory& makeController, const Modes& modes);
+/// a window, and returns the status of `runWindowed` otherwise. An uncaught exception is a fatal
+/// error.
+int runProgram(int argc, char** argv, const ControllerFactory& makeController,
+               const WindowedMode& runWindowed);
 
 /// Whether an argument begins with "-psn_", which desktops of another system add when they launch a
 /// program.

@@ -1,24 +1,29 @@
 // SPDX-FileCopyrightText: 2026 Halvik
 // SPDX-License-Identifier: Apache-2.0
 
-// The program that users call, with the libraries of a run that prints its report or writes it to a
-// file.
+// The program that users call. For a window it executes another one in its place, as the libraries
+// of the window take longer to load than everything else that a run does before its first command.
 
-#include "app/companions.h"
-#include "platform/headless_application.h"
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+#include "app/entry.h"
+#include "platform/process/helper_executable.h"
+#include "text/log.h"
 
 namespace {
 
-std::unique_ptr<platform::Application> makeApplication(int& argc, char** argv, bool willUpload) {
-  if (willUpload) {
-    app::becomeUploader(argv);
-  }
-  return platform::makeHeadlessApplication(argc, argv);
+// Returns, with the exit status, only if that fails.
+int executeWindow(int& /*argc*/, char** argv, const app::ControllerFactory& /*makeController*/) {
+  const int error = platform::executeHelper("halvik-diagnostic-window", argv);
+  text::log(std::string("cannot open the window: ") + std::strerror(error) +
+            "; the option -s runs without one");
+  return EXIT_FAILURE;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  return app::runProgram(argc, argv, app::makeMainController,
-                         {.makeApplication = makeApplication, .runWindowed = app::becomeWindow});
+  return app::runProgram(argc, argv, app::makeMainController, executeWindow);
 }

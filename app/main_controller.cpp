@@ -7,19 +7,19 @@
 
 #include <utility>
 
-#include "platform/boundary.h"
-#include "platform/files.h"
+#include "platform/event_loop/fatal_error.h"
+#include "platform/files/files.h"
 
 namespace app {
 
-MainController::MainController(platform::Application& owner, diagnostics::Endpoints asked)
-    : application(owner), endpoints(std::move(asked)) {
-  platform::lastMeasures().saveReport = [this] {
+MainController::MainController(platform::EventLoop& eventLoop, diagnostics::Endpoints asked)
+    : loop(eventLoop), endpoints(std::move(asked)) {
+  platform::onFatalError().saveReport = [this] {
     if (isReportAtRisk) {
       saveToDesktop();
     }
   };
-  platform::lastMeasures().endCommands = [this] {
+  platform::onFatalError().endCommands = [this] {
     for (const auto& process : processes) {
       process->terminate();
     }
@@ -27,8 +27,8 @@ MainController::MainController(platform::Application& owner, diagnostics::Endpoi
 }
 
 MainController::~MainController() {
-  platform::lastMeasures().saveReport = nullptr;
-  platform::lastMeasures().endCommands = nullptr;
+  platform::onFatalError().saveReport = nullptr;
+  platform::onFatalError().endCommands = nullptr;
 }
 
 void MainController::initArgsWithSilent(bool silent, bool console, bool forceSKV, bool skipSKV,
@@ -51,7 +51,6 @@ void MainController::setOutputFile(const std::string& path) {
 void MainController::awakeFromNib() {
   processes = diagnostics::ProcessList();
   container.clear();
-  application.setDelegate(*this);
   textResultsLinkView.send(&ui::ScrollView::setHidden, true);
   textCopyPaste.send(&ui::Label::setHidden, true);
   copyToClipBoardLink.send(&ui::Button::setHidden, true);

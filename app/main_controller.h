@@ -18,10 +18,10 @@
 
 #include "diagnostics/endpoints.h"
 #include "diagnostics/process_list.h"
-#include "diagnostics/test_starter.h"
-#include "platform/application.h"
-#include "platform/desktop.h"
-#include "platform/text.h"
+#include "diagnostics/command_starter.h"
+#include "platform/desktop/desktop.h"
+#include "platform/event_loop/event_loop.h"
+#include "text/utf8.h"
 #include "report/http.h"
 #include "report/report.h"
 #include "ui/controls.h"
@@ -31,14 +31,12 @@ namespace app {
 
 /// Carries the runs of one process. Every operation on a control does nothing where the run has no
 /// window.
-class MainController : public platform::ApplicationDelegate,
-                       public report::HttpProtocol,
-                       public diagnostics::TestStarter {
+class MainController : public report::HttpProtocol, public diagnostics::CommandStarter {
  public:
   using Text = std::optional<std::string>;
 
-  /// `owner` must outlive the controller; `asked` are the hosts that its runs ask.
-  explicit MainController(platform::Application& owner,
+  /// `eventLoop` must outlive the controller; `asked` are the hosts that its runs ask.
+  explicit MainController(platform::EventLoop& eventLoop,
                           diagnostics::Endpoints asked = diagnostics::builtInEndpoints());
   virtual ~MainController();
   MainController(const MainController&) = delete;
@@ -55,35 +53,36 @@ class MainController : public platform::ApplicationDelegate,
   /// Makes the controller ready for its first run; called once, after the options and the outlets
   /// are set.
   void awakeFromNib();
-  bool applicationShouldTerminateAfterLastWindowClosed() override;
+  /// Whether closing the last window ends the program: always.
+  bool applicationShouldTerminateAfterLastWindowClosed();
   /// Kept as an empty operation: all that the controller owns goes with it.
   void deallocate() {}
 
-  // The plan of a run: diagnostics/test_plan_run.cpp
+  // The plan of a run: diagnostics/main_controller_plan.cpp
 
   /// Starts a run: the start button's action.
   void runTests();
   /// Launches every command of the plan at once and returns. Throws std::system_error when one
   /// cannot be launched.
   void startTests();
-  using TestStarter::startTest;
+  using CommandStarter::startTest;
   /// Launches one command as the next process of the run.
   void startTest(const std::string& launchPath, const std::vector<std::string>& args,
                  const Text& comment) override;
 
-  // The Skivra's logs: diagnostics/beacon_log_run.cpp
+  // The Skivra's logs: diagnostics/main_controller_beacon_logs.cpp
 
   /// Launches a reader for every entry of the three beacon-log folders.
   void tailBeaconLogs();
   /// Launches a reader for every entry of `folder`, which ends in "/", the oldest entry first.
   void tailBeaconSubfolderLog(const std::string& folder);
 
-  // Progress and completion: diagnostics/run_tracking.cpp
+  // Progress and completion: diagnostics/main_controller_tracking.cpp
 
   std::uint32_t finishedTasksCount() const;
   /// Also true when the run has no processes.
   bool didAllTestsFinished() const;
-  /// Refreshes the progress display in a later turn of the main loop.
+  /// Refreshes the progress display in a later turn of the event loop.
   void updateProgress();
   /// The end of one process: when it was the last one, the report is built and delivered, once.
   void processTerminatedNotification();
@@ -91,7 +90,7 @@ class MainController : public platform::ApplicationDelegate,
   /// process.
   void handleAllTestsFinished();
 
-  // The report: report/report_run.cpp
+  // The report: report/main_controller_report.cpp
 
   /// Takes account and ticket from the window for the run that begins.
   void rememberAccountAndTicketNo();
@@ -99,7 +98,7 @@ class MainController : public platform::ApplicationDelegate,
   /// Joins the results of all processes into `results`.
   void buildResults();
 
-  // Delivery: report/delivery.cpp
+  // Delivery: report/main_controller_delivery.cpp
 
   /// Starts the upload of the report, trimmed where it is too large. Always true.
   bool submitResults();
@@ -112,7 +111,7 @@ class MainController : public platform::ApplicationDelegate,
   /// private folder among the temporary files.
   void saveToDesktop();
 
-  // The window: ui/window_control.cpp
+  // The window: ui/main_controller_window.cpp
 
   void enableUI();
   void disableUI();
@@ -163,12 +162,15 @@ class MainController : public platform::ApplicationDelegate,
   std::chrono::milliseconds stallLimit = report::Http::usualStallLimit;
 
  private:
+  bool hasOutputFile() const;
+  /// Whether the report is going to be uploaded.
+  bool willUpload() const;
   /// As writeToPath, and tell whether it worked.
   bool didWriteToPath(const std::string& path);
   bool didSaveIn(const std::string& folder);
   /// Prints on standard output, and tells whether it worked. A failure costs what could not be
   /// printed, and is the error that the run ends with.
-  bool didPrint(const platform::Pieces& text);
+  bool didPrint(const text::Buffers& text);
   /// Ends the process, with `status` if everything could be printed.
   [[noreturn]] void endSilentRun(int status);
 
@@ -178,9 +180,9 @@ class MainController : public platform::ApplicationDelegate,
   bool isReportInFile = false;
   /// Why something could not be printed; the first one counts.
   std::error_code printProblem;
-  platform::Application& application;
+  platform::EventLoop& loop;
   const diagnostics::Endpoints endpoints;
-  /// Expires with the controller: what waits in the main loop asks whether there still is one.
+  /// Expires with the controller: a posted task asks whether the controller still exists.
   const std::shared_ptr<const bool> lifetime = std::make_shared<const bool>(true);
 };
 

@@ -5,7 +5,7 @@
 
 #include <utility>
 
-#include "platform/windowed_application.h"
+#include "platform/desktop/qt_application.h"
 
 namespace app {
 
@@ -32,10 +32,12 @@ WindowedRun::WindowedRun(std::unique_ptr<MainController> owned, platform::Deskto
 }
 
 int runWindowed(int& argc, char** argv, const ControllerFactory& makeController) {
-  platform::WindowedApplication application(argc, argv);
-  WindowedRun run(makeController(application), application.desktop());
+  platform::EventLoop loop;
+  platform::QtApplication application(loop, argc, argv);
+  WindowedRun run(makeController(loop), application.desktop());
   run.show();
-  return application.run();
+  return application.run(
+      [&] { return run.mainController().applicationShouldTerminateAfterLastWindowClosed(); });
 }
 
 }  // namespace app

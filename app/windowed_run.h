@@ -8,7 +8,7 @@
 #include <memory>
 
 #include "app/entry.h"
-#include "platform/desktop.h"
+#include "platform/desktop/desktop.h"
 #include "ui/main_window.h"
 
 namespace app {

@@ -15,7 +15,7 @@
 #ifdef BENCH_UPLOAD
 #include "app/toolkit_run.h"
 #else
-#include "platform/companion.h"
+#include "platform/process/helper_executable.h"
 #include "platform/headless_application.h"
 #endif
 
@@ -61,7 +61,7 @@ constexpr auto makeApplication = app::makeToolkitApplication;
 #else
 std::unique_ptr<platform::Application> makeApplication(int& argc, char** argv, bool willUpload) {
   if (willUpload) {
-    platform::becomeCompanion("bench_diagnostic_upload", argv);
+    platform::executeHelper("bench_diagnostic_upload", argv);
     std::exit(EXIT_FAILURE);
   }
   return platform::makeHeadlessApplication(argc, argv);

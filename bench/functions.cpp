@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/text.h"
+#include "text/utf8.h"
 #include "report/multipart.h"
 #include "report/report.h"
 #include "report/trim.h"
@@ -88,7 +88,7 @@ void assembleReport(benchmark::State& state) {
   }
   for (auto _ : state) {
     const report::Report results("account", "ticket", blocks);
-    benchmark::DoNotOptimize(platform::join(platform::untilNul(results.pieces())).data());
+    benchmark::DoNotOptimize(text::join(text::untilNul(results.buffers())).data());
   }
   countBytes(state, text.size());
 }
@@ -96,7 +96,7 @@ BENCHMARK(assembleReport);
 
 void checkText(benchmark::State& state, const std::string& text) {
   for (auto _ : state) {
-    benchmark::DoNotOptimize(platform::isUtf8(text));
+    benchmark::DoNotOptimize(text::isUtf8(text));
   }
   countBytes(state, text.size());
 }

@@ -17,6 +17,8 @@ if(HALVIK_SANITIZE)
   target_compile_options(halvik_flags INTERFACE
     -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_link_options(halvik_flags INTERFACE -fsanitize=address,undefined)
+  # The module with libcurl finds the classes of the program, whose kind UBSan checks.
+  target_link_options(halvik_flags INTERFACE -rdynamic)
 endif()
 
 # What users run is hardened, as it reads the output of strangers' servers. Not with the debugger or the sanitizers,

@@ -16,4 +16,4 @@ set_target_properties(halvik-diagnostic PROPERTIES
   MACOSX_BUNDLE_ICON_FILE halvik-diagnostic.icns)
 install(TARGETS halvik-diagnostic BUNDLE DESTINATION .)
 # Where the system finds the bundle of a program by the program's own folder.
-install(TARGETS ${halvik_companions} DESTINATION halvik-diagnostic.app/Contents/MacOS)
+install(TARGETS ${halvik_helpers} DESTINATION halvik-diagnostic.app/Contents/MacOS)

@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <tuple>
 
-#include "diagnostics/test_plan.h"
+#include "diagnostics/plan.h"
 
 namespace diagnostics {
 

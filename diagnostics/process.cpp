@@ -6,7 +6,7 @@
 #include <stdexcept>
 #include <utility>
 
-#include "platform/notification_center.h"
+#include "text/notification_center.h"
 
 namespace diagnostics {
 
@@ -15,22 +15,22 @@ namespace {
 using Stream = platform::ChildProcess::Stream;
 
 std::optional<std::string_view> decode(const platform::ByteBuffer& data,
-                                       platform::Utf8Progress& check) {
+                                       text::Utf8Progress& check) {
   return check.finish(data.view()) ? std::optional(data.view()) : std::nullopt;
 }
 
 }  // namespace
 
-Process::Process(platform::DescriptorSet& watched) : descriptors(watched) {}
+Process::Process(platform::EventLoop& eventLoop) : loop(eventLoop) {}
 
 Process::~Process() {
-  platform::NotificationCenter::defaultCenter().forget(this);
+  text::NotificationCenter::defaultCenter().forget(this);
 }
 
 void Process::start(const std::string& launchPath, const std::vector<std::string>& args,
                     const std::optional<std::string>& comment) {
   buildDisplayName(launchPath, args, comment);
-  task = std::make_unique<platform::ChildProcess>(descriptors, launchPath, args);
+  task = std::make_unique<platform::ChildProcess>(loop, launchPath, args);
   task->observeTermination([this] { terminatedNotification(*task); });
   task->waitForData(Stream::output, [this] { stdOutNotification(); });
   task->waitForData(Stream::error, [this] { stdErrNotification(); });
@@ -65,7 +65,7 @@ void Process::buildDisplayName(const std::string& launchPath, const std::vector<
     name += ' ' + *comment;
   }
   // File names and arguments may be any bytes; the report is text.
-  displayName = platform::toUtf8(name);
+  displayName = text::toUtf8(name);
 }
 
 void Process::stdOutNotification() {
@@ -95,7 +95,7 @@ void Process::terminatedNotification(const platform::ChildProcess& ended) {
   if (finishedTally) {
     ++*finishedTally;
   }
-  platform::NotificationCenter::defaultCenter().post(ProcessTerminatedNotification, this);
+  text::NotificationCenter::defaultCenter().post(ProcessTerminatedNotification, this);
 }
 
 }  // namespace diagnostics

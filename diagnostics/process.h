@@ -13,9 +13,9 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/byte_buffer.h"
-#include "platform/child_process.h"
-#include "platform/text.h"
+#include "platform/process/byte_buffer.h"
+#include "platform/process/child_process.h"
+#include "text/utf8.h"
 #include "report/report.h"
 
 namespace diagnostics {
@@ -29,8 +29,8 @@ inline constexpr std::string_view ProcessTerminatedNotification = "ProcessTermin
 /// restarted.
 class Process {
  public:
-  /// `watched` must outlive the process.
-  explicit Process(platform::DescriptorSet& watched);
+  /// `eventLoop` must outlive the process.
+  explicit Process(platform::EventLoop& eventLoop);
   ~Process();
   Process(const Process&) = delete;
   Process& operator=(const Process&) = delete;
@@ -74,9 +74,9 @@ class Process {
   std::string displayName;
   bool finished = false;
 
-  platform::DescriptorSet& descriptors;
-  platform::Utf8Progress stdOutCheck;
-  platform::Utf8Progress stdErrCheck;
+  platform::EventLoop& loop;
+  text::Utf8Progress stdOutCheck;
+  text::Utf8Progress stdErrCheck;
   std::shared_ptr<std::uint32_t> finishedTally;
 };
 

@@ -12,7 +12,7 @@
 
 #include "fuzz/slow_utf8.h"
 #include "fuzz/support.h"
-#include "platform/text.h"
+#include "text/utf8.h"
 #include "report/report.h"
 
 namespace {
@@ -95,12 +95,12 @@ Text typed(std::string_view field) {
   if (!characters) {
     return std::nullopt;
   }
-  const std::string trimmed = platform::trimSpaces(field);
+  const std::string trimmed = text::trimSpaces(field);
   fuzz::check(trimmed == trimSlowly(*characters), "the spaces at both ends are gone");
   return trimmed;
 }
 
-bool isAmong(const platform::Pieces& pieces, const std::string& text) {
+bool isAmong(const text::Buffers& pieces, const std::string& text) {
   for (const std::string_view piece : pieces) {
     if (piece.data() == text.data() && piece.size() == text.size()) {
       return true;
@@ -121,11 +121,11 @@ std::vector<report::ResultBlock> blocksOf(const std::vector<Command>& commands) 
   return blocks;
 }
 
-void checkUntilNul(const platform::Pieces& pieces, const std::string& whole) {
+void checkUntilNul(const text::Buffers& pieces, const std::string& whole) {
   const std::string beginning = untilNulSlowly(whole);
-  fuzz::check(platform::join(platform::untilNul(pieces)) == beginning,
+  fuzz::check(text::join(text::untilNul(pieces)) == beginning,
               "pieces end at the first NUL");
-  fuzz::check(platform::untilNul(std::string_view(whole)) == beginning,
+  fuzz::check(text::untilNul(std::string_view(whole)) == beginning,
               "a text ends at the first NUL");
 }
 
@@ -153,14 +153,14 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   // The head is shared with the copy, and outlives the first.
   report = report::Report(account, ticket, blocksOf(commands));
   const std::string expected = reportSlowly(account, ticket, commands);
-  fuzz::check(platform::join(report.pieces()) == expected, "the report is its parts in order");
+  fuzz::check(text::join(report.buffers()) == expected, "the report is its parts in order");
   fuzz::check(report.empty() == expected.empty(), "an empty report says so");
   for (const Command& command : commands) {
     for (const Text* text : {&command.output, &command.error}) {
-      fuzz::check(!*text || (*text)->empty() || isAmong(report.pieces(), **text),
+      fuzz::check(!*text || (*text)->empty() || isAmong(report.buffers(), **text),
                   "what a command printed stays where it is");
     }
   }
-  checkUntilNul(report.pieces(), expected);
+  checkUntilNul(report.buffers(), expected);
   return 0;
 }

@@ -11,21 +11,21 @@
 
 #include "fuzz/slow_utf8.h"
 #include "fuzz/support.h"
-#include "platform/text.h"
+#include "text/utf8.h"
 
 namespace {
 
 constexpr char32_t replacement = 0xFFFD;
 
 void checkGrowth(std::string_view text, const std::vector<std::size_t>& steps) {
-  platform::Utf8Progress progress;
+  text::Utf8Progress progress;
   std::size_t size = 0;
   for (const std::size_t step : steps) {
     size = std::min(size + step, text.size());
     const fuzz::ExactCopy grown(text.substr(0, size));
     progress.advance(grown.view());
     // It might have ended here.
-    platform::Utf8Progress ended = progress;
+    text::Utf8Progress ended = progress;
     fuzz::check(ended.finish(grown.view()) == fuzz::decode(grown.view()).has_value(),
                 "a text that ends after some step is judged as at once");
   }
@@ -40,7 +40,7 @@ std::u32string withoutReplacements(std::u32string characters) {
 }
 
 void checkMended(std::string_view bytes) {
-  const std::string mended = platform::toUtf8(bytes);
+  const std::string mended = text::toUtf8(bytes);
   const auto characters = fuzz::decode(mended);
   fuzz::check(characters.has_value(), "what was made text is text");
   fuzz::check(characters->find(replacement) != std::u32string::npos, "what was replaced shows");
@@ -59,9 +59,9 @@ void checkMeasures(std::string_view text, const std::u32string& characters) {
     position += fuzz::encode({&character, 1}).size();
   }
   isInside[position] = false;
-  fuzz::check(platform::utf16Length(text) == units, "a text has its length in UTF-16");
+  fuzz::check(text::utf16Length(text) == units, "a text has its length in UTF-16");
   for (std::size_t i = 0; i <= text.size(); ++i) {
-    fuzz::check(platform::isInsideCharacter(text, i) == isInside[i],
+    fuzz::check(text::isInsideCharacter(text, i) == isInside[i],
                 "a cut is inside a character or not");
   }
 }
@@ -74,10 +74,10 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const fuzz::ExactCopy copy(fuzz::unfold(input));
   const std::string_view text = copy.view();
   const auto characters = fuzz::decode(text);
-  fuzz::check(platform::isUtf8(text) == characters.has_value(), "a text is UTF-8 or not");
+  fuzz::check(text::isUtf8(text) == characters.has_value(), "a text is UTF-8 or not");
   checkGrowth(text, steps);
   if (characters) {
-    fuzz::check(platform::toUtf8(text) == text, "what is text stays as it is");
+    fuzz::check(text::toUtf8(text) == text, "what is text stays as it is");
     checkMeasures(text, *characters);
   } else {
     checkMended(text);

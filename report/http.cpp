@@ -5,8 +5,8 @@
 
 #include <utility>
 
-#include "platform/log.h"
-#include "platform/text.h"
+#include "text/log.h"
+#include "text/utf8.h"
 #include "report/multipart.h"
 
 namespace report {
@@ -18,16 +18,17 @@ constexpr int firstErrorStatus = 400;
 
 }  // namespace
 
-Http::Http(platform::Application& application, std::string url, std::string_view data,
+Http::Http(platform::EventLoop& loop, std::string url, std::string_view data,
            HttpProtocol& receiver, std::chrono::milliseconds stallLimit)
     : serverURL(std::move(url)), delegate(receiver) {
-  upload(application, data, stallLimit);
+  upload(loop, data, stallLimit);
 }
 
-void Http::upload(platform::Application& application, std::string_view data,
+void Http::upload(platform::EventLoop& loop, std::string_view data,
                   std::chrono::milliseconds stallLimit) {
   if (!data.empty()) {
-    connection = application.send(postRequestWithURL(serverURL, boundary, data), *this, stallLimit);
+    connection = platform::sendHttpRequest(loop, postRequestWithURL(serverURL, boundary, data),
+                                           *this, stallLimit);
   }
   if (!connection) {
     uploadSucceeded(false);
@@ -54,7 +55,7 @@ void Http::connectionDidReceiveResponse(const platform::HttpResponse& response) 
 }
 
 void Http::connectionDidReceiveData(std::string_view data) {
-  replyText = platform::isUtf8(data) ? std::optional<std::string>(data) : std::nullopt;
+  replyText = text::isUtf8(data) ? std::optional<std::string>(data) : std::nullopt;
   uploadDidSucceed = true;
   responseDidSucceed = true;
   if (httpResponse) {
@@ -65,7 +66,7 @@ void Http::connectionDidReceiveData(std::string_view data) {
 
 void Http::connectionDidFinishLoading() {
   if (!uploadDidSucceed) {
-    platform::log("sending to " + serverURL + " failed: the reply is empty");
+    text::log("sending to " + serverURL + " failed: the reply is empty");
   }
   uploadSucceeded(uploadDidSucceed);
 }

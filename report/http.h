@@ -12,7 +12,8 @@
 #include <string>
 #include <string_view>
 
-#include "platform/application.h"
+#include "platform/event_loop/event_loop.h"
+#include "platform/http/http_connection.h"
 
 namespace report {
 
@@ -42,9 +43,9 @@ class Http : private platform::HttpConnectionDelegate {
   static constexpr std::chrono::milliseconds usualStallLimit{60'000};
 
   /// Starts the upload of `data` to `url`. With no data, or with a URL that nothing can be sent to,
-  /// `receiver` is told before the constructor returns; otherwise later, from the loop of
-  /// `application`. Both must outlive the client.
-  Http(platform::Application& application, std::string url, std::string_view data,
+  /// `receiver` is told before the constructor returns; otherwise later, from `loop`.
+  /// Both must outlive the client.
+  Http(platform::EventLoop& loop, std::string url, std::string_view data,
        HttpProtocol& receiver, std::chrono::milliseconds stallLimit = usualStallLimit);
 
   /// Whether reply data has arrived and the status was below 400. False for a reply that was
@@ -59,7 +60,7 @@ class Http : private platform::HttpConnectionDelegate {
   const std::optional<std::string>& reply() const { return replyText; }
 
  private:
-  void upload(platform::Application& application, std::string_view data,
+  void upload(platform::EventLoop& loop, std::string_view data,
               std::chrono::milliseconds stallLimit);
   platform::HttpRequest postRequestWithURL(const std::string& url, std::string_view boundry,
                                            std::string_view data) const;

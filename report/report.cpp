@@ -7,23 +7,23 @@ namespace report {
 
 namespace {
 
-using platform::Pieces;
+using text::Buffers;
 
-void addLine(Pieces& pieces, std::string_view label, std::string_view text) {
-  pieces.insert(pieces.end(), {label, text, "\n"});
+void addLine(Buffers& buffers, std::string_view label, std::string_view text) {
+  buffers.insert(buffers.end(), {label, text, "\n"});
 }
 
-void addStream(Pieces& pieces, std::string_view label, std::optional<std::string_view> text) {
+void addStream(Buffers& buffers, std::string_view label, std::optional<std::string_view> text) {
   if (text && !text->empty()) {
-    addLine(pieces, label, *text);
+    addLine(buffers, label, *text);
   }
 }
 
-void addBlock(Pieces& pieces, const ResultBlock& block) {
-  pieces.push_back(separator);
-  addLine(pieces, "Results for: ", block.displayName);
-  addStream(pieces, "stdout:\n", block.standardOutput);
-  addStream(pieces, "stderr:\n", block.standardError);
+void addBlock(Buffers& buffers, const ResultBlock& block) {
+  buffers.push_back(separator);
+  addLine(buffers, "Results for: ", block.displayName);
+  addStream(buffers, "stdout:\n", block.standardOutput);
+  addStream(buffers, "stderr:\n", block.standardError);
 }
 
 std::string headLine(std::string_view label, const std::optional<std::string>& text) {
@@ -36,9 +36,9 @@ std::string headLine(std::string_view label, const std::optional<std::string>& t
 }  // namespace
 
 std::string formatBlock(const ResultBlock& block) {
-  Pieces pieces;
-  addBlock(pieces, block);
-  return platform::join(pieces);
+  Buffers buffers;
+  addBlock(buffers, block);
+  return text::join(buffers);
 }
 
 Report::Report(const std::optional<std::string>& account, const std::optional<std::string>& ticket,

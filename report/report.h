@@ -11,7 +11,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/text.h"
+#include "text/utf8.h"
 
 namespace report {
 
@@ -42,13 +42,13 @@ class Report {
          std::span<const ResultBlock> blocks);
 
   /// The report in order.
-  const platform::Pieces& pieces() const { return parts; }
+  const text::Buffers& buffers() const { return parts; }
 
   bool empty() const { return parts.empty(); }
 
  private:
   std::shared_ptr<const std::string> head;
-  platform::Pieces parts;
+  text::Buffers parts;
 };
 
 }  // namespace report

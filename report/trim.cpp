@@ -5,7 +5,7 @@
 
 #include <stdexcept>
 
-#include "platform/text.h"
+#include "text/utf8.h"
 #include "report/report.h"
 
 namespace report {
@@ -13,7 +13,7 @@ namespace report {
 namespace {
 
 std::string_view keptBeginning(std::string_view section, std::size_t length) {
-  if (platform::isInsideCharacter(section, length)) {
+  if (text::isInsideCharacter(section, length)) {
     throw std::runtime_error(
         "the report cannot be trimmed for the upload: the cut falls inside a character");
   }
@@ -47,7 +47,7 @@ std::string_view cutBeginning(std::string_view section, std::int64_t lost) {
   if (static_cast<std::int64_t>(section.size()) <= lost || !holdsTail(section)) {
     return {};
   }
-  const std::int64_t keep = static_cast<std::int64_t>(platform::utf16Length(section)) - lost;
+  const std::int64_t keep = static_cast<std::int64_t>(text::utf16Length(section)) - lost;
   return keep < 1 ? std::string_view() : keptBeginning(section, static_cast<std::size_t>(keep));
 }
 

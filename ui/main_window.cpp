@@ -14,8 +14,8 @@
 
 #include <utility>
 
-#include "platform/boundary.h"
-#include "platform/qt_url.h"
+#include "platform/event_loop/fatal_error.h"
+#include "platform/desktop/qt_url.h"
 #include "ui/widget_controls.h"
 
 namespace ui {
@@ -104,7 +104,7 @@ void setUpField(QLineEdit& field, const char* name, const QString& placeholder) 
 }
 
 void connectButton(QPushButton& button, const std::function<void()>& action) {
-  QObject::connect(&button, &QPushButton::clicked, &button, [action] { platform::enter(action); });
+  QObject::connect(&button, &QPushButton::clicked, &button, [action] { platform::guarded(action); });
 }
 
 }  // namespace
@@ -191,7 +191,7 @@ class MainWindow::Parts {
     keepPlaceWhenHidden(resultsBrowser);
     QObject::connect(
         &resultsBrowser, &QTextBrowser::anchorClicked, &resultsBrowser, [this](const QUrl& url) {
-          platform::enter([&] { actions.openLink(platform::encodedText(url).toStdString()); });
+          platform::guarded([&] { actions.openLink(platform::encodedText(url).toStdString()); });
         });
   }
 

@@ -8,7 +8,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "platform/qt_url.h"
+#include "platform/desktop/qt_url.h"
 
 namespace ui {
 

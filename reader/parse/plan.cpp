@@ -10,8 +10,8 @@
 #include <utility>
 
 #include "diagnostics/beacon_logs.h"
-#include "diagnostics/test_plan.h"
-#include "diagnostics/test_starter.h"
+#include "diagnostics/plan.h"
+#include "diagnostics/command_starter.h"
 #include "reader/parse/lines.h"
 
 namespace reader {
@@ -29,9 +29,9 @@ struct Command {
   std::string comment;
 };
 
-class Recorder final : public diagnostics::TestStarter {
+class Recorder final : public diagnostics::CommandStarter {
  public:
-  using TestStarter::startTest;
+  using CommandStarter::startTest;
   void startTest(const std::string& launchPath, const std::vector<std::string>& args,
                  const std::optional<std::string>& comment) override {
     Command command{.name = launchPath, .launchPath = launchPath, .comment = comment.value_or("")};

@@ -19,7 +19,7 @@ constexpr int windowedStatus = 7;
 // Launches nothing, and shows what it was given once its loop is turned.
 class Shown final : public MainController {
  public:
-  explicit Shown(platform::Application& owner) : MainController(owner) {}
+  explicit Shown(platform::EventLoop& owner) : MainController(owner) {}
   using MainController::startTest;
   void startTest(const std::string& /*launchPath*/, const std::vector<std::string>& /*args*/,
                  const Text& /*comment*/) override {
@@ -44,7 +44,7 @@ class Shown final : public MainController {
   }
   argv.push_back(nullptr);
   auto application = std::make_unique<support::FakeApplication>();
-  const auto makeController = [&loop = *application](platform::Application& owner) {
+  const auto makeController = [&loop = *application](platform::EventLoop& owner) {
     auto controller = std::make_unique<Shown>(owner);
     loop.whenRun = [&shown = *controller] { shown.show(); };
     return controller;

@@ -5,8 +5,8 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/boundary.h"
-#include "support/application.h"
+#include "platform/event_loop/fatal_error.h"
+#include "support/event_loop.h"
 #include "support/environment.h"
 #include "support/fake_application.h"
 #include "support/fake_controls.h"
@@ -15,7 +15,7 @@ namespace app {
 namespace {
 
 TEST(MainController, BeginsWithNothingSet) {
-  const MainController controller(support::application());
+  const MainController controller(support::eventLoop());
   EXPECT_FALSE(controller.isSilent || controller.isConsole || controller.forceSkv ||
                controller.skipSkv || controller.isSkv || controller.isFinishing ||
                controller.isInternet);
@@ -29,7 +29,7 @@ TEST(MainController, BeginsWithNothingSet) {
 }
 
 TEST(MainController, IsReadyForARunWithoutAWindow) {
-  MainController controller(support::application());
+  MainController controller(support::eventLoop());
   controller.awakeFromNib();
   EXPECT_EQ(controller.processes.size(), 0U);
   EXPECT_TRUE(controller.container.empty());
@@ -39,7 +39,7 @@ TEST(MainController, IsReadyForARunWithoutAWindow) {
 }
 
 TEST(MainController, HidesTheResultsAndTitlesTheWindow) {
-  MainController controller(support::application());
+  MainController controller(support::eventLoop());
   const support::FakeWindow window(controller);
   controller.awakeFromNib();
   EXPECT_EQ(window.calls, (support::Calls{"scroll hide", "caption hide", "copy hide", "open hide",
@@ -47,9 +47,9 @@ TEST(MainController, HidesTheResultsAndTitlesTheWindow) {
 }
 
 TEST(MainController, BeginsWithNoRuns) {
-  MainController controller(support::application());
+  MainController controller(support::eventLoop());
   diagnostics::ProcessList list;
-  list.append(std::make_shared<diagnostics::Process>(support::application().descriptors()));
+  list.append(std::make_shared<diagnostics::Process>(support::eventLoop()));
   controller.processes = list;
   controller.container.push_back(list);
   controller.awakeFromNib();
@@ -67,7 +67,7 @@ TEST(MainController, IsTheDelegateOfItsApplication) {
 
 TEST(MainController, TakesItsOptionsInOrder) {
   for (int set = 0; set < 5; ++set) {
-    MainController controller(support::application());
+    MainController controller(support::eventLoop());
     controller.isSkv = true;
     controller.isFinishing = true;
     controller.initArgsWithSilent(set == 0, set == 1, set == 2, set == 3, set == 4);
@@ -82,7 +82,7 @@ TEST(MainController, TakesItsOptionsInOrder) {
 
 TEST(MainController, ExpandsTheTildeOfTheOutputFile) {
   const support::ScopedVariable home("HOME", "/home/somebody");
-  MainController controller(support::application());
+  MainController controller(support::eventLoop());
   controller.setOutputFile("~/report.txt");
   EXPECT_EQ(controller.outputFile, "/home/somebody/report.txt");
   controller.setOutputFile("");
@@ -90,29 +90,29 @@ TEST(MainController, ExpandsTheTildeOfTheOutputFile) {
 }
 
 TEST(MainController, KeepsTheDomainAsGiven) {
-  MainController controller(support::application());
+  MainController controller(support::eventLoop());
   controller.setDomain("http://a b.example/\xff");
   EXPECT_EQ(controller.domain, "http://a b.example/\xff");
 }
 
 // Only where the system does not end them itself do they otherwise outlive the program.
 TEST(MainController, AsksItsCommandsToEndAfterAnError) {
-  MainController controller(support::application());
+  MainController controller(support::eventLoop());
   controller.isFinishing = true;
   controller.startTest("/bin/sh", {"-c", "exec tail -f /dev/null"});
   controller.startTest("/bin/sh", {"-c", "exec tail -f /dev/null"});
-  platform::lastMeasures().endCommands();
+  platform::onFatalError().endCommands();
   support::turnUntil([&] { return controller.didAllTestsFinished(); });
 }
 
 TEST(MainController, LeavesNoMeasuresBehind) {
   {
-    const MainController controller(support::application());
-    EXPECT_TRUE(platform::lastMeasures().saveReport);
-    EXPECT_TRUE(platform::lastMeasures().endCommands);
+    const MainController controller(support::eventLoop());
+    EXPECT_TRUE(platform::onFatalError().saveReport);
+    EXPECT_TRUE(platform::onFatalError().endCommands);
   }
-  EXPECT_FALSE(platform::lastMeasures().saveReport);
-  EXPECT_FALSE(platform::lastMeasures().endCommands);
+  EXPECT_FALSE(platform::onFatalError().saveReport);
+  EXPECT_FALSE(platform::onFatalError().endCommands);
 }
 
 }  // namespace

@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/notification_center.h"
+#include "text/notification_center.h"
 #include "support/process_controller.h"
 
 namespace diagnostics {
@@ -20,7 +20,7 @@ TEST(ProcessList, CountsWhatHasFinished) {
   list.append(waits);
   list.append(ends);
   std::uint32_t whenAnnounced = 0;
-  platform::NotificationCenter::defaultCenter().addObserver(
+  text::NotificationCenter::defaultCenter().addObserver(
       ProcessTerminatedNotification, ends.get(), [&] { whenAnnounced = list.finishedCount(); });
   waits->start("/bin/sh", {"-c", "exec tail -f /dev/null"}, std::nullopt);
   ends->start("/bin/true", {}, std::nullopt);

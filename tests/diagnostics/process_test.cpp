@@ -9,7 +9,7 @@
 #include <stdexcept>
 #include <system_error>
 
-#include "platform/notification_center.h"
+#include "text/notification_center.h"
 #include "support/process_controller.h"
 #include "support/temporary_folder.h"
 
@@ -80,7 +80,7 @@ TEST(Process, HoldsNoStreamsBeforeItsEnd) {
   EXPECT_EQ(process->getResult(), hyphens + "Results for: \n");
   process->start("/bin/sh", {"-c", "echo early; exec cat /dev/zero"}, std::nullopt);
   for (int turns = 0; turns < 5; ++turns) {
-    support::application().turn();
+    support::turn();
   }
   EXPECT_FALSE(process->isFinished());
   EXPECT_EQ(process->getResult(),
@@ -91,7 +91,7 @@ TEST(Process, AnnouncesItsEndOnceWithEverythingInPlace) {
   const auto process = makeProcess();
   int announced = 0;
   std::string result;
-  platform::NotificationCenter::defaultCenter().addObserver(ProcessTerminatedNotification,
+  text::NotificationCenter::defaultCenter().addObserver(ProcessTerminatedNotification,
                                                             process.get(), [&] {
                                                               ++announced;
                                                               EXPECT_TRUE(process->isFinished());
@@ -108,7 +108,7 @@ TEST(Process, AnnouncesItsEndOnceWithEverythingInPlace) {
 TEST(Process, AnnouncesItsEndUnderThisName) {
   const auto process = makeProcess();
   int announced = 0;
-  platform::NotificationCenter::defaultCenter().addObserver("ProcessTerminatedNotification",
+  text::NotificationCenter::defaultCenter().addObserver("ProcessTerminatedNotification",
                                                             process.get(), [&] { ++announced; });
   process->start("/bin/true", {}, std::nullopt);
   turnUntil([&] { return process->isFinished(); });
@@ -118,7 +118,7 @@ TEST(Process, AnnouncesItsEndUnderThisName) {
 TEST(Process, IsNotEndedByTheEndOfAnothersCommand) {
   const auto process = makeProcess();
   process->start("/bin/true", {}, std::nullopt);
-  const platform::ChildProcess other(support::application().descriptors(), "/bin/true", {});
+  const platform::ChildProcess other(support::eventLoop(), "/bin/true", {});
   EXPECT_THROW(process->terminatedNotification(other), std::logic_error);
   EXPECT_FALSE(process->isFinished());
 }

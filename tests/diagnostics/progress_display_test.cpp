@@ -44,7 +44,7 @@ Calls refresh(const std::string& done, const std::string& total) {
 // Turns the loop until everything that is posted by now has been done.
 void doWhatIsPosted() {
   bool isDone = false;
-  support::application().post([&] { isDone = true; });
+  support::eventLoop().post([&] { isDone = true; });
   support::turnUntil([&] { return isDone; });
 }
 

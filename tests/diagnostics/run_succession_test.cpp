@@ -8,8 +8,8 @@
 
 #include <fstream>
 
-#include "diagnostics/test_plan.h"
-#include "platform/files.h"
+#include "diagnostics/plan.h"
+#include "platform/files/files.h"
 #include "support/fake_controls.h"
 #include "support/process_controller.h"
 #include "support/temporary_folder.h"
@@ -21,7 +21,7 @@ namespace {
 // the completion, and counts as one.
 class Successive final : public MainController {
  public:
-  Successive() : MainController(support::application(), nowhere()) {
+  Successive() : MainController(support::eventLoop(), nowhere()) {
     awakeFromNib();
     skipSkv = true;
   }
@@ -66,7 +66,7 @@ class Successive final : public MainController {
 
 void doWhatIsPosted() {
   bool isDone = false;
-  support::application().post([&] { isDone = true; });
+  support::eventLoop().post([&] { isDone = true; });
   support::turnUntil([&] { return isDone; });
 }
 
@@ -85,7 +85,7 @@ TEST(RunSuccession, ACommandOfAnEarlierRunRefreshesTheProgressOfTheNewerOneAndNo
   EXPECT_EQ(controller.completions, 0);
   controller.letGo(1, newer);
   EXPECT_EQ(controller.completions, 1);
-  const std::string report = platform::join(controller.results.pieces());
+  const std::string report = text::join(controller.results.buffers());
   EXPECT_EQ(report.find("stdout:\nrun0"), std::string::npos);
   EXPECT_NE(report.find("stdout:\nrun1"), std::string::npos);
 }

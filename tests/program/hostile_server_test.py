@@ -129,7 +129,7 @@ class EndlessTest(HostileTest):
                 self.assert_refused(self.submit(trickles(start, piece), env=env), reason)
 
     def test_a_whole_reply_byte_by_byte(self):
-        for data in (servers.head(200, 3) + b"url", CHUNKED + b"3\r\nurl\r\n0\r\n"):
+        for data in (servers.head(200, 3) + b"url", CHUNKED + b"3\r\nurl\r\n0\r\n\r\n"):
             def script(exchange):
                 support.wait_until(lambda: self.process, "the program is known")
                 for byte in data:

@@ -40,7 +40,7 @@ class Editor : public testing::Test {
   support::ScopedVariable homeVariable{"HOME", home.path().c_str()};
   support::ScopedVariable configVariable{"XDG_CONFIG_HOME", home.path("config").c_str()};
   support::ScopedVariable temporaryVariable{"TMPDIR", temporary.path().c_str()};
-  MainController controller{support::application(), nowhere()};
+  MainController controller{support::eventLoop(), nowhere()};
   support::FakeWindow window{controller};
   const std::string saved = home.path("Desktop/diagnostic_results.txt");
 };
@@ -75,7 +75,7 @@ TEST_F(Editor, OpensTheReportWhereItIsWhenTheDesktopTakesNoFile) {
   const std::string opened = window.desktopCalls.front().substr(5);
   EXPECT_EQ("edit " + opened, window.desktopCalls.front());
   EXPECT_TRUE(opened.starts_with(temporary.path())) << opened;
-  EXPECT_EQ(support::contentsOf(opened), platform::join(controller.results.pieces()));
+  EXPECT_EQ(support::contentsOf(opened), text::join(controller.results.buffers()));
   EXPECT_EQ(
       window.calls,
       (Calls{"start enable", "account enable", "ticket enable", "domain enable", "status hide",

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "report/http.h"
-#include "support/application.h"
+#include "support/event_loop.h"
 #include "support/http_server.h"
 
 namespace report {
@@ -56,7 +56,7 @@ TEST(HttpOnce, NoSecondOutcomeComesInALaterTurn) {
   std::vector<std::unique_ptr<Http>> clients;
   for (std::size_t i = 0; i < behaviours.size(); ++i) {
     servers.push_back(std::make_unique<HttpServer>(std::vector{behaviours[i]}));
-    clients.push_back(std::make_unique<Http>(support::application(), servers[i]->url(), "data",
+    clients.push_back(std::make_unique<Http>(support::eventLoop(), servers[i]->url(), "data",
                                              outcomes[i], limit));
   }
   for (const Counted& outcome : outcomes) {
@@ -64,7 +64,7 @@ TEST(HttpOnce, NoSecondOutcomeComesInALaterTurn) {
   }
   const HttpServer silent({hold("")});
   Counted last;
-  const Http waits(support::application(), silent.url(), "data", last, longer);
+  const Http waits(support::eventLoop(), silent.url(), "data", last, longer);
   support::turnUntil([&] { return last.calls > 0; });
   for (std::size_t i = 0; i < outcomes.size(); ++i) {
     EXPECT_EQ(outcomes[i].calls, 1) << i;
@@ -73,11 +73,11 @@ TEST(HttpOnce, NoSecondOutcomeComesInALaterTurn) {
 
 TEST(HttpOnce, NoSecondOutcomeComesWhereTheFirstCameAtOnce) {
   Counted outcome;
-  const Http client(support::application(), "", "data", outcome);
+  const Http client(support::eventLoop(), "", "data", outcome);
   EXPECT_EQ(outcome.calls, 1);
   const HttpServer server({support::answer(support::reply("200 OK", "url"))});
   Counted last;
-  const Http waits(support::application(), server.url(), "data", last);
+  const Http waits(support::eventLoop(), server.url(), "data", last);
   support::turnUntil([&] { return last.calls > 0; });
   EXPECT_EQ(outcome.calls, 1);
 }

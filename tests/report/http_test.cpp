@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include "support/application.h"
+#include "support/event_loop.h"
 #include "support/http_server.h"
 
 namespace report {
@@ -38,7 +38,7 @@ constexpr std::chrono::milliseconds patient{60'000};
 Outcome upload(const std::string& url, const std::string& data,
                std::chrono::milliseconds stallLimit = patient) {
   Outcome outcome;
-  const Http client(support::application(), url, data, outcome, stallLimit);
+  const Http client(support::eventLoop(), url, data, outcome, stallLimit);
   support::turnUntil([&] { return outcome.calls > 0; });
   EXPECT_EQ(outcome.calls, 1);
   return outcome;
@@ -132,7 +132,7 @@ class TwoPieces {
       connection.send(second);
     }});
     Outcome outcome;
-    const Http client(support::application(), server.url(), "data", outcome, patient);
+    const Http client(support::eventLoop(), server.url(), "data", outcome, patient);
     support::turnUntil([&] { return client.reply().has_value(); });
     EXPECT_EQ(client.reply(), first);
     EXPECT_EQ(outcome.calls, 0);
@@ -354,7 +354,7 @@ TEST(Http, WaitsSixtySecondsByItself) {
 
 TEST(Http, ReportsBeforeItsConstructorReturnsWhenThereIsNothingToSend) {
   Outcome outcome;
-  const Http client(support::application(), "http://127.0.0.1:1/", "", outcome);
+  const Http client(support::eventLoop(), "http://127.0.0.1:1/", "", outcome);
   EXPECT_EQ(outcome.name, "error");
   EXPECT_FALSE(outcome.didResponseSucceed);
   EXPECT_EQ(outcome.responseCode, 0);
@@ -363,7 +363,7 @@ TEST(Http, ReportsBeforeItsConstructorReturnsWhenThereIsNothingToSend) {
 TEST(Http, ReportsBeforeItsConstructorReturnsWhenThereIsNowhereToSendTo) {
   for (const char* url : {"", "no url", "http://", "/diagnosticsubmit", "ftp://127.0.0.1/"}) {
     Outcome outcome;
-    const Http client(support::application(), url, "data", outcome);
+    const Http client(support::eventLoop(), url, "data", outcome);
     EXPECT_EQ(outcome.name, "error") << url;
   }
 }

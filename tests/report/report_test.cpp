@@ -15,7 +15,7 @@ const std::string hyphens(45, '-');
 
 std::string textOf(const std::optional<std::string>& account,
                    const std::optional<std::string>& ticket, std::span<const ResultBlock> blocks) {
-  return platform::join(Report(account, ticket, blocks).pieces());
+  return text::join(Report(account, ticket, blocks).buffers());
 }
 
 TEST(Report, TheSeparatorIsFortyFiveHyphens) {
@@ -63,7 +63,7 @@ TEST(Report, LeavesWhatWasPrintedWhereItIs) {
   const std::string text(1'000'000, 'x');
   const std::vector<ResultBlock> blocks{{"cmd", text, std::nullopt}};
   const Report whole(std::nullopt, std::nullopt, blocks);
-  EXPECT_EQ(std::count_if(whole.pieces().begin(), whole.pieces().end(),
+  EXPECT_EQ(std::count_if(whole.buffers().begin(), whole.buffers().end(),
                           [&](std::string_view piece) { return piece.data() == text.data(); }),
             1);
 }
@@ -76,7 +76,7 @@ TEST(Report, ACopyOutlivesTheOriginal) {
     copy = original;
   }
   EXPECT_FALSE(copy.empty());
-  EXPECT_EQ(platform::join(copy.pieces()), "Halvik account: an account\nHalvik ticket: a ticket\n");
+  EXPECT_EQ(text::join(copy.buffers()), "Halvik account: an account\nHalvik ticket: a ticket\n");
 }
 
 }  // namespace

@@ -198,7 +198,7 @@ TEST(Trim, ACutInsideACharacterIsAnError) {
 }
 
 TEST(Trim, AgreesWithTheRuleAppliedCharacterByCharacter) {
-  // Pieces that meet in every order: hyphens below and above a separator, "tail" whole and split,
+  // Buffers that meet in every order: hyphens below and above a separator, "tail" whole and split,
   // characters of all lengths.
   const std::vector<std::string> pieces{
       std::string(44, '-'), std::string(50, '-'), sep, "tail", "ta", "il\n", fill(70), "\xC3\xA9",

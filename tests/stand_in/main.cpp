@@ -13,9 +13,7 @@
 #include <cstdlib>
 #include <fstream>
 
-#include "app/toolkit_run.h"
 #include "app/windowed_run.h"
-#include "platform/headless_application.h"
 
 namespace {
 
@@ -32,8 +30,8 @@ diagnostics::Endpoints standInEndpoints() {
 
 class StandInController final : public app::MainController {
  public:
-  explicit StandInController(platform::Application& loop)
-      : MainController(loop, standInEndpoints()) {
+  explicit StandInController(platform::EventLoop& eventLoop)
+      : MainController(eventLoop, standInEndpoints()) {
     if (const std::string path = setting("STAND_IN_COMMANDS"); !path.empty()) {
       // Whoever gives commands means them to be run: an error is not to look like their end.
       lines.exceptions(std::ios::badbit | std::ios::failbit);
@@ -57,19 +55,12 @@ class StandInController final : public app::MainController {
   std::ifstream lines;
 };
 
-std::unique_ptr<app::MainController> makeController(platform::Application& application) {
-  return std::make_unique<StandInController>(application);
-}
-
-// With the application that the program has for the run; only the libraries are not the same.
-std::unique_ptr<platform::Application> makeApplication(int& argc, char** argv, bool willUpload) {
-  return willUpload ? app::makeToolkitApplication(argc, argv, willUpload)
-                    : platform::makeHeadlessApplication(argc, argv);
+std::unique_ptr<app::MainController> makeController(platform::EventLoop& loop) {
+  return std::make_unique<StandInController>(loop);
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  return app::runProgram(argc, argv, makeController,
-                         {.makeApplication = makeApplication, .runWindowed = app::runWindowed});
+  return app::runProgram(argc, argv, makeController, app::runWindowed);
 }

@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-#include "support/application.h"
+#include "support/event_loop.h"
 
 namespace support {
 

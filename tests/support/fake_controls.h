@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "app/main_controller.h"
-#include "platform/desktop.h"
+#include "platform/desktop/desktop.h"
 #include "ui/controls.h"
 
 namespace support {

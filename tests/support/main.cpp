@@ -8,31 +8,43 @@
 
 #include <cstdlib>
 
-#include "platform/log.h"
-#include "platform/process_setup.h"
-#include "platform/toolkit_application.h"
-#include "platform/windowed_application.h"
-#include "support/application.h"
+#include "platform/process/process_setup.h"
+#include "support/event_loop.h"
+#include "text/log.h"
+
+#ifdef HALVIK_TESTS_WITH_WINDOWS
+#include <QCoreApplication>
+
+#include "platform/desktop/qt_application.h"
+#endif
 
 namespace {
 
-#ifdef HALVIK_TESTS_WITH_WINDOWS
-using TestedApplication = platform::WindowedApplication;
-#else
-using TestedApplication = platform::ToolkitApplication;
-#endif
-
-TestedApplication* theApplication = nullptr;
+platform::EventLoop* theLoop = nullptr;
 
 }  // namespace
 
-platform::Application& support::application() {
-  return *theApplication;
+platform::EventLoop& support::eventLoop() {
+  return *theLoop;
 }
 
 #ifdef HALVIK_TESTS_WITH_WINDOWS
+namespace {
+
+platform::QtApplication* theApplication = nullptr;
+
+}  // namespace
+
 platform::Desktop& support::desktop() {
   return theApplication->desktop();
+}
+
+void support::turn() {
+  QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+}
+#else
+void support::turn() {
+  theLoop->turn();
 }
 #endif
 
@@ -41,9 +53,13 @@ int main(int argc, char** argv) {
   // A death test is a new process: nothing is shared with the threads of this one.
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   setenv("QT_QPA_PLATFORM", "offscreen", 1);
-  platform::setProcessName(argv[0]);
+  text::setProcessName(argv[0]);
   platform::setUpProcess();
-  TestedApplication application(argc, argv);
+  platform::EventLoop loop;
+  theLoop = &loop;
+#ifdef HALVIK_TESTS_WITH_WINDOWS
+  platform::QtApplication application(loop, argc, argv);
   theApplication = &application;
+#endif
   return RUN_ALL_TESTS();
 }

@@ -11,7 +11,7 @@
 #include <array>
 #include <functional>
 
-#include "platform/descriptor_set.h"
+#include "platform/event_loop/event_loop.h"
 
 namespace support {
 

@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "app/main_controller.h"
-#include "support/application.h"
+#include "support/event_loop.h"
 
 namespace support {
 
@@ -38,7 +38,7 @@ class RecordingController final : public app::MainController {
  public:
   explicit RecordingController(
       const diagnostics::Endpoints& asked = diagnostics::builtInEndpoints())
-      : MainController(support::application(), asked) {}
+      : MainController(support::eventLoop(), asked) {}
 
   using MainController::startTest;
   void startTest(const std::string& launchPath, const std::vector<std::string>& args,
@@ -51,7 +51,7 @@ class RecordingController final : public app::MainController {
 };
 
 inline std::shared_ptr<diagnostics::Process> makeProcess() {
-  return std::make_shared<diagnostics::Process>(application().descriptors());
+  return std::make_shared<diagnostics::Process>(eventLoop());
 }
 
 /// The finished process of a shell command line.

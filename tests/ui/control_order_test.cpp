@@ -16,7 +16,7 @@ using support::Calls;
 
 class ControlOrder : public testing::Test {
  protected:
-  MainController controller{support::application()};
+  MainController controller{support::eventLoop()};
   support::FakeWindow window{controller};
 };
 

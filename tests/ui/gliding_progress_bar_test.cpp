@@ -6,7 +6,7 @@
 #include <QStyleOptionProgressBar>
 #include <gtest/gtest.h>
 
-#include "support/application.h"
+#include "support/event_loop.h"
 
 namespace ui {
 namespace {

@@ -17,7 +17,7 @@
 #include <vector>
 
 #include "app/windowed_run.h"
-#include "support/application.h"
+#include "support/event_loop.h"
 #include "support/desktop_recorder.h"
 #include "support/environment.h"
 #include "support/http_server.h"
@@ -29,7 +29,7 @@ namespace ui {
 class ShellController final : public app::MainController {
  public:
   explicit ShellController(const std::string& submitUrl)
-      : MainController(support::application(), endpointsAt(submitUrl)) {}
+      : MainController(support::eventLoop(), endpointsAt(submitUrl)) {}
 
   using MainController::startTest;
   void startTest(const std::string& launchPath, const std::vector<std::string>& args,

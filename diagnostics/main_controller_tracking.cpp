@@ -1,0 +1,69 @@
+// SPDX-FileCopyrightText: 2026 Halvik
+// SPDX-License-Identifier: Apache-2.0
+
+// Progress and completion of a run.
+
+#include "app/main_controller.h"
+#include "app/options.h"
+#include "text/utf8.h"
+
+namespace app {
+
+std::uint32_t MainController::finishedTasksCount() const {
+  return processes.finishedCount();
+}
+
+bool MainController::didAllTestsFinished() const {
+  return finishedTasksCount() == processes.size();
+}
+
+void MainController::updateProgress() {
+  loop.post([this, controller = std::weak_ptr(lifetime)] {
+    if (controller.expired()) {
+      return;
+    }
+    const std::uint32_t done = finishedTasksCount();
+    textStatus.send(&ui::Label::setStringValue, "Please wait. Finished " + std::to_string(done) +
+                                                    " out of " + std::to_string(processes.size()) +
+                                                    " tests.");
+    progressIndicator.send(&ui::ProgressBar::setDoubleValue, static_cast<double>(done));
+  });
+}
+
+void MainController::processTerminatedNotification() {
+  updateProgress();
+  if (!didAllTestsFinished() || isFinishing) {
+    return;
+  }
+  isFinishing = true;
+  handleAllTestsFinished();
+}
+
+bool MainController::hasOutputFile() const {
+  return outputFile && !outputFile->empty();
+}
+
+bool MainController::willUpload() const {
+  return !isSilent || uploadsWithoutWindow(isInternet, isConsole, hasOutputFile());
+}
+
+void MainController::handleAllTestsFinished() {
+  buildResults();
+  isReportAtRisk = true;
+  if (isConsole) {
+    text::Buffers printed = text::untilNul(results.buffers());
+    printed.emplace_back("\n");
+    didPrint(printed);
+  }
+  if (hasOutputFile()) {
+    writeToPath(*outputFile);
+    didPrint({"outputFile=", *outputFile, "\n"});
+  }
+  if (willUpload()) {
+    submitResults();
+  } else {
+    endSilentRun(0);
+  }
+}
+
+}  // namespace app

@@ -1,0 +1,175 @@
+// SPDX-FileCopyrightText: 2026 Halvik
+// SPDX-License-Identifier: Apache-2.0
+
+#include "diagnostics/plan.h"
+
+namespace diagnostics {
+
+namespace {
+
+constexpr const char* cat = "/bin/cat";
+constexpr const char* curl = "/usr/bin/curl";
+constexpr const char* dig = "/usr/bin/dig";
+
+std::string at(const std::string& server) {
+  return '@' + server;
+}
+
+std::string inParentheses(const std::string& text) {
+  return '(' + text + ')';
+}
+
+std::string inSkivraFolder(const std::string& name) {
+  return std::string(skivraFolder) + '/' + name;
+}
+
+// A domain that was named and is none keeps its tests away.
+bool hasDot(const std::string& domain) {
+  return domain.find('.') != std::string::npos;
+}
+
+void startShell(CommandStarter& starter, const std::string& commandLine,
+                const std::optional<std::string>& comment = std::nullopt) {
+  starter.startTest("/bin/sh", {"-c", commandLine}, comment);
+}
+
+void startDomainTests(CommandStarter& starter, const Endpoints& endpoints, const std::string& domain) {
+  starter.startTraceroute(domain);
+  starter.startTest(dig, {"+time=10", domain});
+  starter.startTest(dig, {"+time=10", domain, at(endpoints.serviceResolverA)});
+  starter.startTest(dig, {"+time=10", domain, at(endpoints.serviceResolverB)});
+  starter.startTest(dig, {"+time=10", domain, at(endpoints.thirdPartyResolver)});
+}
+
+void startRouteTests(CommandStarter& starter, const Endpoints& endpoints) {
+  starter.startTraceroute(endpoints.serviceResolverA);
+  starter.startTraceroute(endpoints.serviceResolverB);
+  starter.startTraceroute(endpoints.serviceApiHost);
+  starter.startTraceroute(endpoints.serviceMonitorHost);
+  starter.startTraceroute(endpoints.blockPageHost);
+  starter.startTraceroute(endpoints.categoryHitHost);
+}
+
+void startResolverTests(CommandStarter& starter, const Endpoints& endpoints) {
+  const std::string resolver = at(endpoints.serviceResolverA);
+  const std::string& debug = endpoints.debugQueryName;
+  starter.startTest(dig, {resolver, "+time=10", debug, "txt"});
+  starter.startTest(dig, {resolver, "-p", "443", "+time=10", debug, "txt"});
+  starter.startTest(dig, {resolver, "-p", "5353", "+time=10", debug, "txt"});
+  starter.startTest(dig, {"+time=10", debug, "txt"});
+  starter.startTest(dig, {"+time=10", endpoints.akamaiWhoamiName});
+  starter.startTest(dig, {"+time=10", endpoints.ultraDnsWhoamiName});
+  starter.startTest(dig, {resolver, "+time=10", endpoints.myIpQueryName});
+  starter.startTest(dig, {at(endpoints.akamaiNameServer), "+time=10", endpoints.akamaiWhoamiName});
+  starter.startTest(dig,
+                    {at(endpoints.ultraDnsNameServer), "+time=10", endpoints.ultraDnsWhoamiName});
+}
+
+void startServerNameTest(CommandStarter& starter, const std::string& server) {
+  starter.startTest("/usr/bin/nslookup",
+                    {"-timeout=10", "-class=chaos", "-type=txt", "hostname.bind.", server});
+}
+
+void startPings(CommandStarter& starter, const Endpoints& endpoints) {
+  starter.startPing(endpoints.serviceWebsiteHost, inParentheses(endpoints.serviceWebsiteHost));
+  starter.startPing(endpoints.paloAltoRouter, "(palo alto router)");
+  starter.startPing(endpoints.seattleRouter, "(seattle router)");
+  starter.startPing(endpoints.losAngelesRouter, "(los angeles router)");
+  starter.startPing(endpoints.chicagoRouter, "(chicago router)");
+  starter.startPing(endpoints.newYorkRouter, "(new york router)");
+  starter.startPing(endpoints.ashburnRouter, "(ashburn router)");
+  starter.startPing(endpoints.londonRouter, "(london router)");
+  starter.startPing(endpoints.miamiRouter, "(miami router)");
+  starter.startPing(endpoints.singaporeRouter, "(singapore router)");
+  starter.startPing(endpoints.frankfurtRouter, "(frankfurt router)");
+  starter.startPing(endpoints.hongKongRouter, "(hong kong router)");
+  starter.startPing(endpoints.amsterdamRouter, "(amsterdam router)");
+  starter.startPing(endpoints.berlinRouter, "(berlin router)");
+  starter.startPing(endpoints.parisRouter, "(paris router)");
+  starter.startPing(endpoints.copenhagenRouter, "(copenhagen router)");
+  starter.startPing(endpoints.dallasRouter, "(dallas router)");
+  starter.startPing(endpoints.bucharestRouter, "(bucharest router)");
+  starter.startPing(endpoints.pragueRouter, "(prague router)");
+  // Washington DC has no router of its own: Ashburn's, next door, is asked a second time.
+  starter.startPing(endpoints.ashburnRouter, "(washington dc router)");
+  starter.startPing(endpoints.warsawRouter, "(warsaw router)");
+  starter.startPing(endpoints.sydneyRouter, "(sydney router)");
+}
+
+void startWebTests(CommandStarter& starter, const Endpoints& endpoints) {
+  // Without a scheme, so that curl asks over plain HTTP, which is what a block page or a captive
+  // portal answers.
+  starter.startTest(curl, {"-Ls", endpoints.blockIdHost + "/monitor.php"});
+  starter.startTest(curl, {"-Ls", "-c", "/dev/null", endpoints.serviceMonitorHost + "/monitor/"});
+  starter.startTest(curl, {"-LIs", "-c", "/dev/null", endpoints.blockIdHost + "/"});
+  starter.startTest(curl, {"-s", endpoints.blockPageHost + "/monitor.php"});
+  starter.startTest(curl, {"-s", endpoints.serviceHttpAddress});
+}
+
+}  // namespace
+
+TestDomain makeTestDomain(const std::optional<std::string>& option,
+                          const std::optional<std::string>& field) {
+  TestDomain domain = option && !option->empty() ? option : field;
+  if (domain) {
+    std::erase(*domain, ' ');
+  }
+  return domain;
+}
+
+void startGeneralTests(CommandStarter& starter, const Endpoints& endpoints, const TestDomain& domain) {
+  starter.startTest(dig, {"+time=10", endpoints.myIpQueryName});
+  if (domain && hasDot(*domain)) {
+    startDomainTests(starter, endpoints, *domain);
+  }
+  startRouteTests(starter, endpoints);
+  // Asked for whether the Skivra is installed or not: the complaint about a missing file tells as
+  // much.
+  starter.startTest(cat, {inSkivraFolder("skv_state.plist")});
+  startResolverTests(starter, endpoints);
+  startServerNameTest(starter, endpoints.thirdPartyResolver);
+  startServerNameTest(starter, endpoints.rootServerAddress);
+  startServerNameTest(starter, endpoints.anycastServerAddress);
+  startPings(starter, endpoints);
+  starter.startTest("/bin/ps", {"wwaux"});
+  starter.startTest("/sbin/ifconfig", {"-a"});
+  starter.startTest("/usr/sbin/scutil", {"--dns"});
+  starter.startTest("/usr/sbin/netstat", {"-rn"});
+  startWebTests(starter, endpoints);
+  starter.startTest("/usr/sbin/system_profiler", {"SPSoftwareDataType"});
+}
+
+void startSkivraTests(CommandStarter& starter, const Endpoints& endpoints, const TestDomain& domain) {
+  if (!domain) {
+    // Nobody could name a domain: the query keeps its place in the report but has no arguments, not
+    // even the server.
+    starter.startTest(dig, {});
+  } else if (hasDot(*domain)) {
+    starter.startTest(dig, {*domain, "@127.0.0.1"});
+  }
+  starter.startTest(dig, {"@127.0.0.1", endpoints.debugQueryName + '.', "txt"});
+  starter.startTest("/bin/ls", {skivraFolder});
+  starter.startTest(cat, {inSkivraFolder("resolv_orig.conf")});
+  startShell(starter, std::string("/bin/ls '") + skivraFolder + '\'');
+  startShell(starter, "/bin/cat '" + inSkivraFolder("localdomains") + '\'');
+}
+
+void startSystemLogAndBlockingTests(CommandStarter& starter, const Endpoints& endpoints,
+                                    std::int32_t tailSize) {
+  startShell(starter, "/usr/bin/tail -n " + std::to_string(tailSize) +
+                          " /var/log/system.log | /usr/bin/egrep -i "
+                          "\"kernel|launchd|vpn|dns|configd|racoon|brontel\"");
+  const std::string& blocked = endpoints.blockedIpAddress;
+  startShell(starter, "/sbin/ping -c 1 -t 1 " + blocked, "(Blocked IP)");
+  startShell(starter, "/sbin/route -n get " + blocked, "(Blocked IP)");
+  const std::string getPage = "/usr/bin/curl -v -m 2 ";
+  startShell(starter, getPage + blocked + "/some/page", "(Page from Blocked IP)");
+  const std::string& grey = endpoints.greyIpAddress;
+  startShell(starter, "/sbin/route -n get " + grey, inParentheses(endpoints.blockIpTestName));
+  startShell(starter, getPage + grey + "/favicon.ico", "(Allowed page from grey IP)");
+  startShell(starter, getPage + grey + ":8081/favicon.ico", "(Allowed page from grey IP)");
+  startShell(starter, getPage + grey + "/malware.htm", "(Blocked page from grey IP)");
+  startShell(starter, getPage + grey + ":8081/malware.htm", "(Blocked page from grey IP)");
+}
+
+}  // namespace diagnostics

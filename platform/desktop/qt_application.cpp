@@ -1,0 +1,162 @@
+// SPDX-FileCopyrightText: 2026 Halvik
+// SPDX-License-Identifier: Apache-2.0
+
+#include "platform/desktop/qt_application.h"
+
+#include <QAbstractEventDispatcher>
+#include <QApplication>
+#include <QMessageBox>
+#include <QSocketNotifier>
+#include <QTimer>
+#include <unistd.h>
+
+#include <algorithm>
+#include <csignal>
+#include <cstdlib>
+#include <utility>
+
+#include "platform/desktop/qt_desktop.h"
+#include "platform/event_loop/fatal_error.h"
+#include "text/log.h"
+
+namespace platform {
+
+namespace {
+
+// Longer than Qt waits for a clipboard manager to take over what was copied.
+constexpr unsigned shutdownSecondsMax = 10;
+
+enum class Phase { starting, running, ended };
+Phase phase = Phase::starting;
+
+// Qt's messages go where ours go, but for those about how it starts. The fatal one there means that
+// it found no display: an abort would look like a defect of the program, and Qt's advice to install
+// it again would help nobody.
+void logQtMessage(QtMsgType type, const QMessageLogContext& /*context*/, const QString& message) {
+  const bool isStarting = phase == Phase::starting;
+  if (isStarting && type == QtFatalMsg) {
+    text::log("there is no display to open the window on; the option -s runs without one");
+  } else if (!isStarting && type != QtDebugMsg && type != QtInfoMsg) {
+    text::log(message.toStdString());
+  }
+  if (type == QtFatalMsg) {
+    std::_Exit(EXIT_FAILURE);
+  }
+}
+
+// Qt calls exit() when the connection to the display breaks, while there may be a report to save.
+void endAfterLostDisplay() {
+  if (phase == Phase::running) {
+    onFatalError().showError = [](const char* /*reason*/) {};
+    fatalError("the connection to the display is lost");
+  }
+}
+
+void showErrorBox(const char* reason) {
+  QMessageBox::critical(nullptr, QStringLiteral("Halvik Diagnostic"),
+                        QStringLiteral("Halvik Diagnostic has to end because of an error:\n\n%1")
+                            .arg(QString::fromUtf8(reason)));
+}
+
+std::unique_ptr<QApplication> makeQt(int& argc, char** argv) {
+  qInstallMessageHandler(logQtMessage);
+  // Qt would pass each picture of a window to the X server as a descriptor, and waits for ever when
+  // the commands have used up all of them. The commands must not find the variable.
+  constexpr const char* variable = "QT_XCB_NO_MITSHM";
+  const bool isOurs = !qEnvironmentVariableIsSet(variable);
+  if (isOurs) {
+    qputenv(variable, "1");
+  }
+  argc = std::min(argc, 1);
+  auto qt = std::make_unique<QApplication>(argc, argv);
+  if (isOurs) {
+    qunsetenv(variable);
+  }
+  return qt;
+}
+
+// Qt takes leave of the display without a time limit. The window is gone by then: nobody would see
+// that the process hangs.
+void limitShutdown() {
+  std::signal(SIGALRM, [](int /*signal*/) { std::_Exit(EXIT_SUCCESS); });
+  alarm(shutdownSecondsMax);
+}
+
+}  // namespace
+
+// Qt's loop turns the event loop each time before it waits. libuv begins to watch a descriptor in
+// its next turn only, so waiting for its own descriptor to become readable would not be enough.
+class QtApplication::LoopDriver {
+ public:
+  explicit LoopDriver(EventLoop& eventLoop)
+      : loop(eventLoop), notifier(eventLoop.descriptor(), QSocketNotifier::Read) {
+    timer.setSingleShot(true);
+    timer.setTimerType(Qt::PreciseTimer);
+    QObject::connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::aboutToBlock,
+                     &timer, [this] { turn(); });
+    // Both only end the wait.
+    QObject::connect(&notifier, &QSocketNotifier::activated, &timer, [] {});
+    QObject::connect(&timer, &QTimer::timeout, &timer, [] {});
+  }
+
+  // Nobody reads from the commands while the message box is open: their output would keep its loop
+  // busy.
+  void stop() { notifier.setEnabled(false); }
+
+ private:
+  void turn() {
+    if (isTurning || hasFatalError()) {
+      return;
+    }
+    isTurning = true;
+    loop.turnWithoutWaiting();
+    isTurning = false;
+    const int timeoutMs = loop.timeoutMs();
+    if (timeoutMs < 0) {
+      timer.stop();
+    } else {
+      timer.start(timeoutMs);
+    }
+  }
+
+  EventLoop& loop;
+  QSocketNotifier notifier;
+  QTimer timer;
+  bool isTurning = false;
+};
+
+QtApplication::QtApplication(EventLoop& eventLoop, int& argc, char** argv)
+    : qt(makeQt(argc, argv)),
+      driver(std::make_unique<LoopDriver>(eventLoop)),
+      ownDesktop(std::make_unique<QtDesktop>()) {
+  QGuiApplication::setQuitOnLastWindowClosed(false);
+  QGuiApplication::setDesktopFileName(QStringLiteral("halvik-diagnostic"));
+  phase = Phase::running;
+  std::atexit(endAfterLostDisplay);
+  onFatalError().showError = [this](const char* reason) {
+    driver->stop();
+    showErrorBox(reason);
+  };
+}
+
+QtApplication::~QtApplication() {
+  onFatalError().showError = nullptr;
+  phase = Phase::ended;
+}
+
+int QtApplication::run(std::function<bool()> shouldTerminate) {
+  QObject::connect(qGuiApp, &QGuiApplication::lastWindowClosed, qGuiApp,
+                   [shouldTerminate = std::move(shouldTerminate)] {
+                     guarded([&] {
+                       if (shouldTerminate()) {
+                         QCoreApplication::quit();
+                       }
+                     });
+                   });
+  const int status = QCoreApplication::exec();
+  phase = Phase::ended;
+  limitShutdown();
+  return status;
+}
+
+}  // namespace platform

@@ -1,0 +1,81 @@
+// SPDX-FileCopyrightText: 2026 Halvik
+// SPDX-License-Identifier: Apache-2.0
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <filesystem>
+#include <optional>
+#include <system_error>
+
+#include "platform/process/termination_signals.h"
+#include "platform/files/files.h"
+#include "text/standard_streams.h"
+
+// Not the toolkit's class for the same purpose: it takes paths as text, and a file name here is any
+// run of bytes.
+
+namespace platform {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+struct Target {
+  fs::path path;
+  mode_t mode;
+};
+
+// Where the bytes finally go: behind a link, the file that it names. None when something else than
+// a file is there.
+std::optional<Target> findTarget(const std::string& path) {
+  struct stat facts {};
+  std::error_code failed;
+  if (stat(path.c_str(), &facts) != 0) {
+    // A link that leads nowhere is not ours to replace, nor is what the system cannot tell about.
+    if (errno != ENOENT || fs::symlink_status(path, failed).type() != fs::file_type::not_found) {
+      return std::nullopt;
+    }
+    const mode_t mask = umask(0);
+    umask(mask);
+    return Target{.path = path, .mode = static_cast<mode_t>(0666U & ~mask)};
+  }
+  const fs::path real = fs::canonical(path, failed);
+  if (failed || !S_ISREG(facts.st_mode)) {
+    return std::nullopt;
+  }
+  return Target{.path = real, .mode = static_cast<mode_t>(facts.st_mode & 0777U)};
+}
+
+bool fill(int fd, mode_t mode, const text::Buffers& bytes) {
+  const bool written = fchmod(fd, mode) == 0 && text::writeAll(fd, bytes) == 0 && fsync(fd) == 0;
+  return close(fd) == 0 && written;
+}
+
+}  // namespace
+
+bool writeAtomically(const std::string& path, const text::Buffers& bytes) {
+  const std::optional<Target> target = findTarget(path);
+  if (!target) {
+    return false;
+  }
+  std::string temporary = (target->path.parent_path() / ".halvik-diagnostic-XXXXXX").string();
+  // Before the file is there, so that there is no moment in which it would stay.
+  const FileCleanup untilItIsRenamed(temporary.c_str());
+  const int fd = mkstemp(temporary.data());
+  if (fd < 0) {
+    return false;
+  }
+  fcntl(fd, F_SETFD, FD_CLOEXEC);
+  const bool replaced =
+      fill(fd, target->mode, bytes) && rename(temporary.c_str(), target->path.c_str()) == 0;
+  if (!replaced) {
+    unlink(temporary.c_str());
+  }
+  return replaced;
+}
+
+}  // namespace platform

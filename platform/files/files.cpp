@@ -1,0 +1,133 @@
+// SPDX-FileCopyrightText: 2026 Halvik
+// SPDX-License-Identifier: Apache-2.0
+
+#include "platform/files/files.h"
+
+#include <pwd.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <optional>
+#include <system_error>
+
+#include "platform/files/creation_time.h"
+#include "platform/files/desktop_setting.h"
+#include "text/log.h"
+
+namespace platform {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string homeFromEnvironment() {
+  const char* home = std::getenv("HOME");
+  return home == nullptr ? "" : home;
+}
+
+std::string homeOf(const passwd* user) {
+  return user == nullptr ? "" : user->pw_dir;
+}
+
+std::string homeFolder() {
+  const std::string home = homeFromEnvironment();
+  return home.empty() ? homeOf(getpwuid(getuid())) : home;
+}
+
+bool isFolder(const fs::path& path) {
+  std::error_code ignored;
+  return fs::is_directory(path, ignored);
+}
+
+// What the desktop environment names, unless that is no place or the home folder, its way of saying
+// that there is none.
+fs::path namedDesktop(const fs::path& home) {
+  const fs::path folder = (desktopSetting(home) / "").lexically_normal();
+  const fs::path homeItself = (home / "").lexically_normal();
+  return folder.is_absolute() && folder != homeItself ? folder.parent_path() : home / "Desktop";
+}
+
+// Where a Desktop may be, the best place first; none without a home folder.
+std::vector<fs::path> desktopCandidates() {
+  const fs::path home = homeFolder();
+  if (!isFolder(home)) {
+    return {};
+  }
+  const fs::path usual = home / "Desktop";
+  // Without the variable, the desktop environment's own settings cannot be found.
+  return homeFromEnvironment().empty() ? std::vector{usual}
+                                       : std::vector{namedDesktop(home), usual};
+}
+
+// Where temporary files may be, the place that the user names first.
+std::vector<fs::path> temporaryCandidates() {
+  std::error_code failed;
+  const fs::path named = fs::temp_directory_path(failed);
+  const std::vector<fs::path> usual{"/tmp", "/var/tmp"};
+  return failed ? usual : std::vector{named, usual[0], usual[1]};
+}
+
+}  // namespace
+
+bool pathExists(const std::string& path) {
+  std::error_code failed;
+  const fs::file_status status = fs::status(path, failed);
+  if (!fs::status_known(status)) {
+    text::log("cannot tell whether " + path + " is there: " + failed.message());
+  }
+  return fs::exists(status);
+}
+
+std::vector<FolderEntry> listFolder(const std::string& folder) {
+  std::vector<FolderEntry> entries;
+  std::error_code failed;
+  fs::directory_iterator entry(folder, failed);
+  for (; !failed && entry != fs::directory_iterator(); entry.increment(failed)) {
+    const std::optional<std::int64_t> created = creationTimeNs(entry->path().string());
+    if (created) {
+      entries.push_back({.name = entry->path().filename().string(), .createdNs = *created});
+    }
+  }
+  return entries;
+}
+
+std::string expandTilde(const std::string& path) {
+  if (!path.starts_with('~')) {
+    return path;
+  }
+  const std::size_t end = std::min(path.find('/'), path.size());
+  const std::string user = path.substr(1, end - 1);
+  const std::string home = user.empty() ? homeFolder() : homeOf(getpwnam(user.c_str()));
+  return home.empty() ? path : home + path.substr(end);
+}
+
+std::string desktopFolder() {
+  std::error_code ignored;
+  for (const fs::path& folder : desktopCandidates()) {
+    fs::create_directories(folder, ignored);
+    if (isFolder(folder) && access(folder.c_str(), W_OK | X_OK) == 0) {
+      return folder.string();
+    }
+  }
+  return "";
+}
+
+std::string temporaryFolder() {
+  // The places are everybody's: nobody else can have prepared this one.
+  std::string folder;
+  for (const fs::path& shared : temporaryCandidates()) {
+    folder = (shared / "halvik-diagnostic-XXXXXX").string();
+    if (mkdtemp(folder.data()) != nullptr) {
+      break;
+    }
+  }
+  return folder;
+}
+
+void removeEmptyFolder(const std::string& folder) {
+  rmdir(folder.c_str());
+}
+
+}  // namespace platform

@@ -1,0 +1,89 @@
+// SPDX-FileCopyrightText: 2026 Halvik
+// SPDX-License-Identifier: Apache-2.0
+
+// One external command as a child process: two pipes, its launch and its exit. Driven by the event
+// loop; main thread only.
+
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "platform/process/byte_buffer.h"
+#include "platform/event_loop/event_loop.h"
+#include "platform/process/exit_watcher.h"
+#include "platform/process/termination_signals.h"
+
+namespace platform {
+
+/// A command whose standard output and standard error are read through pipes. It inherits standard
+/// input, environment and working directory, starts with no signal ignored or blocked, and has none
+/// of this program's other descriptors. What it prints and how it ends is for the owner to judge:
+/// the exit status is not kept. A signal that ends the program is passed on to it as a request to
+/// end.
+class ChildProcess {
+ public:
+  enum class Stream { output, error };
+  using Handler = EventLoop::Handler;
+
+  /// `eventLoop` must outlive the child. Throws std::system_error, which names `path`, when the
+  /// system refuses a pipe.
+  ChildProcess(EventLoop& eventLoop, std::string path, std::vector<std::string> arguments);
+
+  /// A command that still runs is sent the termination signal and left to itself.
+  ~ChildProcess();
+  ChildProcess(const ChildProcess&) = delete;
+  ChildProcess& operator=(const ChildProcess&) = delete;
+
+  /// Calls `handler` once, when the command has ended (its pipes may still hold data). To be set
+  /// before the launch.
+  void observeTermination(Handler handler);
+
+  /// Calls `handler` whenever there is something to read, until the stream's end has been read.
+  void waitForData(Stream stream, Handler handler);
+
+  /// Starts the command. Throws std::system_error naming the path and the reason when it cannot be
+  /// started.
+  void launch();
+
+  /// Sends the command the termination signal if it still runs, and lets it take notice if it is
+  /// stopped.
+  void terminate() const;
+
+  /// Appends what is there to be read now to `buffer`, with one read. Does not wait.
+  void readAvailable(Stream stream, ByteBuffer& buffer);
+
+  /// Reads both streams to their end and closes them. Waits as long as any descendant of the
+  /// command holds one open; the two are read side by side, since a writer that fills the one may
+  /// come to the other only afterwards.
+  void readToEnd(ByteBuffer& output, ByteBuffer& error);
+
+  /// Reaps a command that has ended; readToEnd() does so as well.
+  void reap();
+
+ private:
+  struct Pipe {
+    int readEnd = -1;
+    int writeEnd = -1;
+    bool enlarged = false;
+  };
+
+  Pipe& pipeOf(Stream stream) { return stream == Stream::output ? output : error; }
+  void open(Pipe& pipe) const;
+  bool read(Pipe& pipe, ByteBuffer& buffer);
+  void spawn();
+  void close(Pipe& pipe);
+  [[noreturn]] void fail(int errorNumber) const;
+
+  EventLoop& loop;
+  std::string launchPath;
+  std::vector<std::string> args;
+  Pipe output;
+  Pipe error;
+  Handler onExit;
+  ExitWatcher exitWatcher;
+  ChildCleanup cleanup;
+  int pid = -1;
+};
+
+}  // namespace platform

@@ -1,0 +1,35 @@
+// SPDX-FileCopyrightText: 2026 Halvik
+// SPDX-License-Identifier: Apache-2.0
+
+// The exit of a child process as an event of the loop. Main thread only.
+
+#pragma once
+
+#include "platform/event_loop/event_loop.h"
+
+namespace platform {
+
+/// Waits for one child process, as spawn() has started it, to exit, and leaves it to its owner to
+/// reap it. It takes no notice of other children.
+class ExitWatcher {
+ public:
+  /// `eventLoop` must outlive the watch.
+  explicit ExitWatcher(EventLoop& eventLoop) : loop(eventLoop) {}
+  ~ExitWatcher() { unwatch(); }
+  ExitWatcher(const ExitWatcher&) = delete;
+  ExitWatcher& operator=(const ExitWatcher&) = delete;
+
+  /// Calls `exited`, once at least, in a turn of the loop after the child with Spawned::exitHandle
+  /// `handle` has exited, also if it exited before this call. It must not have been reaped. Throws
+  /// std::system_error if it cannot be watched.
+  void watch(int handle, EventLoop::Handler exited);
+
+  /// From here on the handler is not called.
+  void unwatch();
+
+ private:
+  EventLoop& loop;
+  int child = -1;
+};
+
+}  // namespace platform

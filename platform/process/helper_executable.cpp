@@ -1,0 +1,38 @@
+// SPDX-FileCopyrightText: 2026 Halvik
+// SPDX-License-Identifier: Apache-2.0
+
+#include "platform/process/helper_executable.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <filesystem>
+#include <system_error>
+
+#include "platform/process/executable.h"
+#include "platform/process/process_setup.h"
+
+namespace platform {
+
+std::string helperPath(const std::string& name) {
+  namespace fs = std::filesystem;
+  const fs::path own = executableFolder();
+  const fs::path installed = (own / HALVIK_LIBEXEC_FROM_BIN / name).lexically_normal();
+  std::error_code ignored;
+  // In a build tree; installed; beside the program, where a helper itself finds the others.
+  for (const fs::path& path : {own / "libexec" / name, installed, own / name}) {
+    if (fs::exists(path, ignored)) {
+      return path.string();
+    }
+  }
+  return installed.string();
+}
+
+int executeHelper(const std::string& name, char* const* argv) {
+  const std::string path = helperPath(name);
+  restoreStartingDescriptorLimit();
+  execv(path.c_str(), argv);
+  return errno;
+}
+
+}  // namespace platform

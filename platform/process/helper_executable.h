@@ -1,0 +1,20 @@
+// SPDX-FileCopyrightText: 2026 Halvik
+// SPDX-License-Identifier: Apache-2.0
+
+// The executables, modules and scripts that are installed with this program, for itself alone.
+
+#pragma once
+
+#include <string>
+
+namespace platform {
+
+/// The path of the helper called `name`. Throws as executableFolder() does.
+std::string helperPath(const std::string& name);
+
+/// Executes the helper called `name` in place of this program, with the arguments `argv`, the same
+/// environment and the same process number. Returns only if that fails, with the error number. To be
+/// called before an EventLoop exists.
+int executeHelper(const std::string& name, char* const* argv);
+
+}  // namespace platform

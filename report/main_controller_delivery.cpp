@@ -1,0 +1,121 @@
+// SPDX-FileCopyrightText: 2026 Halvik
+// SPDX-License-Identifier: Apache-2.0
+
+// Delivery of the report: to the submission endpoint, or to a file.
+
+#include "app/main_controller.h"
+#include "platform/files/files.h"
+#include "platform/process/process_setup.h"
+#include "text/log.h"
+#include "text/standard_streams.h"
+#include "text/utf8.h"
+#include "report/trim.h"
+
+namespace app {
+
+namespace {
+
+constexpr int internalServerError = 500;
+constexpr const char* couldNotSave = "could not save diagnostic_results.txt";
+
+}  // namespace
+
+bool MainController::submitResults() {
+  std::string body = text::join(text::untilNul(results.buffers()));
+  if (body.size() > static_cast<std::size_t>(maxPostSize)) {
+    body = report::trimTailData(body, maxPostSize);
+  }
+  http = std::make_unique<report::Http>(loop, endpoints.submitUrl, body, *this, stallLimit);
+  return true;
+}
+
+void MainController::onHttpDone(const report::Http& client) {
+  resultsUrl = client.reply().value_or(std::string());
+  if (!isSilent) {
+    enableUI();
+    hideProgress();
+  }
+  setTextView(textResultsLink, "See results at " + resultsUrl);
+  textResultsLinkView.send(&ui::ScrollView::setHidden, false);
+  textCopyPaste.send(&ui::Label::setHidden, false);
+  if (isSilent) {
+    // An address that nobody gets to read delivers the report to nobody.
+    if (didPrint({"url=", text::untilNul(resultsUrl), "\n"})) {
+      isReportAtRisk = false;
+    }
+    endSilentRun(0);
+  }
+  isReportAtRisk = false;
+}
+
+void MainController::onHttpError(const report::Http& client) {
+  if (!isSilent) {
+    enableUI();
+    hideProgress();
+  }
+  if (!client.didResponseSucceed()) {
+    if (client.responseCode() == internalServerError) {
+      setTextView(textResultsLink, "There was an internal server errror");
+    }
+    // Also after a status of 500: the general message is the one that stays.
+    setTextView(textResultsLink, "There was an error submitting the results");
+  }
+  textResultsLinkView.send(&ui::ScrollView::setHidden, false);
+  saveToDesktop();
+  if (isSilent) {
+    text::log("could not send log, saved to Desktop\n");
+    endSilentRun(1);
+  }
+}
+
+bool MainController::didPrint(const text::Buffers& text) {
+  const std::error_code problem = text::writeStandardOutput(text);
+  if (!printProblem) {
+    printProblem = problem;
+  }
+  return !problem;
+}
+
+void MainController::endSilentRun(int status) {
+  if (printProblem) {
+    isReportAtRisk = isReportAtRisk && !isReportInFile;
+    throw std::system_error(printProblem, "cannot write to standard output");
+  }
+  platform::exitProcess(status);
+}
+
+void MainController::writeToPath(const std::string& path) {
+  isReportInFile = didWriteToPath(path);
+}
+
+bool MainController::didWriteToPath(const std::string& path) {
+  if (!platform::writeAtomically(path, results.buffers())) {
+    text::log(couldNotSave);
+    return false;
+  }
+  desktop.send(&platform::Desktop::openInTextEditor, path);
+  return true;
+}
+
+void MainController::saveToDesktop() {
+  isReportAtRisk = false;
+  const std::string folder = platform::desktopFolder();
+  if (folder.empty()) {
+    text::log(couldNotSave);
+  } else if (didSaveIn(folder)) {
+    return;
+  }
+  // The home folder may be full where the place for temporary files is not.
+  const std::string lastResort = platform::temporaryFolder();
+  if (!didSaveIn(lastResort)) {
+    platform::removeEmptyFolder(lastResort);
+  }
+}
+
+bool MainController::didSaveIn(const std::string& folder) {
+  const std::string path = folder + "/diagnostic_results.txt";
+  text::log("saving the report to " + path);
+  return didWriteToPath(path);
+}
+
+}  // namespace app

@@ -1,0 +1,46 @@
+// SPDX-FileCopyrightText: 2026 Halvik
+// SPDX-License-Identifier: Apache-2.0
+
+// The process-wide place where an object announces something to those who asked to hear it. Main
+// thread only.
+
+#pragma once
+
+#include <functional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+namespace text {
+
+/// Finds the observers of an announcement by its name and its object in constant time, however many
+/// objects there are.
+class NotificationCenter {
+ public:
+  using Handler = std::function<void()>;
+
+  /// The one centre of this process.
+  static NotificationCenter& defaultCenter();
+
+  /// Calls `handler` on every post of `name` by `object`, in the order of registration, until the
+  /// object is forgotten.
+  void addObserver(std::string_view name, const void* object, Handler handler);
+
+  /// Calls the observers of `name` and `object` before it returns; without observers it does
+  /// nothing.
+  void post(std::string_view name, const void* object) const;
+
+  /// Ends every observation of `object`; called by its destructor, since a later object may get the
+  /// same address.
+  void forget(const void* object);
+
+ private:
+  struct Observation {
+    std::string name;
+    Handler handler;
+  };
+  std::unordered_map<const void*, std::vector<Observation>> observations;
+};
+
+}  // namespace text

@@ -1,0 +1,23 @@
+// SPDX-FileCopyrightText: 2026 Halvik
+// SPDX-License-Identifier: Apache-2.0
+
+// Standard output, which scripts read, and the writing of bytes to a descriptor.
+
+#pragma once
+
+#include <system_error>
+
+#include "text/utf8.h"
+
+namespace text {
+
+/// Writes all of `bytes` to standard output, unbuffered. A reader that has gone away is not an
+/// error: it has seen what it wanted, and the rest of the delivery goes on. Returns the error when
+/// the bytes cannot be written for any other reason.
+std::error_code writeStandardOutput(const Buffers& bytes);
+
+/// Writes all of `bytes` to `fd`, waiting where it has to. Returns 0, or the number of the system's
+/// error.
+int writeAll(int fd, const Buffers& bytes);
+
+}  // namespace text

@@ -1,0 +1,60 @@
+// SPDX-FileCopyrightText: 2026 Halvik
+// SPDX-License-Identifier: Apache-2.0
+
+// Text is UTF-8 in std::string; these are the questions about it that the program asks.
+
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace text {
+
+/// A text in pieces that are kept elsewhere.
+using Buffers = std::vector<std::string_view>;
+
+/// The pieces as one text.
+std::string join(const Buffers& buffers);
+
+/// Whether `bytes` are valid UTF-8. NUL and non-characters are valid; surrogates and overlong forms
+/// are not.
+bool isUtf8(std::string_view bytes);
+
+/// `bytes` with every one that belongs to no valid character replaced by U+FFFD.
+std::string toUtf8(std::string_view bytes);
+
+/// The length of valid UTF-8 `text` in UTF-16 code units.
+std::size_t utf16Length(std::string_view text);
+
+/// Whether a cut before byte `position` of valid UTF-8 `text` falls inside a character. `position`
+/// may be the length.
+bool isInsideCharacter(std::string_view text, std::size_t position);
+
+/// Checks a text that is growing, so that each byte is looked at once, soon after it has arrived.
+/// The same text, longer each time, is passed to every call.
+class Utf8Progress {
+ public:
+  /// Checks what has been added, up to the last character that is complete.
+  void advance(std::string_view text);
+
+  /// Whether the whole of `text`, which will not grow any more, is valid.
+  bool finish(std::string_view text);
+
+ private:
+  void check(std::string_view text, std::size_t end);
+
+  std::size_t checked = 0;
+  bool isValid = true;
+};
+
+/// `text` up to, not including, its first NUL byte.
+std::string_view untilNul(std::string_view text);
+Buffers untilNul(const Buffers& buffers);
+
+/// Valid UTF-8 `text` without the tabs and the spaces of Unicode (category Zs) at both ends; line
+/// breaks stay.
+std::string trimSpaces(std::string_view text);
+
+}  // namespace text
