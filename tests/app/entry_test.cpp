@@ -9,17 +9,18 @@
 #include <cstdlib>
 #include <iostream>
 
-#include "support/fake_application.h"
 
 namespace app {
 namespace {
 
 constexpr int windowedStatus = 7;
 
-// Launches nothing, and shows what it was given once its loop is turned.
+// Launches nothing, and shows what it was given when the loop is turned.
 class Shown final : public MainController {
  public:
-  explicit Shown(platform::EventLoop& owner) : MainController(owner) {}
+  explicit Shown(platform::EventLoop& eventLoop) : MainController(eventLoop) {
+    eventLoop.post([this] { show(); });
+  }
   using MainController::startTest;
   void startTest(const std::string& /*launchPath*/, const std::vector<std::string>& /*args*/,
                  const Text& /*comment*/) override {
@@ -43,23 +44,14 @@ class Shown final : public MainController {
     argv.push_back(argument.data());
   }
   argv.push_back(nullptr);
-  auto application = std::make_unique<support::FakeApplication>();
-  const auto makeController = [&loop = *application](platform::EventLoop& owner) {
-    auto controller = std::make_unique<Shown>(owner);
-    loop.whenRun = [&shown = *controller] { shown.show(); };
-    return controller;
+  const auto makeController = [](platform::EventLoop& loop) {
+    return std::make_unique<Shown>(loop);
   };
   std::exit(runProgram(static_cast<int>(arguments.size()), argv.data(), makeController,
-                       {.makeApplication =
-                            [&](int& /*argc*/, char** /*argv*/, bool willUpload) {
-                              std::cerr << (willUpload ? "uploads; " : "uploads nothing; ");
-                              return std::move(application);
-                            },
-                        .runWindowed =
-                            [](int& argc, char** /*argv*/, const ControllerFactory& /*make*/) {
-                              std::cerr << "windowed with " << argc << '\n';
-                              return windowedStatus;
-                            }}));
+                       [](int& argc, char** /*argv*/, const ControllerFactory& /*make*/) {
+                         std::cerr << "windowed with " << argc << '\n';
+                         return windowedStatus;
+                       }));
 }
 
 bool hasSerialNumber(const std::vector<const char*>& arguments) {
@@ -77,19 +69,19 @@ TEST(EntryDeathTest, GivesARunWithoutAWindowItsOptions) {
     EXPECT_EXIT(run(arguments), testing::ExitedWithCode(0), "^" + shown + "\n$");
   };
   expectRun({"program", "-s"},
-            "uploads; silent 1 console 0 force 0 skip 0 internet 0 domain .none. output .none. "
+            "silent 1 console 0 force 0 skip 0 internet 0 domain .none. output .none. "
             "limit 1000000 started [1-9][0-9]*");
   expectRun({"program", "-s", "-c"},
-            "uploads nothing; silent 1 console 1 force 0 skip 0 internet 0 domain .none. output "
+            "silent 1 console 1 force 0 skip 0 internet 0 domain .none. output "
             ".none. limit 1000000 started [1-9][0-9]*");
   expectRun({"program", "-s", "--skv", "-d="},
-            "uploads; silent 1 console 0 force 1 skip 0 internet 0 domain .. output .none. limit "
+            "silent 1 console 0 force 1 skip 0 internet 0 domain .. output .none. limit "
             "1000000 started [1-9][0-9]*");
   expectRun({"program", "-s", "--noskv", "-o="},
-            "uploads; silent 1 console 0 force 0 skip 1 internet 0 domain .none. output .. limit "
+            "silent 1 console 0 force 0 skip 1 internet 0 domain .none. output .. limit "
             "1000000 started [1-9][0-9]*");
   expectRun({"program", "-s", "-i", "-o=F", "-d=a.b"},
-            "uploads; silent 1 console 0 force 0 skip 0 internet 1 domain .a.b. output .F. limit "
+            "silent 1 console 0 force 0 skip 0 internet 1 domain .a.b. output .F. limit "
             "1000000 started [1-9][0-9]*");
 }
 
@@ -101,8 +93,8 @@ TEST(EntryDeathTest, OpensAWindowInEveryOtherRun) {
 
 TEST(EntryDeathTest, TakesTheProgramsOwnPathForAnArgumentLikeAnyOther) {
   EXPECT_EXIT(run({"-h"}), testing::ExitedWithCode(0), "-h --help -., Display this usage");
-  EXPECT_EXIT(run({"-s"}), testing::ExitedWithCode(0), "uploads; silent 1 .* started [1-9][0-9]*");
-  EXPECT_EXIT(run({"-c", "-s"}), testing::ExitedWithCode(0), "uploads nothing; silent 1 console 1");
+  EXPECT_EXIT(run({"-s"}), testing::ExitedWithCode(0), "silent 1 .* started [1-9][0-9]*");
+  EXPECT_EXIT(run({"-c", "-s"}), testing::ExitedWithCode(0), "silent 1 console 1");
   EXPECT_EXIT(run({"-psn_0_1", "-s"}), testing::ExitedWithCode(windowedStatus), "windowed with 2");
   EXPECT_EXIT(run({""}), testing::KilledBySignal(SIGABRT), "the program ends after an error");
 }

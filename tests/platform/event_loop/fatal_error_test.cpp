@@ -21,27 +21,27 @@ namespace {
   throw std::runtime_error("a reason");
 }
 
-TEST(Boundary, LetsWorkThroughThatDoesNotThrow) {
+TEST(FatalError, DoesNotComeOfWorkThatDoesNotThrow) {
   int calls = 0;
   guarded([&] { ++calls; });
   EXPECT_EQ(calls, 1);
 }
 
-TEST(BoundaryDeathTest, AnUncaughtErrorIsLoggedAndAborts) {
+TEST(FatalErrorDeathTest, AnUncaughtExceptionIsLoggedAndAborts) {
   EXPECT_EXIT(guarded(fail), testing::KilledBySignal(SIGABRT), "\\] .*: a reason\n");
   EXPECT_EXIT(guarded([] { throw 1; }), testing::KilledBySignal(SIGABRT), "without a description\n");
 }
 
-TEST(BoundaryDeathTest, TheReportIsSavedBeforeTheEnd) {
+TEST(FatalErrorDeathTest, TheReportIsSavedBeforeTheEnd) {
   EXPECT_EXIT(
       {
-        onFatalError().saveReport = [] { log("saved"); };
+        onFatalError().saveReport = [] { text::log("saved"); };
         guarded(fail);
       },
       testing::KilledBySignal(SIGABRT), "a reason\n.*saved\n");
 }
 
-TEST(BoundaryDeathTest, ASecondErrorWhileSavingEndsAsWell) {
+TEST(FatalErrorDeathTest, ASecondErrorWhileSavingEndsAsWell) {
   EXPECT_EXIT(
       {
         onFatalError().saveReport = [] { throw std::runtime_error("another"); };
@@ -50,22 +50,22 @@ TEST(BoundaryDeathTest, ASecondErrorWhileSavingEndsAsWell) {
       testing::KilledBySignal(SIGABRT), "a reason\n.*another\n");
 }
 
-TEST(BoundaryDeathTest, AMeasureThatFailsLeavesTheOthersToBeTaken) {
+TEST(FatalErrorDeathTest, AHookThatThrowsDoesNotKeepTheNextFromBeingCalled) {
   EXPECT_EXIT(
       {
         onFatalError().saveReport = [] { throw std::runtime_error("another"); };
-        onFatalError().endCommands = [] { log("ended"); };
-        onFatalError().showError = [](const char* reason) { log(std::string("told ") + reason); };
+        onFatalError().endCommands = [] { text::log("ended"); };
+        onFatalError().showError = [](const char* reason) { text::log(std::string("shown ") + reason); };
         guarded(fail);
       },
-      testing::ExitedWithCode(EXIT_FAILURE), "a reason\n.*another\n.*ended\n.*told another\n");
+      testing::ExitedWithCode(EXIT_FAILURE), "a reason\n.*another\n.*ended\n.*shown another\n");
 }
 
-TEST(BoundaryDeathTest, AnErrorInAThreadOfALibrarySavesTheReportAsWell) {
+TEST(FatalErrorDeathTest, AnErrorInAThreadOfALibrarySavesTheReportAsWell) {
   EXPECT_EXIT(
       {
-        onFatalError().saveReport = [] { log("saved"); };
-        onFatalError().showError = [](const char* /*reason*/) { log("told"); };
+        onFatalError().saveReport = [] { text::log("saved"); };
+        onFatalError().showError = [](const char* /*reason*/) { text::log("shown"); };
         std::thread(fail).join();
       },
       testing::KilledBySignal(SIGABRT), "\\] .*: a reason\n[^\n]*saved\n$");
@@ -83,27 +83,27 @@ TEST(BoundaryDeathTest, AnErrorInAThreadOfALibrarySavesTheReportAsWell) {
   throw std::bad_alloc();
 }
 
-TEST(BoundaryDeathTest, ThereIsMemoryLeftToTellThatThereIsNone) {
+TEST(FatalErrorDeathTest, IsLoggedAndSavesTheReportWithoutMemory) {
   EXPECT_EXIT(
       {
-        onFatalError().saveReport = [] { log(std::string(1000, 's')); };
+        onFatalError().saveReport = [] { text::log(std::string(1000, 's')); };
         guarded(useUpMemory);
       },
       testing::KilledBySignal(SIGABRT), "\\] .*: std::bad_alloc\n.*sss\n");
 }
 #endif
 
-TEST(BoundaryDeathTest, CommandsAreAskedToEndWhenTheReportIsSafe) {
+TEST(FatalErrorDeathTest, TheCommandsAreEndedAfterTheReportIsSaved) {
   EXPECT_EXIT(
       {
-        onFatalError().saveReport = [] { log("saved"); };
-        onFatalError().endCommands = [] { log("ended"); };
+        onFatalError().saveReport = [] { text::log("saved"); };
+        onFatalError().endCommands = [] { text::log("ended"); };
         guarded(fail);
       },
       testing::KilledBySignal(SIGABRT), "saved\n.*ended\n");
 }
 
-TEST(BoundaryDeathTest, NothingGoesOnWhileAPersonIsTold) {
+TEST(FatalErrorDeathTest, NothingElseRunsWhileTheErrorIsShown) {
   EXPECT_EXIT(
       {
         onFatalError().showError = [](const char* /*reason*/) { guarded([] { std::_Exit(2); }); };
@@ -112,14 +112,14 @@ TEST(BoundaryDeathTest, NothingGoesOnWhileAPersonIsTold) {
       testing::ExitedWithCode(EXIT_FAILURE), "a reason\n");
 }
 
-TEST(BoundaryDeathTest, APersonIsToldAndTheStatusSaysThatItFailed) {
+TEST(FatalErrorDeathTest, TheErrorIsShownAndTheStatusIsOne) {
   EXPECT_EXIT(
       {
-        onFatalError().saveReport = [] { log("saved"); };
-        onFatalError().showError = [](const char* reason) { log(std::string("told ") + reason); };
+        onFatalError().saveReport = [] { text::log("saved"); };
+        onFatalError().showError = [](const char* reason) { text::log(std::string("shown ") + reason); };
         guarded(fail);
       },
-      testing::ExitedWithCode(1), "saved\n.*told a reason\n");
+      testing::ExitedWithCode(1), "saved\n.*shown a reason\n");
 }
 
 }  // namespace

@@ -8,7 +8,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <array>
 #include <csignal>
 #include <memory>
@@ -25,7 +24,7 @@ namespace {
 Spawned startCommand(std::vector<const char*> argv) {
   const Spawned child =
       spawn(argv.front(), const_cast<char* const*>(argv.data()), STDOUT_FILENO, STDERR_FILENO);
-  EXPECT_EQ(child.problem, 0);
+  EXPECT_EQ(child.error, 0);
   return child;
 }
 
@@ -55,7 +54,7 @@ class Gate {
         spawn("/bin/cat", const_cast<char* const*>(argv.data()), STDOUT_FILENO, STDERR_FILENO);
     dup2(before, STDIN_FILENO);
     close(before);
-    EXPECT_EQ(child.problem, 0);
+    EXPECT_EQ(child.error, 0);
     return child;
   }
 
@@ -70,22 +69,17 @@ class Gate {
   int writeEnd;
 };
 
-struct Counter final : DescriptorWatcher {
-  void descriptorReady() override { ++calls; }
-  int calls = 0;
-};
-
 // A watch of one child.
 struct Watch {
   explicit Watch(const Spawned& child) : pid(child.pid) {
-    EXPECT_TRUE(end.watch(child.end, counter));
+    end.watch(child.exitHandle, [this] { ++calls; });
   }
   void await() const {
-    support::turnUntil([&] { return counter.calls > 0; });
+    support::turnUntil([&] { return calls > 0; });
   }
 
   pid_t pid;
-  Counter counter;
+  int calls = 0;
   ExitWatcher end{support::eventLoop()};
 };
 
@@ -96,41 +90,41 @@ void turnSomeTimes() {
   }
 }
 
-void waitWithoutCollecting(pid_t pid) {
+void waitWithoutReaping(pid_t pid) {
   siginfo_t facts{};
   EXPECT_EQ(waitid(P_PID, static_cast<id_t>(pid), &facts, WEXITED | WNOWAIT), 0);
 }
 
-// Collects a child that must have been left to be collected.
-void collect(pid_t pid) {
+// Reaps a child that must not have been reaped yet.
+void reap(pid_t pid) {
   EXPECT_EQ(waitpid(pid, nullptr, WNOHANG), pid);
 }
 
-TEST(ExitWatcher, IsToldWhenItComesAndLeavesTheChildToBeCollected) {
+TEST(ExitWatcher, CallsItsHandlerAtTheExitAndDoesNotReapTheChild) {
   Gate gate;
   const Watch watch(gate.start());
   turnSomeTimes();
-  EXPECT_EQ(watch.counter.calls, 0);
+  EXPECT_EQ(watch.calls, 0);
   gate.open();
   watch.await();
-  collect(watch.pid);
+  reap(watch.pid);
 }
 
-TEST(ExitWatcher, IsToldOfAChildThatEndedBefore) {
+TEST(ExitWatcher, ReportsAChildThatExitedBefore) {
   Gate gate;
   gate.open();
   for (int i = 0; i < 2; ++i) {
     const Spawned child = gate.start();
-    waitWithoutCollecting(child.pid);
+    waitWithoutReaping(child.pid);
     turnSomeTimes();
     const Watch watch(child);
-    EXPECT_EQ(watch.counter.calls, 0);
+    EXPECT_EQ(watch.calls, 0);
     watch.await();
-    collect(child.pid);
+    reap(child.pid);
   }
 }
 
-TEST(ExitWatcher, IsToldOfEveryOneOfManyThatComeAtOnce) {
+TEST(ExitWatcher, ReportsEachOfManyThatExitAtOnce) {
   Gate gate;
   std::vector<std::unique_ptr<Watch>> watches;
   for (int i = 0; i < 200; ++i) {
@@ -144,34 +138,12 @@ TEST(ExitWatcher, IsToldOfEveryOneOfManyThatComeAtOnce) {
   pthread_sigmask(SIG_BLOCK, &blocked, &before);
   gate.open();
   for (const auto& watch : watches) {
-    waitWithoutCollecting(watch->pid);
+    waitWithoutReaping(watch->pid);
   }
   pthread_sigmask(SIG_SETMASK, &before, nullptr);
   for (const auto& watch : watches) {
     watch->await();
-    collect(watch->pid);
-  }
-}
-
-TEST(ExitWatcher, OfManyLeavesTheOtherEventsTheirTurns) {
-  Gate gate;
-  std::vector<std::unique_ptr<Watch>> watches;
-  const auto told = [&] {
-    return std::count_if(watches.begin(), watches.end(),
-                         [](const auto& watch) { return watch->counter.calls > 0; });
-  };
-  for (int i = 0; i < 200; ++i) {
-    watches.push_back(std::make_unique<Watch>(gate.start()));
-  }
-  gate.open();
-  for (const auto& watch : watches) {
-    waitWithoutCollecting(watch->pid);
-  }
-  support::turn();
-  EXPECT_LT(told(), 200);
-  support::turnUntil([&] { return told() == 200; });
-  for (const auto& watch : watches) {
-    collect(watch->pid);
+    reap(watch->pid);
   }
 }
 
@@ -181,20 +153,20 @@ TEST(ExitWatcher, LetsTheLoopSleepUntilTheNext) {
   {
     const Watch first(gate.start());
     first.await();
-    collect(first.pid);
+    reap(first.pid);
   }
   const Watch second(startCommand({"/bin/sleep", "0.2", nullptr}));
   int turns = 0;
   support::turnUntil([&] {
     ++turns;
-    return second.counter.calls > 0;
+    return second.calls > 0;
   });
   // A loop that does not sleep turns thousands of times.
   EXPECT_LT(turns, 100);
-  collect(second.pid);
+  reap(second.pid);
 }
 
-TEST(ExitWatcher, IsNotAPause) {
+TEST(ExitWatcher, TakesAStoppedChildForARunningOne) {
   Gate gate;
   Gate open;
   open.open();
@@ -206,15 +178,15 @@ TEST(ExitWatcher, IsNotAPause) {
   const Watch other(open.start());
   other.await();
   turnSomeTimes();
-  EXPECT_EQ(paused.counter.calls, 0);
+  EXPECT_EQ(paused.calls, 0);
   kill(paused.pid, SIGCONT);
   gate.open();
   paused.await();
-  collect(paused.pid);
-  collect(other.pid);
+  reap(paused.pid);
+  reap(other.pid);
 }
 
-TEST(ExitWatcher, OfAStrangerIsLeftAlone) {
+TEST(ExitWatcher, LeavesOtherChildrenAlone) {
   Gate gate;
   const pid_t stranger = fork();
   if (stranger == 0) {
@@ -222,42 +194,35 @@ TEST(ExitWatcher, OfAStrangerIsLeftAlone) {
   }
   const Watch watch(gate.start());
   gate.open();
-  waitWithoutCollecting(stranger);
+  waitWithoutReaping(stranger);
   watch.await();
   turnSomeTimes();
-  collect(watch.pid);
-  collect(stranger);
+  reap(watch.pid);
+  reap(stranger);
 }
 
-// The first that is told ends the watches of both.
-struct Leaver final : DescriptorWatcher {
-  void descriptorReady() override {
-    ++calls;
-    for (ExitWatcher* end : ends) {
-      end->unwatch();
-    }
-  }
-  std::vector<ExitWatcher*> ends;
-  int calls = 0;
-};
-
-TEST(ExitWatcher, IsNotToldAfterTheWatch) {
+TEST(ExitWatcher, CallsNothingAfterUnwatch) {
   Gate gate;
-  Leaver leaver;
   ExitWatcher first(support::eventLoop());
   ExitWatcher second(support::eventLoop());
-  leaver.ends = {&first, &second};
+  int calls = 0;
+  // Whichever is called first ends both watches.
+  const auto leave = [&] {
+    ++calls;
+    first.unwatch();
+    second.unwatch();
+  };
   const std::array<Spawned, 2> children{gate.start(), gate.start()};
-  EXPECT_TRUE(first.watch(children[0].end, leaver));
-  EXPECT_TRUE(second.watch(children[1].end, leaver));
+  first.watch(children[0].exitHandle, leave);
+  second.watch(children[1].exitHandle, leave);
   gate.open();
-  waitWithoutCollecting(children[0].pid);
-  waitWithoutCollecting(children[1].pid);
-  support::turnUntil([&] { return leaver.calls > 0; });
+  waitWithoutReaping(children[0].pid);
+  waitWithoutReaping(children[1].pid);
+  support::turnUntil([&] { return calls > 0; });
   turnSomeTimes();
-  EXPECT_EQ(leaver.calls, 1);
-  collect(children[0].pid);
-  collect(children[1].pid);
+  EXPECT_EQ(calls, 1);
+  reap(children[0].pid);
+  reap(children[1].pid);
 }
 
 TEST(ExitWatcher, LeavesNoDescriptorBehind) {
@@ -272,13 +237,13 @@ TEST(ExitWatcher, LeavesNoDescriptorBehind) {
     const Watch watch(gate.start());
     const Watch given(abandoned);
     watch.await();
-    collect(watch.pid);
+    reap(watch.pid);
   }
   EXPECT_EQ(support::openDescriptors(), before);
   longer.open();
-  waitWithoutCollecting(abandoned.pid);
-  collect(abandoned.pid);
-  collect(first.pid);
+  waitWithoutReaping(abandoned.pid);
+  reap(abandoned.pid);
+  reap(first.pid);
 }
 
 }  // namespace

@@ -31,19 +31,6 @@ TEST(ProcessSetupDeathTest, OpensMissingStandardDescriptors) {
   EXPECT_EXIT(openMissingStandardDescriptors(), testing::ExitedWithCode(0), "");
 }
 
-TEST(ProcessSetupDeathTest, OpensThemWhereDevicesAreMissing) {
-  if (geteuid() != 0) {
-    GTEST_SKIP() << "only root can leave the devices behind";
-  }
-  EXPECT_EXIT(
-      {
-        if (chroot("/usr") == 0) {
-          openMissingStandardDescriptors();
-        }
-      },
-      testing::ExitedWithCode(0), "");
-}
-
 // One that the system had collected by itself could pass its number to a stranger while the program
 // still sends it signals.
 TEST(ProcessSetupDeathTest, KeepsEndedCommandsWhateverTheProgramWasStartedWith) {

@@ -34,11 +34,11 @@ TEST(Spawn, PassesOnNoDescriptorThatWasOpenedToBePassedOn) {
     std::array<const char*, 4> argv{"sh", "-c", line.c_str(), nullptr};
     const Spawned child =
         spawn("/bin/sh", const_cast<char* const*>(argv.data()), STDOUT_FILENO, STDERR_FILENO);
-    ASSERT_EQ(child.problem, 0);
+    ASSERT_EQ(child.error, 0);
     int status = 0;
     ASSERT_EQ(waitpid(child.pid, &status, 0), child.pid);
     EXPECT_EQ(status, 0);
-    close(child.end);
+    close(child.exitHandle);
   }
   close(inheritable[0]);
   close(inheritable[1]);
@@ -52,16 +52,16 @@ TEST(Spawn, WorksAgainOnceThereAreDescriptors) {
   int problem = 0;
   {
     const support::Limit none(RLIMIT_NOFILE, 3);
-    problem = start().problem;
+    problem = start().error;
   }
   // The second where an earlier test of this process has taken numbers beyond the limit.
   EXPECT_THAT(problem, testing::AnyOf(EMFILE, EBADF));
   const Spawned child = start();
-  ASSERT_EQ(child.problem, 0);
+  ASSERT_EQ(child.error, 0);
   int status = 1;
   ASSERT_EQ(waitpid(child.pid, &status, 0), child.pid);
   EXPECT_EQ(status, 0);
-  close(child.end);
+  close(child.exitHandle);
 }
 
 Spawned startTrue(int standardOutput, int standardError) {
@@ -74,7 +74,7 @@ Spawned startTrue(int standardOutput, int standardError) {
     std::_Exit(2);
   }
   const Spawned child = startTrue(STDOUT_FILENO, STDERR_FILENO);
-  std::_Exit(child.problem == EBUSY && child.pid < 0 ? 0 : 1);
+  std::_Exit(child.error == EBUSY && child.pid < 0 ? 0 : 1);
 }
 
 // A command without its streams would look like one that prints nothing.
@@ -89,7 +89,7 @@ TEST(SpawnDeathTest, FailsIfTheChildCannotBeGivenItsStreams) {
     std::_Exit(2);
   }
   const Spawned child = startTrue(STDOUT_FILENO, STDERR_FILENO);
-  std::_Exit(child.problem == ENOMEM && fcntl(ours, F_GETFD) >= 0 ? 0 : 1);
+  std::_Exit(child.error == ENOMEM && fcntl(ours, F_GETFD) >= 0 ? 0 : 1);
 }
 
 // What it closes in a table of descriptors that is not its own, it closes for the program.
@@ -106,7 +106,7 @@ TEST(SpawnDeathTest, FailsIfTheChildCannotHaveDescriptorsOfItsOwn) {
   for (int i = 0; i < 2; ++i) {
     const Spawned child = startTrue(ends[1], ends[1]);
     int status = 1;
-    if (child.problem != 0 || waitpid(child.pid, &status, 0) < 0 || status != 0) {
+    if (child.error != 0 || waitpid(child.pid, &status, 0) < 0 || status != 0) {
       std::_Exit(3);
     }
   }
@@ -127,7 +127,7 @@ TEST(SpawnDeathTest, KeepsNoStreamOpenThatItCannotTakeBack) {
   std::array<int, 3> others{};
   for (int i = 0; i < 2; ++i) {
     const Spawned child = startTrue(STDOUT_FILENO, STDOUT_FILENO);
-    if (child.problem != 0) {
+    if (child.error != 0) {
       std::_Exit(3);
     }
     if (i == 0) {
@@ -165,7 +165,7 @@ extern "C" void countRun(int /*signal*/) {
   }
   const Spawned child = startTrue(STDOUT_FILENO, STDERR_FILENO);
   int status = 0;
-  const bool struck = child.problem == 0 && waitpid(child.pid, &status, 0) == child.pid &&
+  const bool struck = child.error == 0 && waitpid(child.pid, &status, 0) == child.pid &&
                       WIFSIGNALED(status) && WTERMSIG(status) == SIGUSR1;
   std::_Exit(struck && handlerRuns == 0 ? 0 : 1);
 }
