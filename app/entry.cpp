@@ -8,8 +8,8 @@
 
 #include "app/options.h"
 #include "platform/event_loop/fatal_error.h"
-#include "text/log.h"
 #include "platform/process/process_setup.h"
+#include "text/log.h"
 #include "text/url.h"
 
 namespace app {

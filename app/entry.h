@@ -13,8 +13,7 @@
 namespace app {
 
 /// Makes the controller of a process.
-using ControllerFactory =
-    std::function<std::unique_ptr<MainController>(platform::EventLoop& loop)>;
+using ControllerFactory = std::function<std::unique_ptr<MainController>(platform::EventLoop& loop)>;
 
 /// The factory of what users run.
 std::unique_ptr<MainController> makeMainController(platform::EventLoop& loop);

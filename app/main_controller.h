@@ -16,14 +16,14 @@
 #include <system_error>
 #include <vector>
 
+#include "diagnostics/command_starter.h"
 #include "diagnostics/endpoints.h"
 #include "diagnostics/process_list.h"
-#include "diagnostics/command_starter.h"
 #include "platform/desktop/desktop.h"
 #include "platform/event_loop/event_loop.h"
-#include "text/utf8.h"
 #include "report/http.h"
 #include "report/report.h"
+#include "text/utf8.h"
 #include "ui/controls.h"
 #include "ui/outlet.h"
 

@@ -5,7 +5,8 @@
 
 namespace diagnostics {
 
-void CommandStarter::startTest(const std::string& launchPath, const std::vector<std::string>& args) {
+void CommandStarter::startTest(const std::string& launchPath,
+                               const std::vector<std::string>& args) {
   startTest(launchPath, args, std::nullopt);
 }
 

@@ -33,7 +33,8 @@ void startShell(CommandStarter& starter, const std::string& commandLine,
   starter.startTest("/bin/sh", {"-c", commandLine}, comment);
 }
 
-void startDomainTests(CommandStarter& starter, const Endpoints& endpoints, const std::string& domain) {
+void startDomainTests(CommandStarter& starter, const Endpoints& endpoints,
+                      const std::string& domain) {
   starter.startTraceroute(domain);
   starter.startTest(dig, {"+time=10", domain});
   starter.startTest(dig, {"+time=10", domain, at(endpoints.serviceResolverA)});
@@ -117,7 +118,8 @@ TestDomain makeTestDomain(const std::optional<std::string>& option,
   return domain;
 }
 
-void startGeneralTests(CommandStarter& starter, const Endpoints& endpoints, const TestDomain& domain) {
+void startGeneralTests(CommandStarter& starter, const Endpoints& endpoints,
+                       const TestDomain& domain) {
   starter.startTest(dig, {"+time=10", endpoints.myIpQueryName});
   if (domain && hasDot(*domain)) {
     startDomainTests(starter, endpoints, *domain);
@@ -139,7 +141,8 @@ void startGeneralTests(CommandStarter& starter, const Endpoints& endpoints, cons
   starter.startTest("/usr/sbin/system_profiler", {"SPSoftwareDataType"});
 }
 
-void startSkivraTests(CommandStarter& starter, const Endpoints& endpoints, const TestDomain& domain) {
+void startSkivraTests(CommandStarter& starter, const Endpoints& endpoints,
+                      const TestDomain& domain) {
   if (!domain) {
     // Nobody could name a domain: the query keeps its place in the report but has no arguments, not
     // even the server.

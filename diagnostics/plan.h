@@ -9,8 +9,8 @@
 #include <optional>
 #include <string>
 
-#include "diagnostics/endpoints.h"
 #include "diagnostics/command_starter.h"
+#include "diagnostics/endpoints.h"
 
 namespace diagnostics {
 
@@ -28,10 +28,12 @@ TestDomain makeTestDomain(const std::optional<std::string>& option,
 
 /// Starts the tests that every run makes, with those of `domain` if it is one that can be asked
 /// for.
-void startGeneralTests(CommandStarter& starter, const Endpoints& endpoints, const TestDomain& domain);
+void startGeneralTests(CommandStarter& starter, const Endpoints& endpoints,
+                       const TestDomain& domain);
 
 /// Starts the tests of the Skivra that stand before its beacon logs.
-void startSkivraTests(CommandStarter& starter, const Endpoints& endpoints, const TestDomain& domain);
+void startSkivraTests(CommandStarter& starter, const Endpoints& endpoints,
+                      const TestDomain& domain);
 
 /// Starts the tests of the Skivra that stand after its beacon logs; `tailSize` lines of the system
 /// log are searched.

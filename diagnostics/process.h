@@ -15,8 +15,8 @@
 
 #include "platform/process/byte_buffer.h"
 #include "platform/process/child_process.h"
-#include "text/utf8.h"
 #include "report/report.h"
+#include "text/utf8.h"
 
 namespace diagnostics {
 

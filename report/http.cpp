@@ -5,9 +5,9 @@
 
 #include <utility>
 
+#include "report/multipart.h"
 #include "text/log.h"
 #include "text/utf8.h"
-#include "report/multipart.h"
 
 namespace report {
 

@@ -45,8 +45,8 @@ class Http : private platform::HttpConnectionDelegate {
   /// Starts the upload of `data` to `url`. With no data, or with a URL that nothing can be sent to,
   /// `receiver` is told before the constructor returns; otherwise later, from `loop`.
   /// Both must outlive the client.
-  Http(platform::EventLoop& loop, std::string url, std::string_view data,
-       HttpProtocol& receiver, std::chrono::milliseconds stallLimit = usualStallLimit);
+  Http(platform::EventLoop& loop, std::string url, std::string_view data, HttpProtocol& receiver,
+       std::chrono::milliseconds stallLimit = usualStallLimit);
 
   /// Whether reply data has arrived and the status was below 400. False for a reply that was
   /// refused.

@@ -6,10 +6,10 @@
 #include "app/main_controller.h"
 #include "platform/files/files.h"
 #include "platform/process/process_setup.h"
+#include "report/trim.h"
 #include "text/log.h"
 #include "text/standard_streams.h"
 #include "text/utf8.h"
-#include "report/trim.h"
 
 namespace app {
 

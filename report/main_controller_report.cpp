@@ -4,8 +4,8 @@
 // The report of a run: whom it is from, and what its commands printed.
 
 #include "app/main_controller.h"
-#include "text/utf8.h"
 #include "report/report.h"
+#include "text/utf8.h"
 
 namespace app {
 

@@ -5,8 +5,8 @@
 
 #include <stdexcept>
 
-#include "text/utf8.h"
 #include "report/report.h"
+#include "text/utf8.h"
 
 namespace report {
 

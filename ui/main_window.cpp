@@ -14,8 +14,8 @@
 
 #include <utility>
 
-#include "platform/event_loop/fatal_error.h"
 #include "platform/desktop/qt_url.h"
+#include "platform/event_loop/fatal_error.h"
 #include "ui/widget_controls.h"
 
 namespace ui {
@@ -104,7 +104,8 @@ void setUpField(QLineEdit& field, const char* name, const QString& placeholder) 
 }
 
 void connectButton(QPushButton& button, const std::function<void()>& action) {
-  QObject::connect(&button, &QPushButton::clicked, &button, [action] { platform::guarded(action); });
+  QObject::connect(&button, &QPushButton::clicked, &button,
+                   [action] { platform::guarded(action); });
 }
 
 }  // namespace

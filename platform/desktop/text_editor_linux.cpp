@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include "platform/desktop/text_editor.h"
-
 #include "platform/process/helper_executable.h"
 
 namespace platform {

@@ -39,7 +39,8 @@ struct EventLoop::Watch {
 
 class EventLoop::UvTimer final : public Timer {
  public:
-  UvTimer(uv_loop_t* loop, Handler whenExpired) : state(new State{.timer = {}, .handler = std::move(whenExpired)}) {
+  UvTimer(uv_loop_t* loop, Handler whenExpired)
+      : state(new State{.timer = {}, .handler = std::move(whenExpired)}) {
     uv_timer_init(loop, &state->timer);
     state->timer.data = state;
   }
@@ -95,10 +96,11 @@ void EventLoop::watch(int fd, Interest interest, Handler handler) {
     watch->poll.data = watch;
   }
   watch->handler = std::move(handler);
-  uv_poll_start(&watch->poll, uvEvents(interest), [](uv_poll_t* poll, int /*status*/, int /*events*/) {
-    // A copy, since the handler may call watch() for its own descriptor.
-    guarded(Handler(static_cast<Watch*>(poll->data)->handler));
-  });
+  uv_poll_start(&watch->poll, uvEvents(interest),
+                [](uv_poll_t* poll, int /*status*/, int /*events*/) {
+                  // A copy, since the handler may call watch() for its own descriptor.
+                  guarded(Handler(static_cast<Watch*>(poll->data)->handler));
+                });
 }
 
 void EventLoop::unwatch(int fd) {
@@ -116,7 +118,8 @@ std::unique_ptr<Timer> EventLoop::makeTimer(Handler handler) {
 
 void EventLoop::post(Handler task) {
   tasks.push_back(std::move(task));
-  uv_idle_start(&idle, [](uv_idle_t* handle) { static_cast<EventLoop*>(handle->data)->runTasks(); });
+  uv_idle_start(&idle,
+                [](uv_idle_t* handle) { static_cast<EventLoop*>(handle->data)->runTasks(); });
 }
 
 void EventLoop::runTasks() {

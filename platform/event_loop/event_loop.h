@@ -73,7 +73,8 @@ class EventLoop {
   /// Readable when a turn is due; for the loop of Qt to watch.
   int descriptor() const;
 
-  /// In how many milliseconds the next turn is due even if descriptor() is not readable; -1 if never.
+  /// In how many milliseconds the next turn is due even if descriptor() is not readable; -1 if
+  /// never.
   int timeoutMs() const;
 
  private:

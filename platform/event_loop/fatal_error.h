@@ -37,8 +37,8 @@ void installTerminateHandler();
 /// Whether the process is ending after a fatal error. Qt's loop may still run, for the message box.
 bool hasFatalError();
 
-/// Runs `work` and makes an exception that it throws a fatal error. Does nothing once there has been
-/// one: the run must not go on behind the message box.
+/// Runs `work` and makes an exception that it throws a fatal error. Does nothing once there has
+/// been one: the run must not go on behind the message box.
 template <class Work>
 void guarded(Work&& work) {
   if (hasFatalError()) {

@@ -11,8 +11,8 @@
 #include <optional>
 #include <system_error>
 
-#include "platform/process/termination_signals.h"
 #include "platform/files/files.h"
+#include "platform/process/termination_signals.h"
 #include "text/standard_streams.h"
 
 // Not the toolkit's class for the same purpose: it takes paths as text, and a file name here is any

@@ -1,10 +1,10 @@
 // SPDX-FileCopyrightText: 2026 Halvik
 // SPDX-License-Identifier: Apache-2.0
 
-#include "platform/files/desktop_setting.h"
-
 #include <QFile>
 #include <QStandardPaths>
+
+#include "platform/files/desktop_setting.h"
 
 namespace platform {
 

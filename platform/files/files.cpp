@@ -5,6 +5,7 @@
 
 #include <pwd.h>
 #include <unistd.h>
+#include <uv.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -12,7 +13,6 @@
 #include <optional>
 #include <system_error>
 
-#include "platform/files/creation_time.h"
 #include "platform/files/desktop_setting.h"
 #include "text/log.h"
 
@@ -69,6 +69,19 @@ std::vector<fs::path> temporaryCandidates() {
   return failed ? usual : std::vector{named, usual[0], usual[1]};
 }
 
+// In nanoseconds since 1970; none where nothing is at `path`.
+std::optional<std::int64_t> creationTimeNs(const fs::path& path) {
+  uv_fs_t request;
+  if (uv_fs_lstat(nullptr, &request, path.c_str(), nullptr) < 0) {
+    return std::nullopt;
+  }
+  const uv_stat_t& facts = request.statbuf;
+  const bool isKept = facts.st_birthtim.tv_sec != 0;
+  const uv_timespec_t& time = isKept ? facts.st_birthtim : facts.st_ctim;
+  uv_fs_req_cleanup(&request);
+  return std::int64_t{time.tv_sec} * 1'000'000'000 + time.tv_nsec;
+}
+
 }  // namespace
 
 bool pathExists(const std::string& path) {
@@ -85,7 +98,7 @@ std::vector<FolderEntry> listFolder(const std::string& folder) {
   std::error_code failed;
   fs::directory_iterator entry(folder, failed);
   for (; !failed && entry != fs::directory_iterator(); entry.increment(failed)) {
-    const std::optional<std::int64_t> created = creationTimeNs(entry->path().string());
+    const std::optional<std::int64_t> created = creationTimeNs(entry->path());
     if (created) {
       entries.push_back({.name = entry->path().filename().string(), .createdNs = *created});
     }

@@ -18,8 +18,8 @@ constexpr const char* proxyCommand = "/usr/bin/proxy";
 constexpr std::chrono::seconds timeLimit{5};
 
 bool isSetInEnvironment() {
-  constexpr std::array variables{"http_proxy",  "https_proxy", "HTTPS_PROXY",
-                                 "all_proxy", "ALL_PROXY"};
+  constexpr std::array variables{"http_proxy", "https_proxy", "HTTPS_PROXY", "all_proxy",
+                                 "ALL_PROXY"};
   return std::any_of(variables.begin(), variables.end(),
                      [](const char* variable) { return std::getenv(variable) != nullptr; });
 }

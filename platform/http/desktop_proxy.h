@@ -1,7 +1,8 @@
 // SPDX-FileCopyrightText: 2026 Halvik
 // SPDX-License-Identifier: Apache-2.0
 
-// The proxy that the user's desktop is set to, asked of libproxy's command `proxy`. Main thread only.
+// The proxy that the user's desktop is set to, asked of libproxy's command `proxy`. Main thread
+// only.
 
 #pragma once
 
@@ -22,9 +23,9 @@ class DesktopProxyQuery {
   using Answer = std::function<void(const std::string& proxy)>;
 
   /// Calls `answer` once, in a later turn of the loop, with the desktop's proxy for `url`. There is
-  /// none where a variable of the environment names a proxy, which counts instead, where the command
-  /// is not installed, and where it takes too long. Destroying the query, which must not be done in
-  /// `answer`, ends it.
+  /// none where a variable of the environment names a proxy, which counts instead, where the
+  /// command is not installed, and where it takes too long. Destroying the query, which must not be
+  /// done in `answer`, ends it.
   DesktopProxyQuery(EventLoop& loop, const std::string& url, Answer answer);
 
  private:

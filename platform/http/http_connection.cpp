@@ -64,11 +64,12 @@ std::unique_ptr<HttpConnection> sendHttpRequest(EventLoop& loop, HttpRequest req
     logFailure(error);
     return nullptr;
   }
-  return std::make_unique<ProxiedConnection>(std::move(request), HttpContext{.loop = loop,
-                                                                            .delegate = delegate,
-                                                                            .stallLimit = stallLimit,
-                                                                            .proxy = "",
-                                                                            .logFailure = logFailure});
+  return std::make_unique<ProxiedConnection>(std::move(request),
+                                             HttpContext{.loop = loop,
+                                                         .delegate = delegate,
+                                                         .stallLimit = stallLimit,
+                                                         .proxy = "",
+                                                         .logFailure = logFailure});
 }
 
 }  // namespace platform

@@ -3,6 +3,7 @@
 
 #include "platform/process/child_process.h"
 
+#include <fcntl.h>
 #include <poll.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -12,7 +13,6 @@
 #include <system_error>
 #include <utility>
 
-#include "platform/process/pipe.h"
 #include "platform/process/spawn.h"
 #include "platform/process/tools.h"
 
@@ -21,6 +21,7 @@ namespace platform {
 namespace {
 
 constexpr std::size_t defaultPipeBytes = 64UL * 1024;
+[[maybe_unused]] constexpr int largePipeBytes = 1024 * 1024;
 
 }  // namespace
 
@@ -95,8 +96,9 @@ void ChildProcess::readToEnd(ByteBuffer& outputBytes, ByteBuffer& errorBytes) {
 
 void ChildProcess::open(Pipe& pipe) const {
   std::array<int, 2> ends;
-  if (!openPipe(ends)) {
-    fail(errno);
+  // No command inherits them.
+  if (const int result = uv_pipe(ends.data(), 0, 0); result < 0) {
+    fail(-result);
   }
   pipe.readEnd = ends[0];
   pipe.writeEnd = ends[1];
@@ -121,7 +123,10 @@ bool ChildProcess::read(Pipe& pipe, ByteBuffer& buffer) {
   if (bytes >= defaultPipeBytes && !pipe.enlarged) {
     // A command that fills its pipe prints a lot: let it run on while others are read.
     pipe.enlarged = true;
-    enlargePipe(pipe.readEnd);
+#ifdef F_SETPIPE_SZ
+    // Refused where the user has too much in pipes already.
+    fcntl(pipe.readEnd, F_SETPIPE_SZ, largePipeBytes);
+#endif
   }
   return bytes > 0;
 }

@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "platform/process/byte_buffer.h"
 #include "platform/event_loop/event_loop.h"
+#include "platform/process/byte_buffer.h"
 #include "platform/process/exit_watcher.h"
 #include "platform/process/termination_signals.h"
 

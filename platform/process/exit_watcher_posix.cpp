@@ -16,7 +16,8 @@ namespace platform {
 
 namespace {
 
-// Does not reap the child: until its owner knows that it has exited, nobody else may get its number.
+// Does not reap the child: until its owner knows that it has exited, nobody else may get its
+// number.
 bool hasExited(pid_t pid) {
   siginfo_t info{};
   return waitid(P_PID, static_cast<id_t>(pid), &info, WEXITED | WNOHANG | WNOWAIT) != 0 ||
@@ -57,9 +58,7 @@ class Children {
     uv_signal_init(loop.handle(), signal);
     const int result = uv_signal_start(
         signal,
-        [](uv_signal_t* /*handle*/, int /*number*/) {
-          guarded([] { instance().reportExits(); });
-        },
+        [](uv_signal_t* /*handle*/, int /*number*/) { guarded([] { instance().reportExits(); }); },
         SIGCHLD);
     if (result < 0) {
       throw std::system_error(-result, std::generic_category(), "cannot listen for SIGCHLD");

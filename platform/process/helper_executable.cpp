@@ -4,15 +4,32 @@
 #include "platform/process/helper_executable.h"
 
 #include <unistd.h>
+#include <uv.h>
 
+#include <array>
 #include <cerrno>
+#include <climits>
 #include <filesystem>
 #include <system_error>
 
-#include "platform/process/executable.h"
 #include "platform/process/process_setup.h"
 
 namespace platform {
+
+namespace {
+
+// The folder of the running executable, links resolved. Not the working directory where the system
+// does not say: others may have put a file there that is named like a helper.
+std::filesystem::path executableFolder() {
+  std::array<char, PATH_MAX> path;
+  std::size_t size = path.size();
+  if (const int result = uv_exepath(path.data(), &size); result < 0) {
+    throw std::system_error(-result, std::generic_category(), "cannot tell where the program is");
+  }
+  return std::filesystem::canonical(std::string(path.data(), size)).parent_path();
+}
+
+}  // namespace
 
 std::string helperPath(const std::string& name) {
   namespace fs = std::filesystem;

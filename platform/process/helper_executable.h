@@ -9,12 +9,13 @@
 
 namespace platform {
 
-/// The path of the helper called `name`. Throws as executableFolder() does.
+/// The path of the helper called `name`. Throws std::system_error if the system does not say where
+/// the program is.
 std::string helperPath(const std::string& name);
 
 /// Executes the helper called `name` in place of this program, with the arguments `argv`, the same
-/// environment and the same process number. Returns only if that fails, with the error number. To be
-/// called before an EventLoop exists.
+/// environment and the same process number. Returns only if that fails, with the error number. To
+/// be called before an EventLoop exists.
 int executeHelper(const std::string& name, char* const* argv);
 
 }  // namespace platform

@@ -1,8 +1,6 @@
 // SPDX-FileCopyrightText: 2026 Halvik
 // SPDX-License-Identifier: Apache-2.0
 
-#include "platform/process/spawn.h"
-
 #include <fcntl.h>
 #include <sched.h>
 #include <sys/prctl.h>
@@ -16,8 +14,9 @@
 #include <cstddef>
 #include <utility>
 
-#include "platform/process/termination_signals.h"
 #include "platform/process/process_setup.h"
+#include "platform/process/spawn.h"
+#include "platform/process/termination_signals.h"
 
 // posix_spawn gives the child a copy of the parent's whole table of descriptors, which it then
 // closes one by one. Every running command has three descriptors here, so that the cost of starting
@@ -139,9 +138,9 @@ Spawned spawn(const char* path, char* const* argv, int standardOutput, int stand
     child.error = errno;
   } else {
     const AllSignalsBlocked blocked;
-    child.pid =
-        clone(runChild, stack.data() + stack.size(),
-              CLONE_VM | CLONE_VFORK | CLONE_FILES | CLONE_PIDFD | SIGCHLD, &start, &child.exitHandle);
+    child.pid = clone(runChild, stack.data() + stack.size(),
+                      CLONE_VM | CLONE_VFORK | CLONE_FILES | CLONE_PIDFD | SIGCHLD, &start,
+                      &child.exitHandle);
     child.error = child.pid < 0 ? errno : start.error;
   }
   low.takeBack();

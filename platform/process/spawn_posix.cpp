@@ -1,8 +1,6 @@
 // SPDX-FileCopyrightText: 2026 Halvik
 // SPDX-License-Identifier: Apache-2.0
 
-#include "platform/process/spawn.h"
-
 #include <fcntl.h>
 #include <spawn.h>
 #include <sys/resource.h>
@@ -11,8 +9,9 @@
 #include <algorithm>
 #include <csignal>
 
-#include "platform/process/termination_signals.h"
 #include "platform/process/process_setup.h"
+#include "platform/process/spawn.h"
+#include "platform/process/termination_signals.h"
 
 // Declared by no header everywhere.
 extern char** environ;  // NOLINT(readability-redundant-declaration)

@@ -47,8 +47,8 @@ class ChildCleanup {
   /// To be called before the child is reaped, since another process may get its number then.
   void end();
 
-  /// Sends the child SIGTERM, and SIGCONT in case it is stopped. Does nothing outside of begin() and
-  /// end(). It is async-signal-safe.
+  /// Sends the child SIGTERM, and SIGCONT in case it is stopped. Does nothing outside of begin()
+  /// and end(). It is async-signal-safe.
   void terminate() const;
 
  private:

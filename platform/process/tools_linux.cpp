@@ -1,13 +1,12 @@
 // SPDX-FileCopyrightText: 2026 Halvik
 // SPDX-License-Identifier: Apache-2.0
 
-#include "platform/process/tools.h"
-
 #include <unistd.h>
 
 #include <map>
 
 #include "platform/process/helper_executable.h"
+#include "platform/process/tools.h"
 
 namespace platform {
 

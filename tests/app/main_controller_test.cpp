@@ -6,8 +6,8 @@
 #include <gtest/gtest.h>
 
 #include "platform/event_loop/fatal_error.h"
-#include "support/event_loop.h"
 #include "support/environment.h"
+#include "support/event_loop.h"
 #include "support/fake_controls.h"
 
 namespace app {

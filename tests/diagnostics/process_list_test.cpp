@@ -5,8 +5,8 @@
 
 #include <gtest/gtest.h>
 
-#include "text/notification_center.h"
 #include "support/process_controller.h"
+#include "text/notification_center.h"
 
 namespace diagnostics {
 namespace {

@@ -9,9 +9,9 @@
 #include <stdexcept>
 #include <system_error>
 
-#include "text/notification_center.h"
 #include "support/process_controller.h"
 #include "support/temporary_folder.h"
+#include "text/notification_center.h"
 
 namespace diagnostics {
 namespace {
@@ -92,11 +92,11 @@ TEST(Process, AnnouncesItsEndOnceWithEverythingInPlace) {
   int announced = 0;
   std::string result;
   text::NotificationCenter::defaultCenter().addObserver(ProcessTerminatedNotification,
-                                                            process.get(), [&] {
-                                                              ++announced;
-                                                              EXPECT_TRUE(process->isFinished());
-                                                              result = process->getResult();
-                                                            });
+                                                        process.get(), [&] {
+                                                          ++announced;
+                                                          EXPECT_TRUE(process->isFinished());
+                                                          result = process->getResult();
+                                                        });
   process->start("/bin/sh", {"-c", "echo out; echo err >&2"}, std::nullopt);
   EXPECT_EQ(announced, 0);
   turnUntil([&] { return announced > 0; });
@@ -109,7 +109,7 @@ TEST(Process, AnnouncesItsEndUnderThisName) {
   const auto process = makeProcess();
   int announced = 0;
   text::NotificationCenter::defaultCenter().addObserver("ProcessTerminatedNotification",
-                                                            process.get(), [&] { ++announced; });
+                                                        process.get(), [&] { ++announced; });
   process->start("/bin/true", {}, std::nullopt);
   turnUntil([&] { return process->isFinished(); });
   EXPECT_EQ(announced, 1);

@@ -17,9 +17,9 @@
 #include <vector>
 
 #include "app/windowed_run.h"
-#include "support/event_loop.h"
 #include "support/desktop_recorder.h"
 #include "support/environment.h"
+#include "support/event_loop.h"
 #include "support/http_server.h"
 #include "support/temporary_folder.h"
 

@@ -29,7 +29,8 @@ TEST(FatalError, DoesNotComeOfWorkThatDoesNotThrow) {
 
 TEST(FatalErrorDeathTest, AnUncaughtExceptionIsLoggedAndAborts) {
   EXPECT_EXIT(guarded(fail), testing::KilledBySignal(SIGABRT), "\\] .*: a reason\n");
-  EXPECT_EXIT(guarded([] { throw 1; }), testing::KilledBySignal(SIGABRT), "without a description\n");
+  EXPECT_EXIT(guarded([] { throw 1; }), testing::KilledBySignal(SIGABRT),
+              "without a description\n");
 }
 
 TEST(FatalErrorDeathTest, TheReportIsSavedBeforeTheEnd) {
@@ -55,7 +56,9 @@ TEST(FatalErrorDeathTest, AHookThatThrowsDoesNotKeepTheNextFromBeingCalled) {
       {
         onFatalError().saveReport = [] { throw std::runtime_error("another"); };
         onFatalError().endCommands = [] { text::log("ended"); };
-        onFatalError().showError = [](const char* reason) { text::log(std::string("shown ") + reason); };
+        onFatalError().showError = [](const char* reason) {
+          text::log(std::string("shown ") + reason);
+        };
         guarded(fail);
       },
       testing::ExitedWithCode(EXIT_FAILURE), "a reason\n.*another\n.*ended\n.*shown another\n");
@@ -116,7 +119,9 @@ TEST(FatalErrorDeathTest, TheErrorIsShownAndTheStatusIsOne) {
   EXPECT_EXIT(
       {
         onFatalError().saveReport = [] { text::log("saved"); };
-        onFatalError().showError = [](const char* reason) { text::log(std::string("shown ") + reason); };
+        onFatalError().showError = [](const char* reason) {
+          text::log(std::string("shown ") + reason);
+        };
         guarded(fail);
       },
       testing::ExitedWithCode(1), "saved\n.*shown a reason\n");

@@ -6,8 +6,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "support/event_loop.h"
 #include "support/environment.h"
+#include "support/event_loop.h"
 #include "support/http_server.h"
 
 namespace platform {
@@ -80,8 +80,9 @@ TEST(HttpConnection, LogsWhyItFailed) {
   }
   testing::internal::CaptureStderr();
   EXPECT_EQ(eventsOf(url), "failed");
-  EXPECT_THAT(testing::internal::GetCapturedStderr(),
-              testing::AllOf(testing::HasSubstr(url), testing::HasSubstr("Couldn't connect to server")));
+  EXPECT_THAT(
+      testing::internal::GetCapturedStderr(),
+      testing::AllOf(testing::HasSubstr(url), testing::HasSubstr("Couldn't connect to server")));
 }
 
 TEST(HttpConnection, EndsWithoutAnEventWhenItIsDestroyed) {
@@ -127,8 +128,7 @@ TEST(HttpConnection, GoesToWebServersOnly) {
        {"http://a", "https://a.example/b", "HTTPS://A", "http://127.0.0.1:8080/x"}) {
     EXPECT_NE(sendTo(url, events), nullptr) << url;
   }
-  for (const char* url :
-       {"", "a.example", "http://", "http:///x", "ftp://a", "file:///x"}) {
+  for (const char* url : {"", "a.example", "http://", "http:///x", "ftp://a", "file:///x"}) {
     EXPECT_EQ(sendTo(url, events), nullptr) << url;
   }
   EXPECT_EQ(events.seen, "");

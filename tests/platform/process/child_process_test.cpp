@@ -18,8 +18,8 @@
 #include <memory>
 #include <system_error>
 
-#include "support/event_loop.h"
 #include "support/descriptors.h"
+#include "support/event_loop.h"
 #include "support/held_call.h"
 #include "support/limit.h"
 #include "support/refused_call.h"

@@ -1,14 +1,13 @@
 // SPDX-FileCopyrightText: 2026 Halvik
 // SPDX-License-Identifier: Apache-2.0
 
-#include "platform/process/exit_watcher.h"
-
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <csignal>
 
+#include "platform/process/exit_watcher.h"
 #include "support/event_loop.h"
 
 namespace platform {

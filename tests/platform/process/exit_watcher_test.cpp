@@ -15,8 +15,8 @@
 #include <vector>
 
 #include "platform/process/spawn.h"
-#include "support/event_loop.h"
 #include "support/descriptors.h"
+#include "support/event_loop.h"
 
 namespace platform {
 namespace {

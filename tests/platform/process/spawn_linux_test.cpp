@@ -1,8 +1,6 @@
 // SPDX-FileCopyrightText: 2026 Halvik
 // SPDX-License-Identifier: Apache-2.0
 
-#include "platform/process/spawn.h"
-
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -17,6 +15,7 @@
 #include <cstdlib>
 #include <string>
 
+#include "platform/process/spawn.h"
 #include "support/held_call.h"
 #include "support/limit.h"
 #include "support/refused_call.h"
