@@ -15,18 +15,19 @@ WindowedRun::WindowedRun(std::unique_ptr<MainController> owned, platform::Deskto
               .open = [this] { controller->shareButtonPressed(); },
               .openLink = [&ownDesktop](const std::string& url) { ownDesktop.openUrl(url); }}),
       controller(std::move(owned)) {
-  controller->buttonStartTests.connect(window.startButton());
-  controller->textHalvikAccount.connect(window.account());
-  controller->textTicketNo.connect(window.ticket());
-  controller->textDomainToTest.connect(window.domain());
-  controller->progressIndicator.connect(window.progress());
-  controller->textStatus.connect(window.status());
-  controller->textCopyPaste.connect(window.caption());
-  controller->textResultsLinkView.connect(window.resultsScroll());
-  controller->textResultsLink.connect(window.results());
-  controller->window.connect(window.window());
-  controller->copyToClipBoardLink.connect(window.copyButton());
-  controller->shareButton.connect(window.openButton());
+  const ui::WindowControls controls = window.controls();
+  controller->buttonStartTests.connect(controls.start);
+  controller->textHalvikAccount.connect(controls.account);
+  controller->textTicketNo.connect(controls.ticket);
+  controller->textDomainToTest.connect(controls.domain);
+  controller->progressIndicator.connect(controls.progress);
+  controller->textStatus.connect(controls.status);
+  controller->textCopyPaste.connect(controls.caption);
+  controller->textResultsLinkView.connect(controls.resultsScroll);
+  controller->textResultsLink.connect(controls.results);
+  controller->window.connect(controls.window);
+  controller->copyToClipBoardLink.connect(controls.copy);
+  controller->shareButton.connect(controls.open);
   controller->desktop.connect(ownDesktop);
   controller->awakeFromNib();
 }

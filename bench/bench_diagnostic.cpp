@@ -5,19 +5,12 @@
 // environment, by one of:
 //   BENCH_COMMANDS  a file of shell command lines, each run by a shell of its own
 //   BENCH_LOGS      a folder, name ending in "/", whose files are read as the Skivra's logs are
-// With neither, it ends where the first command would be launched. Like the program, it goes on as
-// another one to send its report; BENCH_UPLOAD is defined for that.
+// With neither, it ends where the first command would be launched.
 
 #include <cstdlib>
 #include <fstream>
 
 #include "app/entry.h"
-#ifdef BENCH_UPLOAD
-#include "app/toolkit_run.h"
-#else
-#include "platform/process/helper_executable.h"
-#include "platform/headless_application.h"
-#endif
 
 namespace {
 
@@ -56,18 +49,6 @@ class BenchController final : public app::MainController {
   bool isStarting = false;
 };
 
-#ifdef BENCH_UPLOAD
-constexpr auto makeApplication = app::makeToolkitApplication;
-#else
-std::unique_ptr<platform::Application> makeApplication(int& argc, char** argv, bool willUpload) {
-  if (willUpload) {
-    platform::executeHelper("bench_diagnostic_upload", argv);
-    std::exit(EXIT_FAILURE);
-  }
-  return platform::makeHeadlessApplication(argc, argv);
-}
-#endif
-
 int runWindowed(int& /*argc*/, char** /*argv*/, const app::ControllerFactory& /*makeController*/) {
   return EXIT_FAILURE;
 }
@@ -75,9 +56,8 @@ int runWindowed(int& /*argc*/, char** /*argv*/, const app::ControllerFactory& /*
 }  // namespace
 
 int main(int argc, char** argv) {
-  const app::ControllerFactory makeController = [](platform::Application& application) {
-    return std::make_unique<BenchController>(application);
+  const app::ControllerFactory makeController = [](platform::EventLoop& loop) {
+    return std::make_unique<BenchController>(loop);
   };
-  return app::runProgram(argc, argv, makeController,
-                         {.makeApplication = makeApplication, .runWindowed = runWindowed});
+  return app::runProgram(argc, argv, makeController, runWindowed);
 }

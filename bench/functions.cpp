@@ -10,10 +10,10 @@
 #include <string>
 #include <vector>
 
-#include "text/utf8.h"
 #include "report/multipart.h"
 #include "report/report.h"
 #include "report/trim.h"
+#include "text/utf8.h"
 
 namespace {
 

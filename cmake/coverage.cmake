@@ -4,7 +4,7 @@
 # Counting branches, for scripts/coverage. The platform is not counted: of what differs by system half is never there,
 # and the child of a clone would count in memory that is its parent's.
 
-foreach(target IN ITEMS halvik_modules halvik_controller halvik_window halvik-diagnostic ${halvik_companions})
+foreach(target IN ITEMS halvik_modules halvik_controller halvik_window halvik-diagnostic ${halvik_helpers})
   target_compile_options(${target} PRIVATE --coverage -O0)
 endforeach()
 

@@ -20,17 +20,17 @@ support staff of the service. The answer is the address of a results page.
 It has a window with a start button. From a script, the report can be printed
 or written to a file instead.")
 
-# The libraries come by themselves. Among their packages, libqt6network6 holds Qt's plugin for TLS and depends on
-# OpenSSL, and libqt6gui6 holds the one for X11. Those of the window are recommended only, which settings.cmake sees to:
-# without them, a machine that nobody sits at needs nothing of a desktop.
+# The libraries come by themselves; among their packages, libqt6gui6 holds Qt's plugin for X11. Those of the window are
+# only recommended, which settings.cmake sees to: a server needs nothing of a desktop.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_HALVIK_BINARY_DIR "${PROJECT_BINARY_DIR}")
 # A tool of the plan that is missing ends every run; without certificates no report can be sent.
 set(CPACK_DEBIAN_PACKAGE_DEPENDS
   "bind9-dnsutils, ca-certificates, curl, iputils-ping, net-tools, procps, traceroute")
-# Links open by xdg-utils, and the saved report by gio of libglib2.0-bin; the window's icon is found by the folders that hicolor-icon-theme lists,
-# and is sharp in every size by libqt6svg6. All else works without.
-set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "hicolor-icon-theme, libglib2.0-bin, libqt6svg6, xdg-utils")
+# The desktop's proxy settings are asked of libproxy-tools. Links are opened by xdg-utils, and the saved report by gio of
+# libglib2.0-bin. The window's icon is found by the folders that hicolor-icon-theme lists, and is sharp in every size by
+# libqt6svg6. Everything else works without them.
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "hicolor-icon-theme, libglib2.0-bin, libproxy-tools, libqt6svg6, xdg-utils")
 # Desktops on Wayland show windows for X11 too.
 set(CPACK_DEBIAN_PACKAGE_SUGGESTS "qt6-wayland")
 

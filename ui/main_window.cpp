@@ -3,12 +3,9 @@
 
 #include "ui/main_window.h"
 
-#include <QDialog>
 #include <QFormLayout>
 #include <QHBoxLayout>
 #include <QIcon>
-#include <QKeyEvent>
-#include <QPointer>
 #include <QPushButton>
 #include <QVBoxLayout>
 
@@ -17,52 +14,11 @@
 #include "platform/desktop/qt_url.h"
 #include "platform/event_loop/fatal_error.h"
 #include "ui/widget_controls.h"
+#include "ui/window_widgets.h"
 
 namespace ui {
 
 namespace {
-
-// A dialog, because only dialogs have a default button, with the frame of an ordinary window.
-class Frame final : public QDialog {
- public:
-  Frame() {
-    setWindowFlags(Qt::Window);
-    setAttribute(Qt::WA_QuitOnClose);
-  }
-
- protected:
-  void keyPressEvent(QKeyEvent* event) override {
-    // Escape would close the window and with it a run.
-    if (event->key() == Qt::Key_Escape) {
-      event->ignore();
-    } else {
-      QDialog::keyPressEvent(event);
-    }
-  }
-};
-
-// Gives the keyboard back after a run to where it was before: while the fields and the button are
-// disabled, nothing has the focus, and whoever works by keyboard would have to find the window's
-// first field again.
-class FocusKeeper final : public QObject {
- public:
-  explicit FocusKeeper(QPushButton& start) : QObject(&start) { start.installEventFilter(this); }
-
-  void remember(QWidget* focused) { before = focused; }
-
-  bool eventFilter(QObject* watched, QEvent* event) override {
-    const auto* start = qobject_cast<QWidget*>(watched);
-    if (event->type() == QEvent::EnabledChange && start->isEnabled() && before != nullptr) {
-      // Later, since the other fields are enabled after the button.
-      QMetaObject::invokeMethod(
-          before, [this] { before->setFocus(); }, Qt::QueuedConnection);
-    }
-    return QObject::eventFilter(watched, event);
-  }
-
- private:
-  QPointer<QWidget> before;
-};
 
 void keepPlaceWhenHidden(QWidget& widget) {
   QSizePolicy policy = widget.sizePolicy();
@@ -70,32 +26,6 @@ void keepPlaceWhenHidden(QWidget& widget) {
   widget.setSizePolicy(policy);
   widget.hide();
 }
-
-// A field whose hint can be read: Qt's is half as strong as its text, too faint for many.
-class Field final : public QLineEdit {
- public:
-  Field() { strengthenHint(); }
-
- protected:
-  void changeEvent(QEvent* event) override {
-    QLineEdit::changeEvent(event);
-    if (event->type() == QEvent::PaletteChange) {
-      strengthenHint();
-    }
-  }
-
- private:
-  void strengthenHint() {
-    constexpr float strength = 0.65F;
-    QPalette colors = palette();
-    QColor hint = colors.color(QPalette::Text);
-    hint.setAlphaF(strength);
-    if (colors.color(QPalette::PlaceholderText) != hint) {
-      colors.setColor(QPalette::PlaceholderText, hint);
-      setPalette(colors);
-    }
-  }
-};
 
 void setUpField(QLineEdit& field, const char* name, const QString& placeholder) {
   field.setObjectName(QLatin1String(name));
@@ -253,52 +183,19 @@ void MainWindow::show() {
   parts->frame.show();
 }
 
-TextField& MainWindow::account() {
-  return parts->account;
-}
-
-TextField& MainWindow::ticket() {
-  return parts->ticket;
-}
-
-TextField& MainWindow::domain() {
-  return parts->domain;
-}
-
-Button& MainWindow::startButton() {
-  return parts->start;
-}
-
-Label& MainWindow::status() {
-  return parts->status;
-}
-
-ProgressBar& MainWindow::progress() {
-  return parts->progress;
-}
-
-ScrollView& MainWindow::resultsScroll() {
-  return parts->resultsScroll;
-}
-
-RichTextView& MainWindow::results() {
-  return parts->results;
-}
-
-Label& MainWindow::caption() {
-  return parts->caption;
-}
-
-Button& MainWindow::copyButton() {
-  return parts->copy;
-}
-
-Button& MainWindow::openButton() {
-  return parts->open;
-}
-
-Window& MainWindow::window() {
-  return parts->window;
+WindowControls MainWindow::controls() {
+  return {.account = parts->account,
+          .ticket = parts->ticket,
+          .domain = parts->domain,
+          .start = parts->start,
+          .status = parts->status,
+          .progress = parts->progress,
+          .resultsScroll = parts->resultsScroll,
+          .results = parts->results,
+          .caption = parts->caption,
+          .copy = parts->copy,
+          .open = parts->open,
+          .window = parts->window};
 }
 
 }  // namespace ui

@@ -21,6 +21,22 @@ struct WindowActions {
   std::function<void(const std::string& url)> openLink;
 };
 
+/// The controls of the window, which owns them.
+struct WindowControls {
+  TextField& account;
+  TextField& ticket;
+  TextField& domain;
+  Button& start;
+  Label& status;
+  ProgressBar& progress;
+  ScrollView& resultsScroll;
+  RichTextView& results;
+  Label& caption;
+  Button& copy;
+  Button& open;
+  Window& window;
+};
+
 /// The one window of the program. It owns its widgets and knows nothing of runs: it offers its
 /// controls and passes on what is pressed. Every control keeps its place while it is hidden, so
 /// that nothing jumps.
@@ -34,18 +50,7 @@ class MainWindow {
 
   void show();
 
-  TextField& account();
-  TextField& ticket();
-  TextField& domain();
-  Button& startButton();
-  Label& status();
-  ProgressBar& progress();
-  ScrollView& resultsScroll();
-  RichTextView& results();
-  Label& caption();
-  Button& copyButton();
-  Button& openButton();
-  Window& window();
+  WindowControls controls();
 
  private:
   class Parts;

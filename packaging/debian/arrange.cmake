@@ -10,7 +10,7 @@ set(file_permissions OWNER_READ OWNER_WRITE GROUP_READ WORLD_READ)
 
 execute_process(COMMAND strip --remove-section=.comment --remove-section=.note
   "${CPACK_TEMPORARY_INSTALL_DIRECTORY}/usr/bin/halvik-diagnostic"
-  "${CPACK_TEMPORARY_INSTALL_DIRECTORY}/usr/libexec/halvik-diagnostic/halvik-diagnostic-upload"
+  "${CPACK_TEMPORARY_INSTALL_DIRECTORY}/usr/libexec/halvik-diagnostic/halvik-upload.so"
   "${CPACK_TEMPORARY_INSTALL_DIRECTORY}/usr/libexec/halvik-diagnostic/halvik-diagnostic-window"
   COMMAND_ERROR_IS_FATAL ANY)
 

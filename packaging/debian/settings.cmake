@@ -18,7 +18,7 @@ if(CPACK_PACKAGE_NAME STREQUAL "halvik-diagnostic")
   execute_process(
     COMMAND dpkg-shlibdeps -O
       -dDepends -e "${CPACK_HALVIK_BINARY_DIR}/halvik-diagnostic"
-        -e "${CPACK_HALVIK_BINARY_DIR}/libexec/halvik-diagnostic-upload"
+        -e "${CPACK_HALVIK_BINARY_DIR}/libexec/halvik-upload.so"
       -dRecommends -e "${CPACK_HALVIK_BINARY_DIR}/libexec/halvik-diagnostic-window"
     WORKING_DIRECTORY "${libraries}" OUTPUT_VARIABLE found COMMAND_ERROR_IS_FATAL ANY)
   foreach(field IN ITEMS Depends Recommends)

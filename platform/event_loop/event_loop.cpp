@@ -150,7 +150,8 @@ int EventLoop::descriptor() const {
 }
 
 int EventLoop::timeoutMs() const {
-  return uv_backend_timeout(&loop);
+  // libuv's answer is 0 for a loop that has nothing to wait for.
+  return uv_loop_alive(&loop) != 0 ? uv_backend_timeout(&loop) : -1;
 }
 
 }  // namespace platform

@@ -3,6 +3,7 @@
 
 #include "platform/process/helper_executable.h"
 
+#include <dlfcn.h>
 #include <unistd.h>
 #include <uv.h>
 
@@ -50,6 +51,10 @@ int executeHelper(const std::string& name, char* const* argv) {
   restoreStartingDescriptorLimit();
   execv(path.c_str(), argv);
   return errno;
+}
+
+std::string errorOfLibrary(const char* name) {
+  return dlopen(name, RTLD_LAZY) == nullptr ? dlerror() : "";
 }
 
 }  // namespace platform

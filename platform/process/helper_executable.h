@@ -18,4 +18,7 @@ std::string helperPath(const std::string& name);
 /// be called before an EventLoop exists.
 int executeHelper(const std::string& name, char* const* argv);
 
+/// Why the shared library called `name` cannot be loaded; empty if it can be.
+std::string errorOfLibrary(const char* name);
+
 }  // namespace platform

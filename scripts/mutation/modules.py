@@ -11,32 +11,32 @@ FILES = [
     "reader/rules/*.cpp",
     "report/*.cpp",
     "ui/links.cpp",
-    "ui/window_control.cpp",
+    "ui/main_controller_window.cpp",
 ]
 
 # Suites of unit tests that see the rules stand here; those of the platform see none of them.
 TEST_FOLDERS = ["app", "diagnostics", "reader/facts", "reader/output", "reader/parse", "reader/rules", "report", "ui"]
 
-PROGRAM_TARGETS = ["stand_in_diagnostic", "halvik-diagnostic", "halvik-diagnostic-upload", "halvik-diagnostic-window"]
+PROGRAM_TARGETS = ["stand_in_diagnostic", "halvik-diagnostic", "halvik-upload", "halvik-diagnostic-window"]
 
 # Files of tests/program, the quickest first. No unit test sees what they alone see.
 PROGRAM_TESTS = {
-    "app/entry.cpp": ["companion", "output_file", "standard_output", "command_line"],
+    "app/entry.cpp": ["helper_executables", "output_file", "standard_output", "command_line"],
     "app/main_controller.cpp": ["output_file", "trimming", "command_line", "delivery", "signals"],
     "app/options.cpp": ["output_file", "command_line"],
-    "diagnostics/beacon_log_run.cpp": ["beacon_log"],
+    "diagnostics/main_controller_beacon_logs.cpp": ["beacon_log"],
     "diagnostics/beacon_logs.cpp": ["beacon_log"],
     "diagnostics/process.cpp": ["output_file", "children", "hostile_commands"],
-    "diagnostics/run_tracking.cpp": ["output_file", "standard_output", "delivery", "upload"],
-    "diagnostics/test_plan.cpp": ["real_plan"],
-    "diagnostics/test_plan_run.cpp": ["output_file", "command_line", "beacon_log", "real_plan"],
-    "diagnostics/test_starter.cpp": ["real_plan"],
-    "report/delivery.cpp": ["trimming", "output_file", "desktop_fallback", "delivery", "standard_output", "upload",
+    "diagnostics/main_controller_tracking.cpp": ["output_file", "standard_output", "delivery", "upload"],
+    "diagnostics/plan.cpp": ["real_plan"],
+    "diagnostics/main_controller_plan.cpp": ["output_file", "command_line", "beacon_log", "real_plan"],
+    "diagnostics/command_starter.cpp": ["real_plan"],
+    "report/main_controller_delivery.cpp": ["trimming", "output_file", "desktop_fallback", "delivery", "standard_output", "upload",
                             "hostile_server"],
     "report/http.cpp": ["upload"],
     "report/multipart.cpp": ["upload"],
     "report/report.cpp": ["output_file"],
-    "report/report_run.cpp": ["output_file"],
+    "report/main_controller_report.cpp": ["output_file"],
     "report/trim.cpp": ["trimming"],
 }
 
