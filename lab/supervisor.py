@@ -50,14 +50,14 @@ class Service:
             os.close(descriptor)
 
     def do_state(self):
-        return {"weather": self._lab.weather, "skivra": self._lab.has_skivra}
+        return {"scenario": self._lab.scenario, "skivra": self._lab.has_skivra}
 
     def do_machine(self, name):
         """What leads to the user's machine, or to one of the office, and its user's numbers."""
         return {"descriptor": os.pidfd_open(self._lab.machine(name).pid), "uid": self._lab.uid, "gid": self._lab.gid}
 
-    def do_weather(self, name, machine):
-        self._lab.change_weather(name, machine)
+    def do_scenario(self, name, machine):
+        self._lab.change_scenario(name, machine)
 
     def do_off(self, machine):
         self._lab.switch_off(machine)

@@ -12,7 +12,7 @@ import sys
 import namespaces
 import network
 import rendezvous
-import weathers
+import scenarios
 from commands import arguments, executables, execution, own_lab, running_lab
 from commands.failures import Refused
 
@@ -93,22 +93,24 @@ def in_lab(options, function):
 def prepare(options):
     if options.skivra:
         rendezvous.request(options.name, "skivra", True)
-    if options.weather:
-        rendezvous.request(options.name, "weather", options.weather, namespaces.MACHINE)
+    if options.scenario:
+        rendezvous.request(options.name, "scenario", options.scenario, namespaces.MACHINE)
 
 
-def do_weather(options, words):
+def do_scenario(options, words):
     parser = arguments.Parser(add_help=False)
     parser.add_argument("--on", default=namespaces.MACHINE)
-    parser.add_argument("weather", nargs="?")
+    parser.add_argument("scenario", nargs="?")
     chosen = parser.parse_args(words)
-    if chosen.weather:
-        rendezvous.request(options.name, "weather", arguments.known_weather(chosen.weather, chosen.on), chosen.on)
+    if chosen.scenario:
+        rendezvous.request(options.name, "scenario", arguments.known_scenario(chosen.scenario, chosen.on), chosen.on)
         return
     arguments.expect(chosen.on == namespaces.MACHINE)
-    now = rendezvous.request(options.name, "state")[0]["weather"].split("+") if running_lab.is_up(options.name) else []
-    for name, weather in weathers.WEATHERS.items():
-        print(f"{'*' if name in now else ' '} {name:24} {weather.summary}")
+    present = []
+    if running_lab.is_up(options.name):
+        present = rendezvous.request(options.name, "state")[0]["scenario"].split("+")
+    for name, scenario in scenarios.SCENARIOS.items():
+        print(f"{'*' if name in present else ' '} {name:24} {scenario.summary}")
 
 
 def do_off(options, words):
@@ -135,5 +137,5 @@ def do_down(options, words):
         select.select([descriptor], [], [])
 
 
-COMMANDS = {"up": do_up, "run": do_run, "shell": do_shell, "weather": do_weather, "skivra": do_skivra,
+COMMANDS = {"up": do_up, "run": do_run, "shell": do_shell, "scenario": do_scenario, "skivra": do_skivra,
             "off": do_off, "uploads": do_uploads, "down": do_down}

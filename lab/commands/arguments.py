@@ -8,12 +8,12 @@ import os
 
 import namespaces
 import network
-import weathers
+import scenarios
 from commands.failures import Refused, UsageError
 
 NAME_BYTES_MAX = 64  # fits into a socket's name
 
-USAGE = """usage: lab/lab [--name NAME] [--weather NAME] [--skivra] [--machines N] COMMAND
+USAGE = """usage: lab/lab [--name NAME] [--scenario NAME] [--skivra] [--machines N] COMMAND
 
 The whole network that Halvik Diagnostic asks for, on this machine and with no
 way out. Needs root.
@@ -21,15 +21,15 @@ way out. Needs root.
   up                    start a lab
   run [OPTION...]       run the program in it; without a lab, in one of its own
   shell [COMMAND...]    a shell, or a command, on the user's machine in it
-  weather [NAME]        change its weather, or show it and all others
+  scenario [NAME]       change its scenario, or list them all
   skivra on|off         install or remove the Skivra on the user's machine
   off MACHINE           switch off a machine of the office, for good
   uploads               print the folder of what was submitted
   down                  end the lab
 
   --name NAME           which of several labs (lab)
-  --weather NAME        have this weather first; NAME+NAME has two at once
-  --skivra              have the Skivra installed first
+  --scenario NAME       begin with this scenario; NAME+NAME combines two
+  --skivra              begin with the Skivra installed
   --machines N          start an office of so many further machines: pc-01 and
                         so on, which the user's machine reaches by ssh
 
@@ -40,8 +40,8 @@ Further forms of shell:
   shell --root [COMMAND...]         as root
   shell --at PLACE [COMMAND...]     as root, in the network of a place such as home
   shell --on MACHINE [COMMAND...]   on a machine of the office
-And of weather:
-  weather --on MACHINE NAME         what this machine can have for itself
+And of scenario:
+  scenario --on MACHINE NAME        on a machine of the office alone
 """
 
 
@@ -60,7 +60,7 @@ def parse(arguments, commands):
     parser = Parser(add_help=False, allow_abbrev=False)
     parser.add_argument("-h", "--help", action="store_true")
     parser.add_argument("--name", type=short_name, default="lab")
-    parser.add_argument("--weather", type=known_weather)
+    parser.add_argument("--scenario", type=known_scenario)
     parser.add_argument("--skivra", action="store_true")
     parser.add_argument("--machines", type=office_size)
     parser.add_argument("command", nargs="?", choices=commands)
@@ -68,12 +68,12 @@ def parse(arguments, commands):
     return parser.parse_args(arguments)
 
 
-def known_weather(name, on=namespaces.MACHINE):
+def known_scenario(name, on=namespaces.MACHINE):
     try:
-        weathers.named(name) if on == namespaces.MACHINE else weathers.of_a_machine(name, on)
-    except weathers.Unknown as unknown:
-        raise Refused(f"there is no weather {unknown}; lab/lab weather lists them") from None
-    except weathers.Contradiction as contradiction:
+        scenarios.named(name) if on == namespaces.MACHINE else scenarios.of_a_machine(name, on)
+    except scenarios.Unknown as unknown:
+        raise Refused(f"there is no scenario {unknown}; lab/lab scenario lists them") from None
+    except scenarios.Contradiction as contradiction:
         raise Refused(contradiction) from None
     return name
 

@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 Halvik
 # SPDX-License-Identifier: Apache-2.0
 
-"""Where reports go in good weather: to standard output, to a file, and by the submission endpoint to a results page."""
+"""Where reports go when the network is in order: to standard output, to a file, and by the submission endpoint to a results page."""
 
 import html
 import os

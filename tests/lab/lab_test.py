@@ -44,8 +44,8 @@ class LifeTest(lab_case.LabTest):
 
     def test_what_is_refused(self):
         self.assert_refused(2, "there is no lab named lab", "down")
-        self.assert_refused(2, "there is no lab named other", "--name", "other", "weather", "clear")
-        self.assert_refused(2, "there is no weather fog", "weather", "fog")
+        self.assert_refused(2, "there is no lab named other", "--name", "other", "scenario", "clear")
+        self.assert_refused(2, "there is no scenario fog", "scenario", "fog")
         self.assert_ran("up")
         self.assert_refused(2, "there is a lab named lab already", "up")
         self.assert_ran("down")
@@ -124,7 +124,7 @@ class SideBySideTest(lab_case.LabTest):
     def test_two_labs_do_not_meet(self):
         self.assert_ran("--name", "first", "up")
         self.assert_ran("--name", "second", "up")
-        self.assert_ran("--name", "first", "weather", "no-default-route")
+        self.assert_ran("--name", "first", "scenario", "no-default-route")
         self.assert_ran("--name", "first", "skivra", "on")
         self.assertNotEqual(labs.run("--name", "first", "shell", "ping", "-c", "1", "8.8.8.8").returncode, 0)
         self.assertEqual(labs.run("--name", "second", "shell", "ping", "-c", "1", "8.8.8.8").returncode, 0)

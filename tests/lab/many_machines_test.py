@@ -10,7 +10,7 @@ import unittest
 
 import labs  # before all that it finds
 import reader
-import weathers
+import scenarios
 
 PAGE = labs.FOLDER.parent / "docs/many-machines.md"
 COUNT = 20
@@ -33,7 +33,7 @@ def the_block(language, beginning):
     return block
 
 
-TROUBLES = dict(re.findall(r"^sudo lab/lab weather --on (\S+) (\S+)$", PAGE.read_text(encoding="utf-8"), re.MULTILINE))
+TROUBLES = dict(re.findall(r"^sudo lab/lab scenario --on (\S+) (\S+)$", PAGE.read_text(encoding="utf-8"), re.MULTILINE))
 
 
 class Office:
@@ -42,8 +42,8 @@ class Office:
     def __init__(self):
         self.do("--machines", str(COUNT), "up")
         unittest.addModuleCleanup(self.do, "down")
-        for name, weather in TROUBLES.items():
-            self.do("weather", "--on", name, weather)
+        for name, scenario in TROUBLES.items():
+            self.do("scenario", "--on", name, scenario)
         self.at_administrators(f"printf '{SETTINGS}' >>office.ini")
         self.first = self.collect()
         self.before = {name: self.files(name) for name in NAMES[1:]}
@@ -121,8 +121,8 @@ class FirstRunTest(unittest.TestCase):
         lines = said(office.first, "Say what the reports mean").splitlines()
         problems = {line.split()[0].removesuffix(".txt"): line.split()[1] for line in lines[1:COUNT + 1]}
         expected = {name: "nothing" for name in NAMES}
-        for name, weather in TROUBLES.items():
-            expected[name], = reader.expected(weather)
+        for name, scenario in TROUBLES.items():
+            expected[name], = reader.expected(scenario)
         self.assertEqual(problems, expected)
 
     def test_the_page_shows_what_is_said(self):
@@ -164,7 +164,7 @@ class OptionsTest(unittest.TestCase):
 
     @classmethod
     def setUpClass(cls):
-        office.do("weather", "--on", "pc-20", "disk-full")
+        office.do("scenario", "--on", "pc-20", "disk-full")
         cls.ended = office.at_administrators(
             "ansible-playbook -i office.ini collect.yml --limit pc-19,pc-20 -e halvik_diagnostic_domain=shop.example "
             "-e halvik_diagnostic_skivra=with -e halvik_diagnostic_upload=true")
@@ -196,21 +196,21 @@ class OptionsTest(unittest.TestCase):
         self.assertEqual(office.at_administrators("ls reports").stdout, before)
 
 
-class WeatherOfAMachineTest(unittest.TestCase):
+class ScenarioOfAMachineTest(unittest.TestCase):
     def test_what_is_not_of_one_machine_is_refused(self):
-        ended = labs.run("--name", NAME, "weather", "--on", "pc-19", "captive-portal")
-        self.assertEqual((ended.returncode, ended.stderr), (2, "lab: captive-portal is no weather of one machine\n"))
+        ended = labs.run("--name", NAME, "scenario", "--on", "pc-19", "captive-portal")
+        self.assertEqual((ended.returncode, ended.stderr), (2, "lab: captive-portal is not a scenario of one machine\n"))
 
-    def test_clear_weather_can_be_had_by_each(self):
-        for name in weathers.WEATHERS:
+    def test_clear_can_be_had_by_each(self):
+        for name in scenarios.SCENARIOS:
             try:
-                weathers.of_a_machine(name, "pc-19")
-            except weathers.Contradiction:
+                scenarios.of_a_machine(name, "pc-19")
+            except scenarios.Contradiction:
                 continue
-            self.assertEqual(weathers.of_a_machine("clear", "pc-19"), weathers.WEATHERS["clear"])
+            self.assertEqual(scenarios.of_a_machine("clear", "pc-19"), scenarios.SCENARIOS["clear"])
 
     def test_a_machine_that_is_off_has_none(self):
-        ended = labs.run("--name", NAME, "weather", "--on", SWITCHED_OFF, "small-mtu")
+        ended = labs.run("--name", NAME, "scenario", "--on", SWITCHED_OFF, "small-mtu")
         self.assertEqual(ended.returncode, 2)
         self.assertIn(f"there is no machine {SWITCHED_OFF}", ended.stderr)
 

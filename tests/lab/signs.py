@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 Halvik
 # SPDX-License-Identifier: Apache-2.0
 
-"""What the lab's README promises of each weather, read from its tables."""
+"""What the lab's README promises of each scenario, read from its tables."""
 
 import dataclasses
 import re
@@ -14,7 +14,7 @@ STREAMS = ("standard output", "standard error")
 
 @dataclasses.dataclass(frozen=True)
 class Promise:
-    """What becomes of a run in a weather."""
+    """What becomes of a run in a scenario."""
 
     status: int
     is_submitted: bool
@@ -22,7 +22,7 @@ class Promise:
 
 @dataclasses.dataclass(frozen=True)
 class Sign:
-    """What a run in a weather shows."""
+    """What a run in a scenario shows."""
 
     quantity: str  # "" for the one block of this name or a stream, or else "every", "some" or "nowhere"
     place: str  # a stream, or how the names of blocks begin
@@ -48,16 +48,16 @@ class Sign:
 
 
 def promises():
-    """Every weather's promise, by its name."""
-    rows = read_table("Weather", "What it does", "Exit status", "Submitted", "Seconds")
+    """Every scenario's promise, by its name."""
+    rows = read_table("Scenario", "What it does", "Exit status", "Submitted", "Seconds")
     return {unquoted(name): Promise(int(status), {"yes": True, "no": False}[submitted])
             for name, _, status, submitted, _ in rows}
 
 
 def signs():
-    """Every weather's signs, by its name."""
+    """Every scenario's signs, by its name."""
     found = {}
-    for name, where, what in read_table("Weather", "Where", "What is there"):
+    for name, where, what in read_table("Scenario", "Where", "What is there"):
         nowhere, quantity, place = re.fullmatch(r"(?:(nowhere) )?in (?:(every|some) )?(.+)", where).groups("")
         place = place if place in STREAMS else unquoted(place)
         found.setdefault(unquoted(name), []).append(Sign(nowhere or quantity, place, unquoted(what)))

@@ -93,8 +93,8 @@ class SuddenEndTest(lab_case.LabTest):
     def test_a_server_that_ends_is_named(self):
         self.assert_ran("up")
         os.kill(lab_case.find("knotd", "root.conf")[0], signal.SIGKILL)
-        support.wait_until(lambda: labs.run("weather", "clear").returncode == 2, "the lab has seen it")
-        self.assert_refused(2, "knot root has ended", "weather", "clear")
+        support.wait_until(lambda: labs.run("scenario", "clear").returncode == 2, "the lab has seen it")
+        self.assert_refused(2, "knot root has ended", "scenario", "clear")
         self.assert_ran("down")
         self.assert_nothing_left()
 

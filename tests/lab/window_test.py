@@ -150,7 +150,7 @@ class LabWindowTest(windows.WindowedTest):
         self.assertEqual(page.texts["title"], "Results 1")
         self.assert_same_text(page.texts["pre"].encode(), report)
 
-        self.lab("weather", "submission-500")
+        self.lab("scenario", "submission-500")
         self.window.press("alt+s")
         self.window.wait_for(lambda picture: not picture.results, "the results of the run before are gone")
         self.watch_progress(start)
