@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 Halvik
 # SPDX-License-Identifier: Apache-2.0
 
-"""An office of twenty machines, whose administrator collects their reports as docs/many-machines.md tells it."""
+"""An office of twenty machines, whose administrator collects their reports as in docs/many-machines.md."""
 
 import re
 import shutil
@@ -9,12 +9,11 @@ import subprocess
 import unittest
 
 import labs  # before all that it finds
+import office_example
 import reader
 import scenarios
+from office_example import COUNT, NAMES, TROUBLES
 
-PAGE = labs.FOLDER.parent / "docs/many-machines.md"
-COUNT = 20
-NAMES = [f"pc-{number:02}" for number in range(1, COUNT + 1)]
 SWITCHED_OFF = "pc-01"  # among the first to begin
 FOLDER = "/lab/visitor/halvik"
 NAME = "office"
@@ -23,27 +22,14 @@ NAME = "office"
 SETTINGS = "halvik_diagnostic_at_once=4\nhalvik_diagnostic_delay_seconds_max=2\n"
 
 
-def blocks(language):
-    """The page's examples in a language."""
-    return re.findall(rf"^```{language}\n(.*?)^```$", PAGE.read_text(encoding="utf-8"), re.MULTILINE | re.DOTALL)
-
-
-def the_block(language, beginning):
-    block, = [block for block in blocks(language) if block.startswith(beginning)]
-    return block
-
-
-TROUBLES = dict(re.findall(r"^sudo lab/lab scenario --on (\S+) (\S+)$", PAGE.read_text(encoding="utf-8"), re.MULTILINE))
-
-
 class Office:
     """The lab of all tests, and its two runs of the playbook, one after the other."""
 
     def __init__(self):
-        self.do("--machines", str(COUNT), "up")
+        self.do(*office_example.START)
         unittest.addModuleCleanup(self.do, "down")
-        for name, scenario in TROUBLES.items():
-            self.do("scenario", "--on", name, scenario)
+        for name in TROUBLES:
+            self.do(*office_example.scenario_words(name))
         self.at_administrators(f"printf '{SETTINGS}' >>office.ini")
         self.first = self.collect()
         self.before = {name: self.files(name) for name in NAMES[1:]}
@@ -64,7 +50,7 @@ class Office:
         return labs.finish(self.start_at_administrators(command))
 
     def collect(self, while_running=lambda: None):
-        running = self.start_at_administrators(the_block("sh", "ansible-playbook -i office.ini collect.yml"))
+        running = self.start_at_administrators(office_example.COLLECT)
         while_running()
         return labs.finish(running)
 
@@ -125,10 +111,9 @@ class FirstRunTest(unittest.TestCase):
             expected[name], = reader.expected(scenario)
         self.assertEqual(problems, expected)
 
-    def test_the_page_shows_what_is_said(self):
-        shown, printed = (re.sub("(?m)^time since boot: .*\n", "", text).rstrip() for text in
-                          (the_block("text", "Report "), said(office.first, "Say what the reports mean")))
-        self.assertEqual(printed, shown)
+    def test_what_is_said_of_the_reports(self):
+        printed = said(office.first, "Say what the reports mean")
+        self.assertEqual(*map(office_example.without_uptime, (printed, office_example.REPORT)))
 
     def test_the_reports_can_be_read_again(self):
         again = office.at_administrators(f"cd reports/{office.folders[0]} && halvik-report *.txt")
