@@ -131,15 +131,15 @@ SCENARIOS = {
 
 # What a field is about, for the message that two scenarios both change it.
 SUBJECTS = {
-    "dns_rules": "what becomes of queries at the home router",
-    "web_rules": "what becomes of web requests at the home router",
+    "dns_rules": "what the home router does with queries",
+    "web_rules": "what the home router does with web requests",
     "out_rules": "what leaves the home router",
     "lines": "the same line",
     "attachment": "the address and the route of the user's machine",
-    "mtu": "the size of packets",
-    "nameserver": "whom the user's machine asks",
-    "forwarder": "whom the home router asks",
-    "routes": "the way to the same address",
+    "mtu": "the MTU of the user's machine",
+    "nameserver": "the resolver of the user's machine",
+    "forwarder": "the resolver of the home router",
+    "routes": "the route to the same address",
     "clock_behind_years": "the clock",
     "policy": "what the service's resolvers answer",
     "blocked_page": "what is shown in place of a blocked page",

@@ -30,8 +30,8 @@ way out. Needs root.
   --name NAME           which of several labs (lab)
   --scenario NAME       begin with this scenario; NAME+NAME combines two
   --skivra              begin with the Skivra installed
-  --machines N          start an office of so many further machines: pc-01 and
-                        so on, which the user's machine reaches by ssh
+  --machines N          start an office of N further machines: pc-01 and so
+                        on, which the user's machine reaches by ssh
 
 Exit status: that of the program or the command; 2 if it could not be started,
 3 if this machine permits no lab.

@@ -11,10 +11,10 @@ class Refused(Exception):
 
 
 class Unable(Refused):
-    """This machine, or whoever uses it, can have no lab."""
+    """This machine, or this user, can have no lab."""
 
     status = 3
 
 
 class UsageError(Exception):
-    """The command line is none. The message says why, if there is more to say than the usage does."""
+    """The command line is wrong. The message says why, unless the usage says enough."""

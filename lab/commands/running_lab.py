@@ -18,7 +18,7 @@ def is_up(name):
 
 
 def processes(name):
-    """The numbers of the process that holds a lab and of its two ancestors, the last of which is the last to end."""
+    """The ids of the supervisor and of its two ancestors. The last one is the last to end."""
     with rendezvous.connect(name) as connection:
         numbers = [rendezvous.peer(connection)[0]]
     while len(numbers) < 3:

@@ -57,7 +57,7 @@ def end_leftovers(before):
             with contextlib.suppress(ProcessLookupError):
                 os.kill(int(number), signal.SIGKILL)
         with contextlib.suppress(ChildProcessError):
-            os.waitpid(-1, os.WNOHANG)  # those that nobody has waited for
+            os.waitpid(-1, os.WNOHANG)  # children that were not waited for
         time.sleep(0.01)
 
 

@@ -1,10 +1,10 @@
 # SPDX-FileCopyrightText: 2026 Halvik
 # SPDX-License-Identifier: Apache-2.0
 
-"""What the tests of and in the lab share.
+"""What the tests in the lab share.
 
-Every test file runs in network, mount and process namespaces of its own: it sees no lab but those that it starts, and
-all that they could leave behind.
+Every test file runs in network, mount and process namespaces of its own: it sees only the labs that it starts, and what
+they leave behind.
 """
 
 import concurrent.futures
@@ -32,8 +32,8 @@ import scenarios
 DOMAIN = "shop.example"  # the one that some scenarios are about
 SKIPPED = 77  # the status by which a test file says that it was skipped whole
 UNABLE = 3  # the lab's, where a machine permits none
-GUARD_SECONDS = 300  # ends a run that hangs; no test waits for it otherwise
-CHECK_ATTEMPTS = 3  # for what a busy machine can make come out otherwise
+GUARD_SECONDS = 300  # after which a run that hangs is ended
+CHECK_ATTEMPTS = 3  # of a result that load can change
 LEAVE_SECONDS = 30  # within which all of a lab that could not be started, or a run in it, has gone
 
 ISOLATED = "HALVIK_LAB_TEST_ISOLATED"  # set, in a test file's own environment, once it runs inside its namespaces
@@ -81,7 +81,7 @@ def start(*words, prefix=(), text=True, **others):
 
 
 def run(*words, **others):
-    """Runs lab/lab with these words to its end. Its streams are text, unless told otherwise."""
+    """Runs lab/lab with these words to its end. Its streams are text, unless text is False."""
     return finish(start(*words, **others))
 
 

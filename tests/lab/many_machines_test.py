@@ -78,8 +78,8 @@ def setUpModule():
     office = Office()
 
 
-def said(ended, task):
-    """What a task said, by the lines of its message."""
+def message(ended, task):
+    """The message that a task printed."""
     found = re.search(rf"^TASK \[halvik_diagnostic : {task}\] \*+\n.*\n(?:    changed: false\n)?    msg: \|-\n"
                       r"((?:        .*\n|\n)+)", ended.stdout, re.MULTILINE)
     return re.sub("^ {8}", "", found[1], flags=re.MULTILINE).rstrip() if found else ended.stdout
@@ -104,20 +104,20 @@ class FirstRunTest(unittest.TestCase):
 
     def test_the_five_machines_and_what_they_have(self):
         self.assertEqual(len(TROUBLES), 5)
-        lines = said(office.first, "Say what the reports mean").splitlines()
+        lines = message(office.first, "Say what the reports mean").splitlines()
         problems = {line.split()[0].removesuffix(".txt"): line.split()[1] for line in lines[1:COUNT + 1]}
         expected = {name: "nothing" for name in NAMES}
         for name, scenario in TROUBLES.items():
             expected[name], = reader.expected(scenario)
         self.assertEqual(problems, expected)
 
-    def test_what_is_said_of_the_reports(self):
-        printed = said(office.first, "Say what the reports mean")
+    def test_the_table_of_the_reports(self):
+        printed = message(office.first, "Say what the reports mean")
         self.assertEqual(*map(office_example.without_uptime, (printed, office_example.REPORT)))
 
     def test_the_reports_can_be_read_again(self):
         again = office.at_administrators(f"cd reports/{office.folders[0]} && halvik-report *.txt")
-        self.assertEqual(again.stdout.rstrip(), said(office.first, "Say what the reports mean"))
+        self.assertEqual(again.stdout.rstrip(), message(office.first, "Say what the reports mean"))
 
 
 class SecondRunTest(unittest.TestCase):
@@ -136,7 +136,7 @@ class SecondRunTest(unittest.TestCase):
 
     def test_names_the_machine_that_was_switched_off(self):
         self.assertEqual(office.second.returncode, 2)
-        self.assertEqual(said(office.second, "Name the machines without a report"), f"{SWITCHED_OFF}: unreachable")
+        self.assertEqual(message(office.second, "Name the machines without a report"), f"{SWITCHED_OFF}: unreachable")
 
     def test_has_the_reports_of_all_others(self):
         self.assertEqual(office.reports(1), [f"{name}.txt" for name in NAMES if name != SWITCHED_OFF])
@@ -157,7 +157,8 @@ class OptionsTest(unittest.TestCase):
         cls.report = office.at_administrators(f"cat reports/{folder}/pc-19.txt").stdout
 
     def test_a_full_disk_is_named_and_does_not_spoil_the_others(self):
-        self.assertEqual(said(self.ended, "Name the machines without a report"), "pc-20: no room for the report on its disk")
+        self.assertEqual(message(self.ended, "Name the machines without a report"),
+                         "pc-20: no room for the report on its disk")
         self.assertIn("nslookup", self.report)
 
     def test_a_domain_and_the_skivra_are_tested(self):
@@ -165,14 +166,15 @@ class OptionsTest(unittest.TestCase):
         self.assertIn("@127.0.0.1", self.report)
 
     def test_the_report_is_uploaded_as_well(self):
-        self.assertRegex(said(self.ended, "Say where the reports are"),
+        self.assertRegex(message(self.ended, "Say where the reports are"),
                          r"(?m)^pc-19: https://diagnostic\.halvik\.example/results/1$")
 
     def test_a_run_that_takes_too_long_is_ended_and_named(self):
         ended = office.at_administrators("ansible-playbook -i office.ini collect.yml --limit pc-19 "
                                          "-e halvik_diagnostic_seconds_max=1")
-        self.assertEqual(said(ended, "Name the machines without a report"), "pc-19: not done after 1 seconds")
-        self.assertEqual(office.do("shell", "--on", "pc-19", "--root", "sh", "-c", "pgrep -c 'halvik|ping|dig' || :"), "0\n")
+        self.assertEqual(message(ended, "Name the machines without a report"), "pc-19: not done after 1 seconds")
+        count = office.do("shell", "--on", "pc-19", "--root", "sh", "-c", "pgrep -c 'halvik|ping|dig' || :")
+        self.assertEqual(count, "0\n")
 
     def test_check_mode_runs_nothing(self):
         before = office.at_administrators("ls reports").stdout
@@ -184,7 +186,8 @@ class OptionsTest(unittest.TestCase):
 class ScenarioOfAMachineTest(unittest.TestCase):
     def test_what_is_not_of_one_machine_is_refused(self):
         ended = labs.run("--name", NAME, "scenario", "--on", "pc-19", "captive-portal")
-        self.assertEqual((ended.returncode, ended.stderr), (2, "lab: captive-portal is not a scenario of one machine\n"))
+        self.assertEqual((ended.returncode, ended.stderr),
+                         (2, "lab: captive-portal is not a scenario of one machine\n"))
 
     def test_clear_can_be_had_by_each(self):
         for name in scenarios.SCENARIOS:

@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 Halvik
 # SPDX-License-Identifier: Apache-2.0
 
-"""What the tests in the lab share that have the reader of reports say what a run has found."""
+"""What the tests share that have halvik-report read the report of a run."""
 
 import json
 import os
@@ -74,7 +74,7 @@ def problems(found):
     return [finding["id"] for finding in found if finding["severity"] == "problem"]
 
 
-def told(found):
-    """What was found, for people."""
+def text_of(found):
+    """The findings and the first lines of their evidence, for a message."""
     return "\n".join(f"{finding['severity']} {finding['id']}: {finding['text']}\n" + "".join(
         f"    line {line['line']}: {line['text']}\n" for line in finding["evidence"][:3]) for finding in found)

@@ -34,19 +34,19 @@ class ReaderTest(unittest.TestCase):
         for scenario in filter(reader.shows_in_a_report, scenarios.SCENARIOS):
             with self.subTest(scenario):
                 runs.check(scenario, lambda found: self.assertEqual(
-                    reader.problems(found), reader.expected(scenario), reader.told(found)))
+                    reader.problems(found), reader.expected(scenario), reader.text_of(found)))
 
     def test_two_scenarios_are_both_named(self):
         self.assertEqual(len(reader.PAIRS), 10)
         for pair in reader.PAIRS:
             with self.subTest(pair):
                 runs.check(pair, lambda found: self.assertCountEqual(
-                    reader.problems(found), reader.expected(pair), reader.told(found)))
+                    reader.problems(found), reader.expected(pair), reader.text_of(found)))
 
     def test_clear_is_no_problem(self):
         for name in reader.CLEAR_RUNS:
             with self.subTest(name):
-                runs.check(name, lambda found: self.assertEqual(reader.told(found), ""))
+                runs.check(name, lambda found: self.assertEqual(reader.text_of(found), ""))
 
 
 labs.run_tests()

@@ -57,7 +57,7 @@ class ResultsPageTest(unittest.TestCase):
         made = subprocess.run([reader.program(), "--html"], input=upload.report, capture_output=True, check=False)
         self.assertEqual(page, made.stdout)
         found = reader.findings(upload.report)
-        self.assertCountEqual(reader.problems(found), reader.expected(SCENARIO), reader.told(found))
+        self.assertCountEqual(reader.problems(found), reader.expected(SCENARIO), reader.text_of(found))
         for finding in found:
             self.assertIn(" ".join(finding["text"].split()), shown)
 

@@ -81,9 +81,9 @@ class ScenarioChangeTest(unittest.TestCase):
 
     def test_what_cannot_be_at_once_is_refused(self):
         for pair, subject in (("no-address+no-default-route", "the address and the route of the user's machine"),
-                              ("dns-hijacked+port-53-blocked", "what becomes of queries at the home router"),
+                              ("dns-hijacked+port-53-blocked", "what the home router does with queries"),
                               ("high-delay+uneven-delay", "the same line"),
-                              ("routing-loop+path-ends-early", "the way to the same address")):
+                              ("routing-loop+path-ends-early", "the route to the same address")):
             with self.subTest(pair):
                 self.assert_refused(f"{pair} cannot be combined: two of them change {subject}", pair)
         self.assert_refused("there is no scenario fog; lab/lab scenario lists them", "clear+fog")

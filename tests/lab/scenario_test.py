@@ -132,10 +132,10 @@ class OutcomeTest(unittest.TestCase):
 
     def test_nothing_left_a_lab(self):
         runs.wait()
-        self.assertEqual(around.take(), [])
+        self.assertEqual(around.received(), [])
         with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as from_here:
             from_here.sendto(b"a query", (endpoints.roles()["serviceResolverA"], 53))
-        self.assertEqual(len(around.take()), 1, "what leaves would be seen")
+        self.assertEqual(len(around.received()), 1, "what leaves would be seen")
 
 
 class SignsTest(unittest.TestCase):

@@ -24,7 +24,7 @@ except ModuleNotFoundError as error:
 
 import machine
 
-# The results page shows the report as it came, whether or not there is a reader that would make more of it.
+# The results page shows the report as it came, not the page that halvik-report makes.
 os.environ["HALVIK_REPORT"] = os.devnull
 DOMAIN = "shop.example"
 ADDRESS = "https://diagnostic.halvik.example/results/1"
