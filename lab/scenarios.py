@@ -73,7 +73,7 @@ SCENARIOS = {
     "port-53-blocked": Scenario("the home router drops queries to port 53", dns_rules="port-53-blocked.nft"),
     "dns-ports-blocked": Scenario("the home router rejects queries to ports 53, 443 (UDP only) and 5353",
                                   dns_rules="dns-ports-blocked.nft"),
-    "dns-hijacked": Scenario("the provider's resolver answers all queries to port 53, whoever is asked",
+    "dns-hijacked": Scenario("the provider's resolver answers all queries to port 53, whichever resolver is asked",
                              dns_rules="dns-hijacked.nft"),
     "loss-and-delay": Scenario("30 % of the packets to the customer are lost, and round trips take 300 ms more",
                                lines={"home": Trouble(delay_ms=300, loss=0.3)}),
