@@ -21,7 +21,7 @@ import time
 import werkzeug.formparser
 import werkzeug.http
 
-from weathers import ANSWERS, CLOSES, FAILS, STALLS, TWO_PIECES
+from scenarios import ANSWERS, CLOSES, FAILS, STALLS, TWO_PIECES
 
 PAGE = """<!DOCTYPE html>
 <meta charset="utf-8">
