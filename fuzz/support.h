@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 Halvik
 // SPDX-License-Identifier: Apache-2.0
 
-// What the fuzz targets share: how an input is read, and how a broken property is told.
+// What the fuzz targets share: how an input is read, and how a broken property is reported.
 
 #pragma once
 

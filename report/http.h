@@ -43,7 +43,7 @@ class Http : private platform::HttpConnectionDelegate {
   static constexpr std::chrono::milliseconds usualStallLimit{60'000};
 
   /// Starts the upload of `data` to `url`. With no data, or with a URL that nothing can be sent to,
-  /// `receiver` is told before the constructor returns; otherwise later, from `loop`.
+  /// `receiver` is called before the constructor returns; otherwise later, from `loop`.
   /// Both must outlive the client.
   Http(platform::EventLoop& loop, std::string url, std::string_view data, HttpProtocol& receiver,
        std::chrono::milliseconds stallLimit = usualStallLimit);

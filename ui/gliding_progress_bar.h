@@ -11,7 +11,7 @@
 namespace ui {
 
 /// A progress bar whose picture glides to a new value. Its range and its value, which a screen
-/// reader is told, are exact at every moment.
+/// reader reads, are exact at every moment.
 class GlidingProgressBar : public QProgressBar {
  public:
   explicit GlidingProgressBar(QWidget* parent = nullptr);

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 Halvik
 // SPDX-License-Identifier: Apache-2.0
 
-// The controls as thin layers over the toolkit's widgets. Each widget is the window's and outlives
+// The controls as thin layers over Qt's widgets. Each widget is the window's and outlives
 // its control.
 
 #pragma once

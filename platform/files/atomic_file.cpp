@@ -15,8 +15,8 @@
 #include "platform/process/termination_signals.h"
 #include "text/standard_streams.h"
 
-// Not the toolkit's class for the same purpose: it takes paths as text, and a file name here is any
-// run of bytes.
+// Not Qt's class for the same purpose: a run without a window has no Qt, and a file name is any run
+// of bytes here.
 
 namespace platform {
 

@@ -133,7 +133,7 @@ void CurlTransfer::readEndOfHead() {
   }
 }
 
-// Why a reply with this head is refused; empty if it may be of use.
+// Why a reply with this head is refused; empty if it is not.
 std::string CurlTransfer::problemOfHead() const {
   // These two redirects ask for the same request again, before its end if they like.
   constexpr long temporaryRedirect = 307;

@@ -32,7 +32,7 @@ class CurlTransfer {
 
   CURL* handle() const { return easy; }
 
-  /// Why the reply is refused; empty as long as it may be of use.
+  /// Why the reply is refused; empty as long as it is not.
   const std::string& refusal() const { return reasonOfRefusal; }
   /// Why the transfer failed, with libcurl's result.
   std::string error(CURLcode result) const;

@@ -36,89 +36,57 @@ bool closeOnExec() {
   return true;
 }
 
-// No signal is blocked or ignored.
-class SpawnAttributes {
- public:
-  SpawnAttributes() {
-    posix_spawnattr_init(&attributes);
-    sigset_t set;
-    sigemptyset(&set);
-    posix_spawnattr_setsigmask(&attributes, &set);
-    // Libraries ignore signals behind our back, SIGPIPE for one; a shell pipeline in a command
-    // relies on the default.
-    sigfillset(&set);
-    for (const int signal : {SIGHUP, SIGINT, SIGQUIT}) {
-      if (staysIgnored(signal)) {
-        sigdelset(&set, signal);
-      }
-    }
-    posix_spawnattr_setsigdefault(&attributes, &set);
-    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
-  }
-  ~SpawnAttributes() { posix_spawnattr_destroy(&attributes); }
-  SpawnAttributes(const SpawnAttributes&) = delete;
-  SpawnAttributes& operator=(const SpawnAttributes&) = delete;
-
-  posix_spawnattr_t attributes;
-};
-
-// The two given descriptors are standard output and standard error.
-class SpawnFiles {
- public:
-  SpawnFiles(int standardOutput, int standardError) {
-    posix_spawn_file_actions_init(&actions);
-    // Without one of them the child would write where we do.
-    problem = posix_spawn_file_actions_adddup2(&actions, standardOutput, STDOUT_FILENO);
-    if (problem == 0) {
-      problem = posix_spawn_file_actions_adddup2(&actions, standardError, STDERR_FILENO);
+// No signal is blocked, and none ignored but those that staysIgnored() names. Libraries ignore
+// signals, SIGPIPE for one; a shell pipeline in a command relies on the default.
+void setSignals(posix_spawnattr_t& attributes) {
+  sigset_t set;
+  sigemptyset(&set);
+  posix_spawnattr_setsigmask(&attributes, &set);
+  sigfillset(&set);
+  for (const int signal : {SIGHUP, SIGINT, SIGQUIT}) {
+    if (staysIgnored(signal)) {
+      sigdelset(&set, signal);
     }
   }
-  ~SpawnFiles() { posix_spawn_file_actions_destroy(&actions); }
-  SpawnFiles(const SpawnFiles&) = delete;
-  SpawnFiles& operator=(const SpawnFiles&) = delete;
+  posix_spawnattr_setsigdefault(&attributes, &set);
+  posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
+}
 
-  posix_spawn_file_actions_t actions;
-  int problem;
-};
-
-// A child takes the limit of its parent: while this lives, ours on descriptors is the one that the
-// program was started with.
-class StartingDescriptorLimit {
- public:
-  StartingDescriptorLimit() : isKnown(getrlimit(RLIMIT_NOFILE, &ours) == 0) {
-    if (isKnown) {
-      restoreStartingDescriptorLimit();
-    }
-  }
-  ~StartingDescriptorLimit() {
-    if (isKnown) {
-      setrlimit(RLIMIT_NOFILE, &ours);
-    }
-  }
-  StartingDescriptorLimit(const StartingDescriptorLimit&) = delete;
-  StartingDescriptorLimit& operator=(const StartingDescriptorLimit&) = delete;
-
- private:
-  rlimit ours{};
-  bool isKnown;
-};
+// Returns 0 or an error number: without one of the two, the child would write where we do.
+int setStreams(posix_spawn_file_actions_t& actions, int standardOutput, int standardError) {
+  const int error = posix_spawn_file_actions_adddup2(&actions, standardOutput, STDOUT_FILENO);
+  return error != 0 ? error
+                    : posix_spawn_file_actions_adddup2(&actions, standardError, STDERR_FILENO);
+}
 
 }  // namespace
 
 Spawned spawn(const char* path, char* const* argv, int standardOutput, int standardError) {
   // Once is enough: what the program was started with is open before its first command, and what is
-  // opened later, by the program or by the toolkit, is opened so that it closes by itself.
+  // opened later, by the program or by a library, is opened so that it closes by itself.
   static const bool done [[maybe_unused]] = closeOnExec();
-  const SpawnAttributes spawnAttributes;
-  const SpawnFiles files(standardOutput, standardError);
-  const StartingDescriptorLimit limit;
+  posix_spawnattr_t attributes;
+  posix_spawn_file_actions_t actions;
+  posix_spawnattr_init(&attributes);
+  posix_spawn_file_actions_init(&actions);
+  setSignals(attributes);
+  // A child inherits the limits of its parent.
+  rlimit ours{};
+  const bool isLimitKnown = getrlimit(RLIMIT_NOFILE, &ours) == 0;
+  if (isLimitKnown) {
+    restoreStartingDescriptorLimit();
+  }
   Spawned child;
-  child.error = files.problem;
+  child.error = setStreams(actions, standardOutput, standardError);
   if (child.error == 0) {
-    child.error =
-        posix_spawn(&child.pid, path, &files.actions, &spawnAttributes.attributes, argv, environ);
+    child.error = posix_spawn(&child.pid, path, &actions, &attributes, argv, environ);
   }
   child.exitHandle = child.pid;
+  if (isLimitKnown) {
+    setrlimit(RLIMIT_NOFILE, &ours);
+  }
+  posix_spawn_file_actions_destroy(&actions);
+  posix_spawnattr_destroy(&attributes);
   return child;
 }
 

@@ -26,7 +26,7 @@ std::string headOf(const std::string& line) {
   return hyphens + "Results for: /bin/sh -c " + line + '\n';
 }
 
-// Makes a descendant wait until the command that started it has ended and been collected.
+// Makes a descendant wait until the command that started it has ended and been reaped.
 const std::string untilParentIsGone = "while kill -0 $$ 2>/dev/null; do :; done; ";
 
 TEST(Process, IsNamedByPathArgumentsAndComment) {

@@ -77,7 +77,7 @@ TEST(ReportRun, JoinsTheResultsInLaunchOrderWhateverEndsFirst) {
   MainController controller(support::eventLoop());
   controller.isFinishing = true;
   controller.txtHalvikAccount = "acme-office";
-  // The first one ends last: it runs until the second one has been collected.
+  // The first one ends last: it runs until the second one has been reaped.
   const std::string fifo = folder.path("fifo");
   ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
   controller.startTest("/bin/sh", {"-c", "read line < " + fifo + "; echo first"}, "(first)");

@@ -50,7 +50,7 @@ QSize sizeOfText(const QWidget& widget, const QString& text) {
   return size;
 }
 
-// A window that is looked at in every phase. What cannot be read is told on standard error.
+// A window that is looked at in every phase. What cannot be read is printed on standard error.
 class ReadWindow final : public WindowTest {
  public:
   void TestBody() override {}

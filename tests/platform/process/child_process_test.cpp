@@ -302,7 +302,7 @@ TEST(ChildProcess, FailsWithAReasonWhenThereAreNoDescriptorsLeft) {
 }
 
 TEST(ChildProcess, IsReadToTheEndOfTheStreamThatEndsLast) {
-  // What holds the second stream waits until the command itself has been collected.
+  // What holds the second stream waits until the command itself has been reaped.
   Shell shell("(exec >&-; while kill -0 $$ 2>/dev/null; do :; done; echo late >&2) & echo early");
   shell.run();
   EXPECT_EQ(shell.output.view(), "early\n");
@@ -334,7 +334,7 @@ TEST(ChildProcess, IsOneOfAThousandAtOnce) {
   if (limit.rlim_cur < 5000) {
     GTEST_SKIP() << "this machine does not allow for enough descriptors";
   }
-  // None of them is collected before the last one has been launched.
+  // None of them is reaped before the last one has been launched.
   std::vector<std::unique_ptr<Shell>> shells;
   for (int i = 0; i < 1025; ++i) {
     shells.push_back(std::make_unique<Shell>("echo " + std::to_string(i)));

@@ -31,7 +31,7 @@ TEST(ProcessSetupDeathTest, OpensMissingStandardDescriptors) {
   EXPECT_EXIT(openMissingStandardDescriptors(), testing::ExitedWithCode(0), "");
 }
 
-// One that the system had collected by itself could pass its number to a stranger while the program
+// If the system reaped a command by itself, another process could get its number while the program
 // still sends it signals.
 TEST(ProcessSetupDeathTest, KeepsEndedCommandsWhateverTheProgramWasStartedWith) {
   EXPECT_EXIT(

@@ -113,9 +113,9 @@ TEST(EndingSignals, EndThemWhicheverThreadTheyCameTo) {
   lifeline.waitForAllEnds();
 }
 
-// What becomes of three children, of whom those in `collected` are collected in this order before a
+// What becomes of three children, of whom those in `reaped` are reaped in this order before a
 // signal comes.
-void expectOthersToEnd(const std::vector<std::size_t>& collected) {
+void expectOthersToEnd(const std::vector<std::size_t>& reaped) {
   const Lifeline lifeline;
   std::array<pid_t, 3> pids{};
   for (pid_t& pid : pids) {
@@ -126,7 +126,7 @@ void expectOthersToEnd(const std::vector<std::size_t>& collected) {
     for (std::size_t i = 0; i < children.size(); ++i) {
       children.at(i).begin(pids.at(i));
     }
-    for (const std::size_t i : collected) {
+    for (const std::size_t i : reaped) {
       children.at(i).end();
       children.at(i).end();
       children.at(i).terminate();
@@ -135,7 +135,7 @@ void expectOthersToEnd(const std::vector<std::size_t>& collected) {
   });
   EXPECT_EQ(signalOf(status), SIGTERM);
   for (std::size_t i = 0; i < pids.size(); ++i) {
-    const bool isSpared = std::ranges::find(collected, i) != collected.end();
+    const bool isSpared = std::ranges::find(reaped, i) != reaped.end();
     EXPECT_EQ(waitpid(pids.at(i), nullptr, isSpared ? WNOHANG : 0), isSpared ? 0 : pids.at(i));
     if (isSpared) {
       kill(pids.at(i), SIGKILL);
@@ -164,9 +164,9 @@ TEST(EndingSignals, EndChildrenInThePlaceOfThoseThatHaveBeenCollected) {
         child.begin(lifeline.startSleeper());
       }
       for (int i = 0; i < 2; ++i) {
-        for (const std::size_t collected : {order[0], order[1]}) {
-          children.at(collected).terminate();
-          children.at(collected).end();
+        for (const std::size_t reaped : {order[0], order[1]}) {
+          children.at(reaped).terminate();
+          children.at(reaped).end();
         }
         for (const std::size_t renewed : {order[1], order[0]}) {
           children.at(renewed).begin(lifeline.startSleeper());

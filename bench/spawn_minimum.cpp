@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 Halvik
 // SPDX-License-Identifier: Apache-2.0
 
-// usage: spawn_floor FILE
+// usage: spawn_minimum FILE
 //
 // Starts every line of FILE with a shell of its own, all at once, with their output thrown away,
 // and waits for their ends: what the commands themselves cost, whoever runs them.
