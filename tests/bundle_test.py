@@ -11,7 +11,8 @@ import subprocess
 import tempfile
 import unittest
 
-ROOT = pathlib.Path(__file__).resolve().parents[1]
+from project import ROOT
+
 ICON = ROOT / "share/macos/halvik-diagnostic.icns"
 DESCRIPTION = ROOT / "share/linux/example.halvik.Diagnostic.metainfo.xml"
 

@@ -16,8 +16,9 @@ import time
 import unittest
 
 import option_table
+from project import ROOT
 
-COMPLETIONS = pathlib.Path(__file__).resolve().parents[1] / "share/completions"
+COMPLETIONS = ROOT / "share/completions"
 PROGRAM = "halvik-diagnostic"
 GUARD_SECONDS = 60  # ends a shell that hangs; no test waits for it otherwise
 

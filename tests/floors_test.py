@@ -3,11 +3,11 @@
 """Every include points to a lower floor, or stays on its floor without going in a circle. What only some systems have
 stays in the folder of those systems."""
 
-import pathlib
 import re
 import unittest
 
-ROOT = pathlib.Path(__file__).resolve().parents[1]
+from project import ROOT
+
 FOLDERS = ("app", "diagnostics", "platform", "reader", "report", "ui")
 # The reader of reports stands beside the program, in layers of its own.
 READER_LAYERS = ("reader/parse/", "reader/facts/", "reader/rules/", "reader/output/", "reader/")

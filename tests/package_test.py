@@ -12,8 +12,6 @@ import sys
 import tempfile
 import unittest
 
-sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent / "program"))
-
 import endpoints
 import plan
 import project

@@ -7,7 +7,7 @@ import html
 import os
 import re
 
-import labs  # before all that it finds
+import labs
 import skivra
 import support
 import upload_form

@@ -13,7 +13,7 @@ import tempfile
 import time
 import unittest
 
-import labs  # before all that it finds
+import labs
 import support
 
 # Where a lab, or one of its servers, could leave something.

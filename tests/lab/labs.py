@@ -21,13 +21,12 @@ import time
 import traceback
 import unittest
 
-FOLDER = pathlib.Path(__file__).resolve().parents[2] / "lab"
-LAB = FOLDER / "lab"
-sys.path.insert(0, str(FOLDER))
-sys.path.append(str(FOLDER.parent / "tests/program"))
 import reaper
 import support
 import weathers
+
+FOLDER = pathlib.Path(__file__).resolve().parents[2] / "lab"
+LAB = FOLDER / "lab"
 
 DOMAIN = "shop.example"  # the one that some weathers are about
 SKIPPED = 77  # the status by which a test file says that it was skipped whole

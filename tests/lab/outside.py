@@ -5,7 +5,7 @@
 
 import os
 
-import labs  # before all that it finds
+import labs
 import namespaces
 
 DEVICE = "outside"

@@ -8,7 +8,7 @@ has an answer for each of them.
 import re
 import unittest
 
-import labs  # before all that it finds
+import labs
 import endpoints
 import plan
 import skivra

@@ -9,7 +9,7 @@ import pathlib
 import subprocess
 import tempfile
 
-import labs  # before all that it finds
+import labs
 import support
 import weathers
 

@@ -7,7 +7,7 @@ import html.parser
 import subprocess
 import unittest
 
-import labs  # before all that it finds
+import labs
 import reader
 import support
 

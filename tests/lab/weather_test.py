@@ -11,7 +11,7 @@ import itertools
 import socket
 import unittest
 
-import labs  # before all that it finds
+import labs
 import endpoints
 import outside
 import plan

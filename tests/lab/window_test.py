@@ -6,13 +6,9 @@
 import html.parser
 import os
 import pathlib
-import sys
 
-import labs
-
-# First, as modules there and in the lab have the same names.
-sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "program"))
 import endpoints
+import labs
 import plan
 import support
 

@@ -6,7 +6,7 @@
 import os
 import select
 
-import servers
+import http_server
 import support
 
 RESULTS_URL = b"http://results.halvik.example/1234"
@@ -41,7 +41,7 @@ class DestinationTest(support.ProgramTest):
         report = support.report(self.OUTPUTS)
         for options, printed, written, uploaded in self.COMBINATIONS:
             with self.subTest(options):
-                server = servers.Server(servers.reply(RESULTS_URL))
+                server = http_server.Server(http_server.reply(RESULTS_URL))
                 ended = self.run_stand_in(["-s", *options], commands, submit=server.url())
                 server.close()
                 expected = b""
@@ -71,9 +71,9 @@ class DestinationTest(support.ProgramTest):
             seen["printed"] = b""
             while len(seen["printed"]) < len(expected) and select.select([reader], [], [], 20)[0]:
                 seen["printed"] += os.read(reader, 65536)
-            servers.reply(RESULTS_URL)(exchange)
+            http_server.reply(RESULTS_URL)(exchange)
 
-        server = servers.Server(look)
+        server = http_server.Server(look)
         ended = self.run_stand_in(["-s", "-i", "-c", "-o=F"], ["echo first"], submit=server.url(), stdout=writer)
         server.close()
         os.close(writer)
@@ -84,7 +84,7 @@ class DestinationTest(support.ProgramTest):
 
     def test_a_failed_upload_leaves_the_other_deliveries_as_they_were(self):
         report = support.report([("echo first", "first\n")])
-        submit = f"http://127.0.0.1:{servers.unreachable_port(self)}/diagnosticsubmit"
+        submit = f"http://127.0.0.1:{http_server.unreachable_port(self)}/diagnosticsubmit"
         ended = self.run_stand_in(["-s", "-i", "-c", "-o=F"], ["echo first"], submit=submit)
         self.assert_submission_failed(ended, report, report + b"\noutputFile=F\n")
         self.assert_same_text((self.work / "F").read_bytes(), report)
@@ -93,7 +93,7 @@ class DestinationTest(support.ProgramTest):
         for reply in (b"http://a.example/1\n", b"http://a.example/1\r\n\r\n", b"  two words  ", b"%s%d%n",
                       "http://\u00e4.example/\U0001f600".encode(), b"\n"):
             with self.subTest(reply):
-                server = servers.Server(servers.reply(reply))
+                server = http_server.Server(http_server.reply(reply))
                 ended = self.run_stand_in(["-s"], submit=server.url())
                 server.close()
                 self.assertEqual(ended.stdout, b"url=" + reply + b"\n")
@@ -109,7 +109,7 @@ class TextTest(support.ProgramTest):
         shown = report[:report.index(b"\0")]
         self.assertTrue(shown.endswith(b"left"))
 
-        server = servers.Server(servers.reply(RESULTS_URL), servers.reply(b""))
+        server = http_server.Server(http_server.reply(RESULTS_URL), http_server.reply(b""))
         ended = self.run_stand_in(["-s", "-c", "-i", "-o=F"], commands, submit=server.url())
         self.assertEqual(ended.stdout, shown + b"\noutputFile=F\nurl=" + RESULTS_URL + b"\n")
         self.assert_same_text((self.work / "F").read_bytes(), report)

@@ -7,7 +7,7 @@ import os
 import pathlib
 import pwd
 
-import servers
+import http_server
 import support
 
 OUTPUTS = [("echo first; echo m\u00fcll >&2", "first\n", "m\u00fcll\n")]
@@ -18,7 +18,7 @@ FALLBACK = "could not send log, saved to Desktop"
 
 class DesktopTest(support.ProgramTest):
     def fail_to_submit(self, **others):
-        submit = f"http://127.0.0.1:{servers.unreachable_port(self)}/diagnosticsubmit"
+        submit = f"http://127.0.0.1:{http_server.unreachable_port(self)}/diagnosticsubmit"
         ended = self.run_stand_in(["-s"], [line for line, *_ in OUTPUTS], submit=submit, **others)
         self.assertEqual(ended.stdout, b"")
         self.assertIn(FALLBACK, ended.messages)

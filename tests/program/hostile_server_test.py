@@ -8,7 +8,7 @@ import os
 import socket
 import zlib
 
-import servers
+import http_server
 import support
 
 RESULTS_URL = b"https://results.halvik.example/1"
@@ -58,7 +58,7 @@ def closed_after(exchange, seconds):
 
 class HostileTest(support.ProgramTest):
     def serve(self, *scripts, **others):
-        server = servers.Server(*scripts, **others)
+        server = http_server.Server(*scripts, **others)
         self.addCleanup(server.close)
         return server
 
@@ -93,7 +93,7 @@ class EndlessTest(HostileTest):
         return support.Ended(process.path, process.pid, process.returncode, stdout, stderr), usage.ru_maxrss
 
     def test_what_never_ends(self):
-        _, usual = self.memory_of(servers.reply(RESULTS_URL))
+        _, usual = self.memory_of(http_server.reply(RESULTS_URL))
         long_head = "no usable reply: its head is too long"
         long_body = "no usable reply: it is longer than 1048576 bytes"
         long_size = "no usable reply: the size of a chunk is too long"
@@ -129,7 +129,7 @@ class EndlessTest(HostileTest):
                 self.assert_refused(self.submit(trickles(start, piece), env=env), reason)
 
     def test_a_whole_reply_byte_by_byte(self):
-        for data in (servers.head(200, 3) + b"url", CHUNKED + b"3\r\nurl\r\n0\r\n"):
+        for data in (http_server.head(200, 3) + b"url", CHUNKED + b"3\r\nurl\r\n0\r\n"):
             def script(exchange):
                 support.wait_until(lambda: self.process, "the program is known")
                 for byte in data:
@@ -143,13 +143,13 @@ class EndlessTest(HostileTest):
             self.assert_accepted(self.finish(self.process), b"l")
 
     def test_compressed_bombs(self):
-        _, usual = self.memory_of(servers.reply(RESULTS_URL))
+        _, usual = self.memory_of(http_server.reply(RESULTS_URL))
         packer = zlib.compressobj(9, zlib.DEFLATED, 31)
         bomb = b"".join(packer.compress(bytes(1 << 20)) for _ in range(1024)) + packer.flush()
         for coding, body in (("gzip", bomb), ("deflate", bomb), ("br", bomb), ("zstd", bomb), ("rot13", b"abc"),
                              ("gzip", gzip.compress(RESULTS_URL)), ("gzip, gzip", bomb)):
             with self.subTest(coding):
-                ended, memory = self.memory_of(servers.reply(body, fields=[f"Content-Encoding: {coding}"]))
+                ended, memory = self.memory_of(http_server.reply(body, fields=[f"Content-Encoding: {coding}"]))
                 self.assert_refused(ended, "no usable reply: it is compressed, which nobody asked for")
                 self.assertLess(memory, usual + MEMORY_KB_MAX)
                 self.assertEqual(self.server.requests[0].headers["accept-encoding"], "identity")
@@ -191,21 +191,21 @@ class LyingTest(HostileTest):
                 self.assert_accepted(self.submit(sends(data)), b"url")
 
     def test_an_empty_reply(self):
-        self.assert_refused(self.submit(servers.reply(b"")), "the reply is empty")
+        self.assert_refused(self.submit(http_server.reply(b"")), "the reply is empty")
 
     def test_an_answer_before_the_report_was_read(self):
         """One that refuses it counts; no other can be about this report."""
         (self.work / "filler").write_bytes(b"x" * 16_000_000)
         report = support.report([("cat filler", b"x" * 16_000_000)])
         for status, then, reason in [
-            (200, servers.Exchange.close, ""),
-            (200, servers.Exchange.wait_until_closed_by_client, "the server answered before it had the whole request"),
-            (413, servers.Exchange.wait_until_closed_by_client, "server replied: 413 Reply"),
+            (200, http_server.Exchange.close, ""),
+            (200, http_server.Exchange.wait_until_closed_by_client, "the server answered before it had the whole request"),
+            (413, http_server.Exchange.wait_until_closed_by_client, "server replied: 413 Reply"),
         ]:
             with self.subTest(status=status, then=then.__name__):
                 def script(exchange):
                     exchange.connection.recv(100)
-                    exchange.send(servers.head(status, len(RESULTS_URL)) + RESULTS_URL)
+                    exchange.send(http_server.head(status, len(RESULTS_URL)) + RESULTS_URL)
                     then(exchange)
 
                 server = self.serve(script, at_connect=True)
@@ -216,11 +216,11 @@ class LyingTest(HostileTest):
 
 class RedirectTest(HostileTest):
     def test_a_hundred_redirects(self):
-        ended = self.submit(servers.reply(b"", 302, ["Location: /again"]))
+        ended = self.submit(http_server.reply(b"", 302, ["Location: /again"]))
         self.assert_refused(ended, r"the redirect to http://127.0.0.1:[0-9]+/again is refused", connections=21)
 
     def test_a_circle_that_asks_for_the_report_each_time(self):
-        ended = self.submit(servers.reply(b"", 307, ["Location: /diagnosticsubmit"]))
+        ended = self.submit(http_server.reply(b"", 307, ["Location: /diagnosticsubmit"]))
         self.assert_refused(ended, "the redirect to .* is refused", connections=21)
 
     def test_to_other_protocols(self):
@@ -228,16 +228,16 @@ class RedirectTest(HostileTest):
                        "http://", "mailto:a@halvik.example", "qrc:/a"):
             for status in (302, 307):
                 with self.subTest(target, status=status):
-                    ended = self.submit(servers.reply(b"", status, ["Location: " + target]))
+                    ended = self.submit(http_server.reply(b"", status, ["Location: " + target]))
                     self.assert_refused(ended, "the redirect to .* is refused")
 
     def test_two_targets(self):
-        ended = self.submit(servers.reply(b"", 302, ["Location: /a", "Location: /b"]))
+        ended = self.submit(http_server.reply(b"", 302, ["Location: /a", "Location: /b"]))
         self.assert_refused(ended, "no usable reply: it contradicts itself in location")
 
     def test_a_target_that_would_add_lines_to_the_request(self):
         target = "/a%0d%0aX-Added: 1 \x01?b=c d"
-        server = self.serve(servers.reply(b"", 302, ["Location: " + target]), servers.reply(RESULTS_URL))
+        server = self.serve(http_server.reply(b"", 302, ["Location: " + target]), http_server.reply(RESULTS_URL))
         self.assert_accepted(self.run_stand_in(["-s"], submit=server.url()), RESULTS_URL)
         self.assertEqual(server.requests[1].target, "/a%0D%0AX-Added:%201%20%01?b=c%20d")
         self.assertNotIn("x-added", server.requests[1].headers)
@@ -246,8 +246,8 @@ class RedirectTest(HostileTest):
         """The report only where the same request is asked for again."""
         for status, method in ((302, "GET"), (303, "GET"), (307, "POST"), (308, "POST")):
             with self.subTest(status=status):
-                other = self.serve(servers.reply(RESULTS_URL))
-                ended = self.submit(servers.reply(b"", status, ["Location: " + other.url("/there")]))
+                other = self.serve(http_server.reply(RESULTS_URL))
+                ended = self.submit(http_server.reply(b"", status, ["Location: " + other.url("/there")]))
                 self.assert_accepted(ended, RESULTS_URL)
                 request, = other.requests
                 self.assertEqual(request.method, method)
@@ -266,22 +266,22 @@ class ReplyTextTest(HostileTest):
                       "https://a/\u202egpj.exe".encode(), "\u2066\u200b\ufeff".encode(), b"\x01\x08\x7f",
                       b"$(touch x) `x` ; x", b" \t "):
             with self.subTest(reply):
-                self.assert_accepted(self.submit(servers.reply(reply)), reply)
+                self.assert_accepted(self.submit(http_server.reply(reply)), reply)
 
     def test_a_long_one(self):
         """Sent in pieces as the network likes, it is represented by its end."""
         reply = b"https://a/" + b"x" * 60000
-        ended = self.submit(servers.reply(reply))
+        ended = self.submit(http_server.reply(reply))
         self.assertEqual((ended.stderr, ended.status), (b"", 0))
         self.assertTrue(ended.stdout.startswith(b"url=") and ended.stdout.endswith(b"x\n"))
         self.assertTrue(reply.endswith(ended.stdout[4:-1]))
 
     def test_up_to_a_nul(self):
-        self.assert_accepted(self.submit(servers.reply(b"https://a/\0b")), b"https://a/")
+        self.assert_accepted(self.submit(http_server.reply(b"https://a/\0b")), b"https://a/")
 
     def test_what_is_no_utf8_is_left_out(self):
         for reply in (b"https://a/\xff", b"\xc3", b"\xed\xa0\x80"):
-            self.assert_accepted(self.submit(servers.reply(reply)), b"")
+            self.assert_accepted(self.submit(http_server.reply(reply)), b"")
 
     def test_the_log_holds_nothing_that_a_terminal_obeys(self):
         words = "\x1b[31mred\x07\x9b31m\u202e\u2066\u200b\x7f".encode() + b"\x9b"
@@ -302,7 +302,7 @@ class FamilyTest(support.ProgramTest):
         hosts.write_text("".join(f"{address} {self.NAME}\n" for address in addresses))
         support.cover("/etc/hosts", hosts)
         self.addCleanup(support.uncover, "/etc/hosts")
-        server = servers.Server(servers.reply(RESULTS_URL), family=family)
+        server = http_server.Server(http_server.reply(RESULTS_URL), family=family)
         self.addCleanup(server.close)
         prepare(server)
         ended = self.run_stand_in(["-s"], submit=f"http://{self.NAME}:{server.port}/diagnosticsubmit")
@@ -338,7 +338,7 @@ class FamilyTest(support.ProgramTest):
         self.submit("::1", "127.0.0.1", family=socket.AF_INET, prepare=swallow)
 
     def test_an_address_in_place_of_a_name(self):
-        server = servers.Server(servers.reply(RESULTS_URL), family=socket.AF_INET6)
+        server = http_server.Server(http_server.reply(RESULTS_URL), family=socket.AF_INET6)
         self.addCleanup(server.close)
         ended = self.run_stand_in(["-s"], submit=f"http://[::1]:{server.port}/diagnosticsubmit")
         self.assertEqual((ended.stdout, ended.status), (b"url=" + RESULTS_URL + b"\n", 0))

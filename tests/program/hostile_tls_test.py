@@ -12,7 +12,7 @@ import tempfile
 import unittest
 import warnings
 
-import servers
+import http_server
 import support
 
 try:
@@ -50,7 +50,7 @@ def setUpModule():
 
 class TlsTest(support.ProgramTest):
     def serve(self, *scripts, context, port=443):
-        server = servers.Server(*scripts, context=context, port=port)
+        server = http_server.Server(*scripts, context=context, port=port)
         self.addCleanup(server.close)
         return server
 
@@ -76,7 +76,7 @@ class ProtocolTest(TlsTest):
                 with warnings.catch_warnings():
                     warnings.simplefilter("ignore", DeprecationWarning)
                     settings.minimum_version = settings.maximum_version = version
-                server = self.serve(servers.reply(RESULTS_URL), context=settings)
+                server = self.serve(http_server.reply(RESULTS_URL), context=settings)
                 ended = self.submit()
                 if taken:
                     self.assert_accepted(ended)
@@ -87,10 +87,10 @@ class ProtocolTest(TlsTest):
 
     def test_what_comes_without_tls_counts_for_nothing(self):
         """Least of all where it asks for the report to be sent elsewhere."""
-        second = self.serve(servers.reply(RESULTS_URL), context=context(other), port=8443)
+        second = self.serve(http_server.reply(RESULTS_URL), context=context(other), port=8443)
         for status in (200, 307, 400):
-            plain = servers.reply(RESULTS_URL, status, [f"Location: https://{OTHER}:8443/"])
-            first = servers.Server(plain, at_connect=True, port=443)
+            plain = http_server.reply(RESULTS_URL, status, [f"Location: https://{OTHER}:8443/"])
+            first = http_server.Server(plain, at_connect=True, port=443)
             self.addCleanup(first.close)
             self.assert_refused(self.submit(), "(?!server replied)")
             first.close()
@@ -103,7 +103,7 @@ class ProtocolTest(TlsTest):
 
         def script(exchange):
             chosen.append(exchange.connection.selected_alpn_protocol())
-            servers.reply(RESULTS_URL)(exchange)
+            http_server.reply(RESULTS_URL)(exchange)
 
         server = self.serve(script, context=settings)
         self.assert_accepted(self.submit())
@@ -113,7 +113,7 @@ class ProtocolTest(TlsTest):
 class CertificateTest(TlsTest):
     def test_one_that_changes_between_two_runs(self):
         """Each run judges by itself; nothing is remembered."""
-        server = self.serve(servers.reply(RESULTS_URL), context=context(good))
+        server = self.serve(http_server.reply(RESULTS_URL), context=context(good))
         self.assert_accepted(self.submit())
         server.context = context(unknown)
         self.assert_refused(self.submit(), ".*certificate")
@@ -126,7 +126,7 @@ class CertificateTest(TlsTest):
         for bad in (unknown, other):
             def script(exchange):
                 server.context = context(bad)
-                servers.reply(b"", 307, ["Location: /again"])(exchange)
+                http_server.reply(b"", 307, ["Location: /again"])(exchange)
 
             server = self.serve(script, context=context(good))
             self.assert_refused(self.submit(), ".*(certificate|host name)")
@@ -136,8 +136,8 @@ class CertificateTest(TlsTest):
     def test_another_host_shows_its_own(self):
         target = f"https://{OTHER}:8443/page"
         for certificate, taken in ((other, True), (good, False)):
-            second = self.serve(servers.reply(RESULTS_URL), context=context(certificate), port=8443)
-            first = self.serve(servers.reply(b"", 307, ["Location: " + target]), context=context(good))
+            second = self.serve(http_server.reply(RESULTS_URL), context=context(certificate), port=8443)
+            first = self.serve(http_server.reply(b"", 307, ["Location: " + target]), context=context(good))
             ended = self.submit()
             if taken:
                 self.assert_accepted(ended)
@@ -150,7 +150,7 @@ class CertificateTest(TlsTest):
 
     def test_the_environment_names_no_authorities(self):
         """Not even one that other programs would believe on the word of a variable."""
-        self.serve(servers.reply(RESULTS_URL), context=context(unknown))
+        self.serve(http_server.reply(RESULTS_URL), context=context(unknown))
         authority = unknown.parent / "unknown/authority.pem"
         asked = subprocess.run(["openssl", "s_client", "-verify_return_error", "-connect", f"{tls.HOST}:443"],
                                env={**os.environ, "SSL_CERT_FILE": str(authority)}, stdin=subprocess.DEVNULL,
@@ -165,8 +165,8 @@ class CutTest(TlsTest):
 
     def test_replies_that_are_cut(self):
         chunked = b"HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n"
-        for data in (servers.head(200, 99) + b"https://r", chunked + b"20\r\nhttps://r", chunked + b"5\r\nhttps\r\n"):
-            for end in (servers.Exchange.close, servers.Exchange.reset):
+        for data in (http_server.head(200, 99) + b"https://r", chunked + b"20\r\nhttps://r", chunked + b"5\r\nhttps\r\n"):
+            for end in (http_server.Exchange.close, http_server.Exchange.reset):
                 with self.subTest(data, end=end.__name__):
                     def script(exchange):
                         exchange.send(data)
@@ -182,7 +182,7 @@ class CutTest(TlsTest):
         for fields in ([f"Content-Length: {len(body)}"], []):
             with self.subTest(fields):
                 def script(exchange):
-                    exchange.send(servers.head(200, fields=fields) + body)
+                    exchange.send(http_server.head(200, fields=fields) + body)
                     exchange.close()
 
                 server = self.serve(script, context=context(good))
@@ -193,7 +193,7 @@ class CutTest(TlsTest):
 
     def test_an_endless_reply(self):
         def script(exchange):
-            exchange.send(servers.head(200))
+            exchange.send(http_server.head(200))
             while True:
                 exchange.send(b"x" * 65536)
 

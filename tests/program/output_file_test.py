@@ -5,7 +5,7 @@
 
 import subprocess
 
-import servers
+import http_server
 import support
 
 OUTPUTS = [("seq 20000", "".join(f"{number}\n" for number in range(1, 20001)))]
@@ -89,7 +89,7 @@ class OutputFileTest(support.ProgramTest):
         self.assert_only_files(self.work, ["F"])
 
     def test_the_upload_follows_a_failed_save(self):
-        server = servers.Server(servers.reply(b"http://results.halvik.example/1"))
+        server = http_server.Server(http_server.reply(b"http://results.halvik.example/1"))
         ended = self.save("none/F", ["-s", "-i", "-c"], submit=server.url())
         server.close()
         self.assert_same_text(ended.stdout,

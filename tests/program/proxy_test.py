@@ -3,7 +3,7 @@
 
 """The proxy settings of the environment."""
 
-import servers
+import http_server
 import support
 
 HOST = "diagnostic.halvik.example"
@@ -17,9 +17,9 @@ class ProxyTest(support.ProgramTest):
         (self.folder / "hosts").write_text(f"127.0.0.1 localhost {HOST}\n")
         support.cover("/etc/hosts", self.folder / "hosts")
         self.addCleanup(support.uncover, "/etc/hosts")
-        self.direct = servers.Server(servers.reply(b"direct"))
+        self.direct = http_server.Server(http_server.reply(b"direct"))
         self.addCleanup(self.direct.close)
-        self.proxy = servers.Server(servers.reply(b"by proxy"))
+        self.proxy = http_server.Server(http_server.reply(b"by proxy"))
         self.addCleanup(self.proxy.close)
         self.url = f"http://{HOST}:{self.direct.port}/diagnosticsubmit"
 
@@ -50,12 +50,12 @@ class ProxyTest(support.ProgramTest):
                 self.assertEqual(unused.requests, [])
 
     def test_a_proxy_that_is_not_there_is_a_failed_upload(self):
-        ended = self.submit(http_proxy=f"http://127.0.0.1:{servers.unreachable_port(self)}")
+        ended = self.submit(http_proxy=f"http://127.0.0.1:{http_server.unreachable_port(self)}")
         self.assert_submission_failed(ended, support.report())
         self.assertEqual(self.direct.connections, 0)
 
     def test_a_proxy_that_asks_for_a_password_is_a_failed_upload(self):
-        asking = servers.Server(servers.reply(b"who?", 407, ['Proxy-Authenticate: Basic realm="here"']))
+        asking = http_server.Server(http_server.reply(b"who?", 407, ['Proxy-Authenticate: Basic realm="here"']))
         ended = self.submit(http_proxy=asking.url(""))
         asking.close()
         self.assert_submission_failed(ended, support.report())

@@ -16,7 +16,8 @@ import unittest
 
 import jsonschema
 
-ROOT = pathlib.Path(__file__).resolve().parents[2]
+from project import ROOT
+
 DATA = ROOT / "tests/reader/data"
 SEPARATOR = "-" * 45 + "Results for: "
 NOTHING, PROBLEM, UNREADABLE = 0, 1, 2

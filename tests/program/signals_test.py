@@ -12,7 +12,7 @@ import socket
 import subprocess
 import unittest
 
-import servers
+import http_server
 import support
 
 ALL = support.PLAN_LENGTH
@@ -143,7 +143,7 @@ class EndTest(SignalTest):
                     exchange.wait_until_closed_by_client()
                     gone.append(exchange)
 
-                server = servers.Server(wait)
+                server = http_server.Server(wait)
                 process = self.start_run(["-s"], ["echo one"], submit=server.url())
                 support.wait_until(lambda: server.requests, "the report has been received", process)
                 process.send_signal(number)
@@ -321,10 +321,10 @@ class SuspendTest(SignalTest):
         def reply_to_a_sleeper(exchange):
             process.send_signal(signal.SIGSTOP)
             os.waitid(os.P_PID, process.pid, os.WSTOPPED | os.WNOWAIT)
-            servers.reply(url)(exchange)
+            http_server.reply(url)(exchange)
             replied.append(exchange)
 
-        server = servers.Server(reply_to_a_sleeper)
+        server = http_server.Server(reply_to_a_sleeper)
         process = self.start_run(["-s"], ["echo one"], submit=server.url(), env={"STAND_IN_STALL_MS": 3000})
         support.wait_until(lambda: replied, "the server has replied", process)
         with self.assertRaises(subprocess.TimeoutExpired):

@@ -7,7 +7,7 @@ import os
 import signal
 import socket
 
-import servers
+import http_server
 import support
 
 RESULTS_URL = b"http://results.halvik.example/1234"
@@ -18,7 +18,7 @@ class ReaderGoneTest(support.ProgramTest):
     def run_with_reader(self, options, bytes_read, prefix=()):
         """Runs with a reader on standard output that takes a few bytes and closes."""
         report = support.report(LARGE)
-        server = servers.Server(servers.reply(RESULTS_URL))
+        server = http_server.Server(http_server.reply(RESULTS_URL))
         reader, writer = os.pipe()
         process = self.start_stand_in(options, [LARGE[0][0]], submit=server.url(), stdout=writer, prefix=prefix)
         os.close(writer)
@@ -54,7 +54,7 @@ class FullDeviceTest(support.ProgramTest):
     OUTPUTS = [("echo here", "here\n")]
 
     def run_with_full_output(self, options, reply):
-        server = servers.Server(reply)
+        server = http_server.Server(reply)
         with open("/dev/full", "wb") as full:
             ended = self.run_stand_in(options, ["echo here"], submit=server.url(), stdout=full)
         server.close()
@@ -67,7 +67,7 @@ class FullDeviceTest(support.ProgramTest):
         for options, uploads in ((["-s", "-o=F"], 0), (["-s", "-c", "-o=F"], 0), (["-s", "-i", "-o=F"], 1),
                                  (["-s", "-c", "-i", "-o=F"], 1)):
             with self.subTest(options):
-                _, server = self.run_with_full_output(options, servers.reply(RESULTS_URL))
+                _, server = self.run_with_full_output(options, http_server.reply(RESULTS_URL))
                 self.assert_same_text((self.work / "F").read_bytes(), report)
                 (self.work / "F").unlink()
                 self.assertEqual([request.submitted for request in server.requests], [report] * uploads)
@@ -78,14 +78,14 @@ class FullDeviceTest(support.ProgramTest):
         for options, uploads in ((["-s", "-c"], 0), (["-s"], 1), (["-s", "-c", "-i"], 1),
                                  (["-s", "-c", "-o=missing/F"], 0)):
             with self.subTest(options):
-                ended, server = self.run_with_full_output(options, servers.reply(RESULTS_URL))
+                ended, server = self.run_with_full_output(options, http_server.reply(RESULTS_URL))
                 self.assertEqual(len(server.requests), uploads)
                 self.assertIn(str(self.desktop_file), "\n".join(ended.messages))
                 self.assert_same_text(self.desktop_file.read_bytes(), support.report(self.OUTPUTS))
                 self.desktop_file.unlink()
 
     def test_an_upload_that_fails_as_well(self):
-        ended, server = self.run_with_full_output(["-s", "-c", "-i"], servers.reply(b"no", status=500))
+        ended, server = self.run_with_full_output(["-s", "-c", "-i"], http_server.reply(b"no", status=500))
         self.assertEqual(len(server.requests), 1)
         self.assertIn("could not send log, saved to Desktop", ended.messages)
         self.assert_same_text(self.desktop_file.read_bytes(), support.report(self.OUTPUTS))
@@ -98,7 +98,7 @@ class FullDeviceTest(support.ProgramTest):
                                (["-s", "-c", "-i", "-o=F"], [b"outputFile=F\n", url]),
                                (["-s", "-c", "-i"], [url])):
             with self.subTest(options):
-                server = servers.Server(servers.reply(RESULTS_URL))
+                server = http_server.Server(http_server.reply(RESULTS_URL))
                 reader, writer = socket.socketpair(socket.AF_UNIX, socket.SOCK_DGRAM)
                 with reader:
                     with writer:
@@ -113,14 +113,14 @@ class FullDeviceTest(support.ProgramTest):
                 self.assert_only_files(self.home, [])
 
     def test_a_full_device_for_the_log_changes_nothing_else(self):
-        submit = f"http://127.0.0.1:{servers.unreachable_port(self)}/diagnosticsubmit"
+        submit = f"http://127.0.0.1:{http_server.unreachable_port(self)}/diagnosticsubmit"
         with open("/dev/full", "wb") as full:
             ended = self.run_stand_in(["-s"], ["echo here"], submit=submit, stderr=full)
         self.assertEqual(ended.status, 1)
         self.assert_same_text(self.desktop_file.read_bytes(), support.report([("echo here", "here\n")]))
 
     def test_a_log_that_nobody_reads_changes_nothing_else(self):
-        submit = f"http://127.0.0.1:{servers.unreachable_port(self)}/diagnosticsubmit"
+        submit = f"http://127.0.0.1:{http_server.unreachable_port(self)}/diagnosticsubmit"
         reader, writer = os.pipe()
         os.close(reader)
         ended = self.run_stand_in(["-s"], ["echo here"], submit=submit, stderr=writer)

@@ -11,7 +11,7 @@ import subprocess
 import sys
 import unittest
 
-import servers
+import http_server
 import support
 
 ALL = support.PLAN_LENGTH
@@ -24,11 +24,11 @@ REPORT = support.report(OUTPUTS)
 
 class SurroundingsTest(support.ProgramTest):
     def fail_to_submit(self, **others):
-        submit = f"http://127.0.0.1:{servers.unreachable_port(self)}/diagnosticsubmit"
+        submit = f"http://127.0.0.1:{http_server.unreachable_port(self)}/diagnosticsubmit"
         return self.run_stand_in(["-s"], LINES, submit=submit, **others)
 
     def deliver_everywhere(self, **others):
-        server = servers.Server(servers.reply(URL))
+        server = http_server.Server(http_server.reply(URL))
         ended = self.run_stand_in(["-s", "-c", "-o=F", "-i"], LINES, submit=server.url(), **others)
         server.close()
         return ended, server
@@ -140,7 +140,7 @@ while True:
 
     def test_none_for_the_upload(self):
         """It has a thread of its own. Refused, it is a failed upload, and a process may have become free after all."""
-        server = servers.Server(servers.reply(URL))
+        server = http_server.Server(http_server.reply(URL))
         take_all = self.folder / "take_all"
         take_all.write_text(self.TAKE_ALL)
         line = f"{sys.executable} {take_all} >/dev/null 2>&1 & until test -e full; do :; done"

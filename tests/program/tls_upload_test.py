@@ -10,7 +10,7 @@ import tempfile
 import threading
 import unittest
 
-import servers
+import http_server
 import support
 
 try:
@@ -110,20 +110,20 @@ class SecureTransportTest(TlsTest):
         self.assertEqual(self.receiver.pages, 1)
 
     def test_a_redirect_to_plain_http_is_refused(self):
-        plain = servers.Server(servers.reply(b"page"))
+        plain = http_server.Server(http_server.reply(b"page"))
         self.addCleanup(plain.close)
         self.serve(self.certificate(), f"location = /diagnosticsubmit {{ return 302 {plain.url('/page')}; }}")
         self.assert_submission_failed(self.submit(), support.report())
         self.assertEqual(plain.connections, 0)
 
     def test_a_server_without_tls(self):
-        plain = servers.Server(lambda exchange: exchange.send(b"HTTP/1.1 400 Bad\r\n\r\n"), at_connect=True)
+        plain = http_server.Server(lambda exchange: exchange.send(b"HTTP/1.1 400 Bad\r\n\r\n"), at_connect=True)
         self.addCleanup(plain.close)
         ended = self.run_stand_in(["-s"], submit=f"https://127.0.0.1:{plain.port}/diagnosticsubmit")
         self.assert_submission_failed(ended, support.report())
 
     def test_a_handshake_that_never_ends(self):
-        silent = servers.Server(lambda exchange: exchange.wait_until_closed_by_client(), at_connect=True)
+        silent = http_server.Server(lambda exchange: exchange.wait_until_closed_by_client(), at_connect=True)
         self.addCleanup(silent.close)
         ended = self.run_stand_in(["-s"], submit=f"https://127.0.0.1:{silent.port}/diagnosticsubmit",
                                   env={"STAND_IN_STALL_MS": 300})
@@ -131,7 +131,7 @@ class SecureTransportTest(TlsTest):
 
     def test_through_a_proxy(self):
         self.serve(self.certificate())
-        proxy = servers.Server(tunnel)
+        proxy = http_server.Server(tunnel)
         self.addCleanup(proxy.close)
         for variables, requests in [
             ({"https_proxy": f"http://127.0.0.1:{proxy.port}"}, 1),

@@ -5,7 +5,7 @@
 
 import signal
 
-import servers
+import http_server
 import support
 
 LIMIT = 1_000_000
@@ -16,7 +16,7 @@ RESULTS_URL = b"http://results.halvik.example/1"
 class TrimmingTest(support.ProgramTest):
     def setUp(self):
         super().setUp()
-        self.server = servers.Server(servers.reply(RESULTS_URL))
+        self.server = http_server.Server(http_server.reply(RESULTS_URL))
         self.addCleanup(self.server.close)
 
     def outputs_of_size(self, size, *outputs):

@@ -6,7 +6,7 @@
 import socket
 import time
 
-import servers
+import http_server
 import support
 import upload_form
 
@@ -32,11 +32,11 @@ class StallTest(support.ProgramTest):
                 exchange.wait_until_closed_by_client()
             return script
 
-        whole = servers.head(200, 100)
+        whole = http_server.head(200, 100)
         for name, sent in [("without an answer", b""), ("inside the head", whole[:20]), ("after the head", whole),
-                           ("inside the body", whole + b"http://results"), ("inside an error", servers.head(500, 9))]:
+                           ("inside the body", whole + b"http://results"), ("inside an error", http_server.head(500, 9))]:
             with self.subTest(name):
-                server = servers.Server(after(sent))
+                server = http_server.Server(after(sent))
                 ended = self.submit(server, env={"STAND_IN_STALL_MS": 300})
                 server.close()
                 self.assert_submission_failed(ended, self.report(False))
@@ -71,8 +71,8 @@ class StallTest(support.ProgramTest):
         self.assert_submission_failed(ended, self.report(False))
 
     def test_a_redirect_into_silence(self):
-        silent = servers.Server(lambda exchange: exchange.wait_until_closed_by_client())
-        server = servers.Server(servers.reply(b"", 302, ["Location: " + silent.url("/page")]))
+        silent = http_server.Server(lambda exchange: exchange.wait_until_closed_by_client())
+        server = http_server.Server(http_server.reply(b"", 302, ["Location: " + silent.url("/page")]))
         ended = self.submit(server, env={"STAND_IN_STALL_MS": 300})
         server.close()
         silent.close()
@@ -94,12 +94,12 @@ class SlowProgressTest(support.ProgramTest):
 
     def test_a_slow_answer(self):
         def script(exchange):
-            exchange.send(servers.head(200, self.PIECES))
+            exchange.send(http_server.head(200, self.PIECES))
             for i in range(self.PIECES):
                 time.sleep(self.PAUSE)
                 exchange.send(b"%x" % i)
 
-        ended = self.submit(servers.Server(script))
+        ended = self.submit(http_server.Server(script))
         self.assertEqual((ended.stdout, ended.status), (b"url=f\n", 0))
 
     def test_a_slow_reader(self):
@@ -113,10 +113,10 @@ class SlowProgressTest(support.ProgramTest):
                 else:
                     time.sleep(self.PAUSE)
                     pauses.append(len(read))
-            servers.reply(RESULTS_URL)(exchange)
+            http_server.reply(RESULTS_URL)(exchange)
 
         pauses = [0]
-        ended = self.submit(servers.Server(script, at_connect=True, receive_buffer=4096), ["cat filler"])
+        ended = self.submit(http_server.Server(script, at_connect=True, receive_buffer=4096), ["cat filler"])
         self.assertEqual((ended.stdout, ended.status), (b"url=" + RESULTS_URL + b"\n", 0))
         self.assertGreaterEqual(len(pauses), self.PIECES)
         self.assertTrue(read.endswith(upload_form.around(support.report([("cat filler", LARGE)]))))

@@ -10,7 +10,7 @@ import subprocess
 import tempfile
 import unittest
 
-import servers
+import http_server
 import support
 
 support.require_tools("Xvfb", "xdotool", "xclip", "dbus-daemon")
@@ -142,7 +142,7 @@ class AccessibilityTest(windows.WindowedTest):
 class PhaseTest(AccessibilityTest):
     def setUp(self):
         super().setUp()
-        self.server = self.serve(servers.reply(windows.RESULT), servers.reply(b"no", status=500))
+        self.server = self.serve(http_server.reply(windows.RESULT), http_server.reply(b"no", status=500))
         self.gate = windows.Gate(self)
         waiting = [":"] * 30 + [self.gate.line] * (support.PLAN_LENGTH - 30)
         self.open_window(commands=waiting, submit=self.server.url())

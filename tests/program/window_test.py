@@ -16,7 +16,7 @@ import unittest
 import endpoints
 import plan
 import roots
-import servers
+import http_server
 import support
 import system_calls
 
@@ -191,7 +191,7 @@ class LinkTest(windows.WindowedTest):
     def test_the_copy_button(self):
         for reply in (windows.RESULT, windows.RESULT + b"\n", "https://r.example/\u00e4?b=1&c=%20#d".encode()):
             with self.subTest(reply):
-                server = self.serve(servers.reply(reply))
+                server = self.serve(http_server.reply(reply))
                 self.open_window(submit=server.url())
                 self.screen.copy(b"of another program")
                 copy, _ = self.run_once().link_buttons
@@ -214,7 +214,7 @@ class LinkTest(windows.WindowedTest):
         self.assertEqual(manager.saved, windows.RESULT)
 
     def test_the_open_button_and_links_go_to_the_desktop(self):
-        server = self.serve(servers.reply(windows.RESULT + b"\n"))
+        server = self.serve(http_server.reply(windows.RESULT + b"\n"))
         self.open_window(submit=server.url())
         picture = self.run_once()
         _, open_button = picture.link_buttons
@@ -245,7 +245,7 @@ class LinkTest(windows.WindowedTest):
             ("https://r.example/a|b", "https://r.example/a%7Cb"),
         ):
             with self.subTest(address):
-                server = self.serve(servers.reply(address.encode()))
+                server = self.serve(http_server.reply(address.encode()))
                 self.open_window(submit=server.url())
                 before = len(self.desktop.opened)
                 picture = self.run_once()
@@ -268,7 +268,7 @@ class FailureTest(windows.WindowedTest):
     def test_a_server_that_refuses(self):
         for status in (500, 404):
             with self.subTest(status):
-                server = self.serve(servers.reply(b"https://no.example/", status=status))
+                server = self.serve(http_server.reply(b"https://no.example/", status=status))
                 self.open_window(commands=self.LINES, submit=server.url())
                 self.window.press("Return")
                 self.assert_failed(self.finish_run())
@@ -277,14 +277,14 @@ class FailureTest(windows.WindowedTest):
                 self.desktop.notes.unlink()
 
     def test_no_server(self):
-        submit = f"http://127.0.0.1:{servers.unreachable_port(self)}/diagnosticsubmit"
+        submit = f"http://127.0.0.1:{http_server.unreachable_port(self)}/diagnosticsubmit"
         self.open_window(commands=self.LINES, submit=submit)
         self.window.press("Return")
         self.assert_failed(self.finish_run())
 
     def test_the_file_is_opened_after_a_failure_only(self):
-        server = self.serve(servers.reply(windows.RESULT), servers.reply(b"no", status=500),
-                            servers.reply(windows.RESULT))
+        server = self.serve(http_server.reply(windows.RESULT), http_server.reply(b"no", status=500),
+                            http_server.reply(windows.RESULT))
         self.open_window(submit=server.url())
         self.run_once()
         self.window.press("alt+o")

@@ -8,11 +8,9 @@ import json
 import pathlib
 import shutil
 import subprocess
-import sys
 import tempfile
 import unittest
 
-sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "program"))
 import support
 
 support.require_tools("chromium", "chromedriver", "pdftotext")

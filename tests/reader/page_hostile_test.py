@@ -7,7 +7,7 @@ import re
 
 import browser
 import pages
-from browser import support
+import support
 
 HOSTILE = ["</script><script>window.broken = 1</script>", "<img src=x onerror=window.broken=1>", "<!--<script>", "]]>", "--><b>",
            "javascript:window.broken=1", "https://evil.example/", "\"'><svg/onload=window.broken=1>", "{{1}}${1}", "&lt;b&gt;&#60;",

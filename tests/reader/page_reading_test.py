@@ -4,16 +4,16 @@
 """Everybody can read the page of halvik-report: in both themes, in any width, by keyboard, aloud and on paper."""
 
 import os
-import pathlib
 import unittest
 
 import browser
 import pages
-from browser import support
+import support
+from project import ROOT
 from selenium.webdriver.common.keys import Keys
 
-FOLDER = pathlib.Path(__file__).resolve().parent
-AXE = pathlib.Path(os.environ.get("HALVIK_AXE", FOLDER.parents[1] / "build/axe/package/axe.min.js"))
+FOLDER = ROOT / "tests/reader"
+AXE = pathlib.Path(os.environ.get("HALVIK_AXE", ROOT / "build/axe/package/axe.min.js"))
 
 
 class Reading(browser.BrowserTest):

@@ -5,7 +5,7 @@
 
 import browser
 import pages
-from browser import support
+import support
 from selenium.webdriver.common.keys import Keys
 
 

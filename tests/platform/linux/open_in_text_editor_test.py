@@ -11,7 +11,9 @@ import sys
 import tempfile
 import unittest
 
-SCRIPT = pathlib.Path(__file__).resolve().parents[3] / "platform" / "linux" / "open_in_text_editor"
+from project import ROOT
+
+SCRIPT = ROOT / "platform/linux" / "open_in_text_editor"
 WEB_PAGE = "<!DOCTYPE html>\n<html><body>Hotel network</body></html>\n"
 
 

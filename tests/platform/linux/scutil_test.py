@@ -14,7 +14,9 @@ import sys
 import tempfile
 import unittest
 
-SCRIPT = pathlib.Path(__file__).resolve().parents[3] / "platform" / "linux" / "scutil"
+from project import ROOT
+
+SCRIPT = ROOT / "platform/linux" / "scutil"
 NO_CONFIGURATION = "No DNS configuration available\n"
 STUB = "nameserver 127.0.0.53\noptions edns0 trust-ad\nsearch .\n"
 

@@ -14,7 +14,9 @@ import sys
 import tempfile
 import unittest
 
-SCRIPT = pathlib.Path(__file__).resolve().parents[3] / "platform" / "linux" / "system_profiler"
+from project import ROOT
+
+SCRIPT = ROOT / "platform/linux" / "system_profiler"
 MINUTE, HOUR, DAY = 60, 3600, 86400
 
 

@@ -19,7 +19,7 @@ import Xlib.protocol.event
 import Xlib.X
 import Xlib.XK
 
-import servers
+import http_server
 import support
 
 TITLE = r"Halvik Diagnostic v\d+\.\d+\.\d+"
@@ -438,7 +438,7 @@ class WindowedTest(support.ProgramTest):
                 script(exchange)
             return run
 
-        server = servers.Server(*map(held_back, scripts or [servers.reply(RESULT)]))
+        server = http_server.Server(*map(held_back, scripts or [http_server.reply(RESULT)]))
         self.addCleanup(server.close)
         self.addCleanup(self.may_reply.release, 100)
         return server

@@ -25,6 +25,7 @@ import unittest
 
 import endpoints
 import plan
+from project import ROOT
 
 GUARD_SECONDS = 300  # ends a run that hangs, on a machine with much else to do; no test waits for it otherwise
 SKIPPED = 77  # the status by which a test file says that it was skipped whole
@@ -36,7 +37,7 @@ SEPARATOR = b"-" * 45
 UNPRIVILEGED = ["setpriv", "--bounding-set=-all", "--inh-caps=-all", "--"]
 
 PLATFORM = os.environ.get("HALVIK_PLATFORM", "linux")  # what the program was built for
-TOOL_SCRIPTS = pathlib.Path(__file__).resolve().parents[2] / "platform/linux"
+TOOL_SCRIPTS = ROOT / "platform/linux"
 
 ISOLATED = "HALVIK_TEST_ISOLATED"  # set, in a test file's own environment, once it runs inside its namespaces
 

@@ -19,7 +19,7 @@ import signal
 import subprocess
 import tempfile
 
-import servers
+import http_server
 import support
 import system_calls
 
@@ -261,7 +261,7 @@ def _with_screen():
     with tempfile.TemporaryDirectory(prefix="halvik-screen-") as place, contextlib.ExitStack() as stack:
         screen = windows.Screen(place, size=(640, 640), options=["-nolock"])
         stack.callback(screen.close)
-        server = servers.Server(servers.reply(windows.RESULT))
+        server = http_server.Server(http_server.reply(windows.RESULT))
         stack.callback(server.close)
         yield Window(server, screen, windows.Desktop(pathlib.Path(place)), windows.Hurried)
 
