@@ -12,6 +12,7 @@ import xml.etree.ElementTree
 
 import option_table
 import page
+import skipping
 from project import ROOT, version
 
 METAINFO = ROOT / "share/linux/example.halvik.Diagnostic.metainfo.xml"
@@ -96,5 +97,5 @@ class Releases(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    page.require_reader()
+    skipping.require_tools("mandoc")
     unittest.main()

@@ -3,20 +3,18 @@
 
 """scripts/mutate on a program of one small file: what it changes, counts and leaves behind."""
 
-import os
 import pathlib
 import re
 import shutil
 import signal
 import subprocess
-import sys
 import tempfile
 import time
 import unittest
 
+import skipping
 from project import ROOT
 
-SKIPPED = 77
 GUARD_SECONDS = 240  # ends a run that hangs; no test waits for it otherwise
 
 # Every program that the script builds, the unit tests but of one file.
@@ -328,10 +326,6 @@ if __name__ == "__main__":
         try:
             __import__(module)
         except ImportError:
-            print(f"SKIPPED: python3 has no {module}", flush=True)
-            sys.exit(SKIPPED)
-    os.environ["PATH"] += ":/usr/sbin:/sbin"
-    if not all(map(shutil.which, ("cmake", "ninja", "ld.gold", "unshare", "ip"))):
-        print("SKIPPED: cmake, ninja, ld.gold, unshare or ip is not installed", flush=True)
-        sys.exit(SKIPPED)
+            skipping.skip_file(f"python3 has no {module}")
+    skipping.require_tools("cmake", "ninja", "ld.gold", "unshare", "ip")
     unittest.main()

@@ -8,13 +8,13 @@ import pathlib
 import re
 import shutil
 import subprocess
-import sys
 import tempfile
 import unittest
 
 import endpoints
 import plan
 import project
+import skipping
 
 BUILD = pathlib.Path(os.environ["HALVIK_DIAGNOSTIC"]).parent
 LIBRARIES = "usr/lib/*/qt6/plugins"
@@ -210,8 +210,5 @@ class HardeningOfTheWindow(Hardening):
 
 
 if __name__ == "__main__":
-    missing = [tool for tool in ("cpack", "dpkg-shlibdeps", "file", "lintian") if not shutil.which(tool)]
-    if missing:
-        print("SKIPPED: not installed:", ", ".join(missing))
-        sys.exit(77)
+    skipping.require_tools("cpack", "dpkg-shlibdeps", "file", "lintian")
     unittest.main()

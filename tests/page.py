@@ -6,19 +6,11 @@
 import os
 import pathlib
 import re
-import shutil
 import subprocess
-import sys
 
 
 def path():
     return pathlib.Path(os.environ["HALVIK_DIAGNOSTIC"]).parent / "halvik-diagnostic.1"
-
-
-def require_reader():
-    if not shutil.which("mandoc"):
-        print("SKIPPED: not installed: mandoc")
-        sys.exit(77)
 
 
 def section(name):

@@ -8,10 +8,10 @@ import pathlib
 import re
 import shutil
 import subprocess
-import sys
 import tempfile
 import unittest
 
+import skipping
 from project import ROOT
 
 PLAYBOOKS = ROOT / "share/ansible"
@@ -93,9 +93,5 @@ class InstallTest(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    missing = [tool for tool in ("ansible-playbook", "ansible-lint", "cpack", "dpkg-scanpackages", "unshare")
-               if not shutil.which(tool)]
-    if missing:
-        print("SKIPPED: not installed:", ", ".join(missing))
-        sys.exit(77)
+    skipping.require_tools("ansible-playbook", "ansible-lint", "cpack", "dpkg-scanpackages", "unshare")
     unittest.main()

@@ -4,20 +4,18 @@
 
 import configparser
 import io
-import shutil
 import subprocess
-import sys
 import unittest
 import xml.etree.ElementTree
+
+import project
+import skipping
 
 try:
     import PIL.Image
     import PIL.ImageChops
 except ImportError:
-    print("SKIPPED: not installed: python3-pil")
-    sys.exit(77)
-
-import project
+    skipping.skip_file("not installed: python3-pil")
 
 SHARE = project.ROOT / "share/linux"
 PROGRAM = "halvik-diagnostic"
@@ -110,8 +108,5 @@ class Icon(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    missing = [tool for tool in ("desktop-file-validate", "appstreamcli", "rsvg-convert") if not shutil.which(tool)]
-    if missing:
-        print("SKIPPED: not installed:", ", ".join(missing))
-        sys.exit(77)
+    skipping.require_tools("desktop-file-validate", "appstreamcli", "rsvg-convert")
     unittest.main()

@@ -51,7 +51,7 @@ os.environ["HALVIK_PLATFORM"] = "posix" if OPTIONS.preset == "posix" else "linux
 os.environ["HALVIK_DIAGNOSTIC"] = str(BUILD / "halvik-diagnostic")
 
 import failing_calls
-import support
+import isolation
 
 
 def work(name):
@@ -121,10 +121,10 @@ def sweep(scenario, prefix, tally):
 
 def main():
     if OPTIONS.worker:
-        support.raise_loopback()
+        isolation.raise_loopback()
         work(OPTIONS.worker)
         return 0
-    prefix = support.namespace_prefix()
+    prefix = isolation.namespace_prefix()
     if prefix is None:
         sys.exit("inject_failures: this machine permits no network and mount namespaces")
     tally = failing_calls.Tally()

@@ -6,7 +6,7 @@ usage: scripts/screenshots                   into docs/images
        scripts/screenshots --looks FOLDER    into subfolders of FOLDER: enlarged, in a dark theme, with a long link
 
 Build the preset release first. Needs the packages that `scripts/install_packages test` installs; the dark theme needs
-qt6ct as well. The commands are stand-ins and the submission endpoint is on the loopback interface: no packet leaves the
+qt6ct as well. The commands are fakes and the submission endpoint is on the loopback interface: no packet leaves the
 machine.
 """
 
@@ -20,7 +20,7 @@ import time
 import zlib
 
 import http_server
-import support
+import polling
 import windows
 from project import ROOT
 
@@ -98,9 +98,9 @@ def take(folder, settings, result):
         window.wait_for(lambda picture: picture.box(windows.ORANGE), "the link is shown")
         take_picture(window, folder / "finished.png")
         window.press("alt+s")
-        support.wait_until(lambda: len(server.requests) == 2, "the second report has been received")
+        polling.wait_until(lambda: len(server.requests) == 2, "the second report has been received")
         window.wait_for(lambda picture: not picture.box(windows.ORANGE), "the former link is gone")
-        support.wait_until((home / "Desktop/diagnostic_results.txt").exists, "the second report has been saved")
+        polling.wait_until((home / "Desktop/diagnostic_results.txt").exists, "the second report has been saved")
         take_picture(window, folder / "failed.png")
         process.terminate()
         process.wait()

@@ -14,7 +14,7 @@ import time
 import unittest
 
 import labs
-import support
+import polling
 
 # Where a lab, or one of its servers, could leave something.
 PLACES = ["/run", "/etc", "/var/lib/knot", "/var/lib/nginx", "/var/lib/unbound", "/var/log", "/", labs.FOLDER,
@@ -77,7 +77,7 @@ class LabTest(unittest.TestCase):
         self.addCleanup(end_leftovers, self.before["processes"])
 
     def assert_nothing_left(self):
-        support.wait_until(lambda: processes() == self.before["processes"], "all processes of the lab have ended")
+        polling.wait_until(lambda: processes() == self.before["processes"], "all processes of the lab have ended")
         self.assertEqual(what_there_is(), self.before)
 
     def assert_ran(self, *words, stdout="", **others):
@@ -220,7 +220,7 @@ class SuddenEndTest(LabTest):
     def start_and_wait(self, *words, until):
         process = labs.start(*words)
         self.addCleanup(process.kill)
-        support.wait_until(lambda: find(until), f"{until} runs", process)
+        polling.wait_until(lambda: find(until), f"{until} runs", process)
         return process
 
     def test_killed_while_it_starts(self):
@@ -242,7 +242,7 @@ class SuddenEndTest(LabTest):
     def test_ctrl_c_at_the_terminal(self):
         process = labs.start("shell", "sleep", "1h", start_new_session=True)
         self.addCleanup(process.kill)
-        support.wait_until(lambda: find("sleep"), "the command runs", process)
+        polling.wait_until(lambda: find("sleep"), "the command runs", process)
         os.killpg(process.pid, signal.SIGINT)
         labs.finish(process)
         self.assertEqual(process.returncode, 128 + signal.SIGINT)
@@ -252,7 +252,7 @@ class SuddenEndTest(LabTest):
         self.assert_ran("up")
         number = find("knotd", "root.conf")[0]
         process = labs.start("down")
-        support.wait_until(lambda: not os.path.exists(f"/proc/{number}"), "the lab is ending", process)
+        polling.wait_until(lambda: not os.path.exists(f"/proc/{number}"), "the lab is ending", process)
         process.send_signal(signal.SIGINT)
         self.assertEqual(labs.finish(process).returncode, 0)
         self.assertEqual(what_there_is(), self.before)
@@ -262,7 +262,7 @@ class SuddenEndTest(LabTest):
         process = self.start_and_wait("shell", "sleep", "1h", until="sleep")
         process.kill()
         labs.finish(process)
-        support.wait_until(lambda: not find("sleep"), "the command has ended with who started it")
+        polling.wait_until(lambda: not find("sleep"), "the command has ended with who started it")
         self.assert_ran("shell", "dig", "+short", "www.halvik.example", stdout="203.0.113.10\n")
         self.assert_ran("down")
         self.assert_nothing_left()
@@ -298,7 +298,7 @@ class SuddenEndTest(LabTest):
     def test_a_server_that_ends_is_named(self):
         self.assert_ran("up")
         os.kill(find("knotd", "root.conf")[0], signal.SIGKILL)
-        support.wait_until(lambda: labs.run("weather", "clear").returncode == 2, "the lab has seen it")
+        polling.wait_until(lambda: labs.run("weather", "clear").returncode == 2, "the lab has seen it")
         self.assert_refused(2, "knot root has ended", "weather", "clear")
         self.assert_ran("down")
         self.assert_nothing_left()

@@ -21,8 +21,10 @@ import time
 import traceback
 import unittest
 
+import builds
+import isolation
+import program_tests
 import reaper
-import support
 import weathers
 
 FOLDER = pathlib.Path(__file__).resolve().parents[2] / "lab"
@@ -60,8 +62,8 @@ def permits_namespaces():
 
 
 def run_isolated():
-    if support.PLATFORM == "posix":
-        support.place_planned_tools()
+    if builds.PLATFORM == "posix":
+        isolation.place_planned_tools()
     attempt = run("shell", "true")
     if attempt.returncode == UNABLE:
         skip_file(attempt.stderr.strip())
@@ -204,4 +206,4 @@ def ended(process):
     process = finish(process)
     stamp = re.match(rb"\S+ \S+ \S+\[(\d+)\] ", process.stderr)
     pid = int(stamp[1]) if stamp else 0
-    return support.Ended(support.program(), pid, process.returncode, process.stdout, process.stderr)
+    return program_tests.Ended(builds.program(), pid, process.returncode, process.stdout, process.stderr)

@@ -5,7 +5,6 @@
 
 import os
 
-import labs
 import namespaces
 
 DEVICE = "outside"

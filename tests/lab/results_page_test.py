@@ -9,9 +9,9 @@ import unittest
 
 import labs
 import reader
-import support
+import skipping
 
-support.require_tools("chromium")
+skipping.require_tools("chromium")
 
 WEATHER = "small-mtu+slow-city"
 BROWSER = ["chromium", "--headless", "--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run",

@@ -19,8 +19,10 @@ import signal
 import subprocess
 import tempfile
 
+import builds
 import http_server
-import support
+import isolation
+import report_text
 import system_calls
 
 GUARD_SECONDS = 60  # a run takes half a second, and ten more where the display is mute at the close
@@ -53,7 +55,7 @@ ERRORS = {
     "EAGAIN EINTR": "getrandom",
 }
 ERRORS_OF = {name: errors.split() for errors, names in ERRORS.items() for name in names.split()}
-if support.PLATFORM == "posix":
+if builds.PLATFORM == "posix":
     # The handler of SIGCHLD wakes the loop by it, through a pipe that has room: only a signal can come in between.
     ERRORS_OF["write"] = ["EINTR"]
 OTHER_ERRORS = ["EIO", "ENOMEM"]  # of a call that another library or system brings
@@ -73,7 +75,7 @@ NOT_FALLIBLE = {
         "futex",
 }
 EXEMPT = {name for names in NOT_FALLIBLE.values() for name in names.split()}
-if support.PLATFORM == "posix":
+if builds.PLATFORM == "posix":
     EXEMPT.add("waitid")  # which the program asks about children that it has: docs/reliability.md
 
 # What passes by definition, and whose callers try again until it has.
@@ -90,8 +92,8 @@ FIRST = [("exec cat gate", "opened\n"), ("exec cat big", BIG)]
 LAST = ("echo opened >gate",)
 # What any of the others has lost would be missed.
 OUTPUTS = [*FIRST, *((f"echo {number}; echo {number} >&2", f"{number}\n", f"{number}\n")
-                     for number in range(support.PLAN_LENGTH - len(FIRST) - 1)), LAST]
-REPORT = support.report(OUTPUTS)
+                     for number in range(report_text.PLAN_LENGTH - len(FIRST) - 1)), LAST]
+REPORT = report_text.report(OUTPUTS)
 OLD = b"an older report\n"
 
 WHOLE = "delivered"  # the whole report is where it had been asked for
@@ -274,10 +276,10 @@ def _with_upload():
         (folder / "authority").mkdir()
         authority = tls.Authority(folder / "authority")
         authority.trust(folder)
-        stack.callback(support.uncover, tls.MACHINE_CERTIFICATES)
+        stack.callback(isolation.uncover, tls.MACHINE_CERTIFICATES)
         (folder / "hosts").write_text(f"127.0.0.1 localhost {tls.HOST}\n")
-        support.cover("/etc/hosts", folder / "hosts")
-        stack.callback(support.uncover, "/etc/hosts")
+        isolation.cover("/etc/hosts", folder / "hosts")
+        stack.callback(isolation.uncover, "/etc/hosts")
         receiver = tls.Receiver()
         stack.callback(receiver.close)
         web = tls.WebServer(folder / "nginx", authority.issue(folder / "server"), receiver.port,
@@ -311,7 +313,7 @@ class Run:
                    XDG_RUNTIME_DIR=str(self.folder / "runtime"), STAND_IN_COMMANDS="commands",
                    STAND_IN_SUBMIT_URL=self.scenario.submit, STAND_IN_STALL_MS=str(STALL_MS))
         env.update(self.scenario.environment)
-        calls = system_calls.Gate(support.stand_in(), lambda call: decide(call) if self.is_watched else 0, **gate)
+        calls = system_calls.Gate(builds.test_build(), lambda call: decide(call) if self.is_watched else 0, **gate)
 
         def enter():
             resource.setrlimit(resource.RLIMIT_NOFILE, DESCRIPTORS)
@@ -319,7 +321,7 @@ class Run:
 
         try:
             process = self.process = subprocess.Popen(
-                [support.stand_in(), *self.scenario.options], env=env, stdin=subprocess.DEVNULL,
+                [builds.test_build(), *self.scenario.options], env=env, stdin=subprocess.DEVNULL,
                 stdout=subprocess.PIPE, stderr=subprocess.PIPE, cwd=self.folder / "work", preexec_fn=enter,
                 start_new_session=True)
             try:

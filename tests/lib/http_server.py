@@ -12,7 +12,7 @@ import struct
 import termios
 import threading
 
-import support
+import polling
 import upload_form
 
 
@@ -36,7 +36,7 @@ class Exchange:
         self.connection = connection
         self.request = None
         self.unread = b""
-        connection.settimeout(support.GUARD_SECONDS)
+        connection.settimeout(polling.GUARD_SECONDS)
         connection.setsockopt(socket.IPPROTO_TCP, socket.TCP_NODELAY, 1)
 
     def receive(self):
@@ -81,8 +81,8 @@ class Exchange:
 
     def wait_until_taken(self, pid):
         """Waits until the client has taken everything sent so far and has done all that follows from it."""
-        support.wait_until(lambda: not self._unacknowledged() and not self._unread_by_client(), "the client has read")
-        support.wait_until_idle(pid)
+        polling.wait_until(lambda: not self._unacknowledged() and not self._unread_by_client(), "the client has read")
+        polling.wait_until_idle(pid)
 
     def _unacknowledged(self):
         count = array.array("i", [0])
@@ -141,7 +141,7 @@ class Server:
             except OSError:
                 pass  # closed already
         for thread in self._threads:
-            thread.join(support.GUARD_SECONDS)
+            thread.join(polling.GUARD_SECONDS)
         self._listener.close()
         if self.errors:
             raise self.errors[0]

@@ -12,7 +12,8 @@ import threading
 import werkzeug
 import werkzeug.serving
 
-import support
+import isolation
+import polling
 
 HOST = "diagnostic.halvik.example"
 MACHINE_CERTIFICATES = pathlib.Path("/etc/ssl/certs")
@@ -95,7 +96,7 @@ class Authority:
         with open(store / "ca-certificates.crt", "ab") as bundle:
             bundle.write(pathlib.Path(f"{self.path}.pem").read_bytes())
         openssl("rehash", store)
-        support.cover(MACHINE_CERTIFICATES, store)
+        isolation.cover(MACHINE_CERTIFICATES, store)
 
 
 class Receiver:
@@ -142,7 +143,7 @@ class WebServer:
         command = ["nginx", "-p", folder, "-e", folder / "error.log", "-c", folder / "nginx.conf"]
         self._process = subprocess.Popen(["setpriv", "--pdeathsig", "TERM", *command],
                                          stdin=subprocess.DEVNULL, stderr=subprocess.PIPE)
-        support.wait_until(self._listens, "nginx listens")
+        polling.wait_until(self._listens, "nginx listens")
 
     def _listens(self):
         if self._process.poll() is not None:

@@ -19,8 +19,11 @@ import Xlib.protocol.event
 import Xlib.X
 import Xlib.XK
 
+import builds
 import http_server
-import support
+import isolation
+import polling
+import program_tests
 
 TITLE = r"Halvik Diagnostic v\d+\.\d+\.\d+"
 MESSAGE_TITLE = "Halvik Diagnostic"
@@ -57,7 +60,7 @@ class Screen:
     def run(self, *words, **options):
         environment = {**os.environ, "DISPLAY": self.name}
         return subprocess.run([str(word) for word in words], env=environment, check=True, capture_output=True,
-                              timeout=support.GUARD_SECONDS, **options).stdout
+                              timeout=polling.GUARD_SECONDS, **options).stdout
 
     def windows(self, title):
         """The windows that can be seen and whose whole title matches."""
@@ -74,7 +77,7 @@ class Screen:
 
     def wait_for_window(self, title, process):
         self.process = process
-        support.wait_until(lambda: self.windows(title), f"{title} is on the screen", process)
+        polling.wait_until(lambda: self.windows(title), f"{title} is on the screen", process)
         return Window(self, self.windows(title)[0])
 
     def ask_to_close(self, window):
@@ -93,7 +96,7 @@ class Screen:
             return None
 
     def wait_for_clipboard(self, text):
-        support.wait_until(lambda: self.clipboard() == text, f"the clipboard holds {text}", self.process)
+        polling.wait_until(lambda: self.clipboard() == text, f"the clipboard holds {text}", self.process)
 
     def copy(self, text):
         # It goes on in the background for as long as it holds the clipboard: no pipe of ours may stay open in it.
@@ -151,7 +154,7 @@ class Window:
         return Picture(self.screen.pixels(place.x, place.y, place.width, place.height))
 
     def wait_for(self, condition, what):
-        support.wait_until(lambda: condition(self.picture()), what, self.screen.process)
+        polling.wait_until(lambda: condition(self.picture()), what, self.screen.process)
         return self.picture()
 
     def close(self):
@@ -205,7 +208,7 @@ class Hurried:
     def wait_for_idle_window(self):
         self.window = self._wait_for(lambda: next(iter(self.screen.windows(TITLE)), None), "the window")
         self._wait_for(lambda: len(self._picture().bands()) > 4, "what is in the window")
-        support.wait_until_idle(self.process.pid)
+        polling.wait_until_idle(self.process.pid)
 
     def start_and_look(self, before=None):
         """Starts a run and waits for an outcome that is not the one before, whose picture may stay for long.
@@ -227,7 +230,7 @@ class Hurried:
 
     def _is_idle(self):
         if self.process.poll() is None:
-            support.wait_until_idle(self.process.pid)
+            polling.wait_until_idle(self.process.pid)
         return True
 
     def _end(self):
@@ -375,7 +378,7 @@ class Desktop:
         return [argument for _, _, argument in calls]
 
     def wait_for(self, count):
-        support.wait_until(lambda: len(self.opened) >= count, f"the desktop has been asked to open {count}")
+        polling.wait_until(lambda: len(self.opened) >= count, f"the desktop has been asked to open {count}")
         return self.opened
 
 
@@ -395,7 +398,7 @@ class Gate:
             os.write(self.descriptor, b"\n" * 1024)
 
 
-class WindowedTest(support.ProgramTest):
+class WindowedTest(program_tests.ProgramTest):
     """A test with a screen of its own, on which it runs the program."""
 
     @classmethod
@@ -427,14 +430,14 @@ class WindowedTest(support.ProgramTest):
         """Starts the program with its real plan and waits for its window."""
         if [name for _, name in socket.if_nameindex()] != ["lo"]:
             raise AssertionError("the real plan is for a network with no way out only")
-        self.process = self.start(support.program(), [], prefix=prefix)
+        self.process = self.start(builds.program(), [], prefix=prefix)
         self.window = self.screen.wait_for_window(TITLE, self.process)
 
     def serve(self, *scripts):
         """A server whose n-th reply is the n-th script's, the last one for ever, as soon as `may_reply` lets it."""
         def held_back(script):
             def run(exchange):
-                self.may_reply.acquire(timeout=support.GUARD_SECONDS)
+                self.may_reply.acquire(timeout=polling.GUARD_SECONDS)
                 script(exchange)
             return run
 
@@ -444,8 +447,8 @@ class WindowedTest(support.ProgramTest):
         return server
 
     def open_window(self, options=(), commands=(), **others):
-        """Starts the stand-in and waits for its window."""
-        self.process = self.start_stand_in(options, commands, **others)
+        """Starts the test build and waits for its window."""
+        self.process = self.start_test_build(options, commands, **others)
         self.window = self.screen.wait_for_window(TITLE, self.process)
 
     def start_button(self):
@@ -481,5 +484,5 @@ def use_own_sockets():
     if not _has_own_sockets:
         folder = pathlib.Path("/tmp/.X11-unix")
         folder.mkdir(mode=0o1777, exist_ok=True)
-        support.mount("-t", "tmpfs", "none", folder)
+        isolation.mount("-t", "tmpfs", "none", folder)
         _has_own_sockets = True

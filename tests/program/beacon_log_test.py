@@ -10,10 +10,15 @@ import socket
 import stat
 import subprocess
 
+import builds
 import endpoints
+import isolation
 import plan
+import polling
+import program_tests
+import report_text
 import roots
-import support
+import skipping
 
 FOLDERS = ["ipblock", "probe", "service"]
 SHOWN_FOLDER = f"{plan.SKIVRA}/beacon-logs"
@@ -38,11 +43,11 @@ def creation_times(paths, **others):
     lines = subprocess.run(["stat", "-c", "%.9W %.9Z", "--", *paths], capture_output=True, check=True, text=True,
                            **others).stdout
     times = (line.split() for line in lines.splitlines())
-    asks = support.PLATFORM == "linux"
+    asks = builds.PLATFORM == "linux"
     return [birth if asks and birth not in NOT_TOLD else change for birth, change in times]
 
 
-class BeaconLogTest(support.ProgramTest):
+class BeaconLogTest(program_tests.ProgramTest):
     def setUp(self):
         super().setUp()
         library = roots.Library(self)
@@ -53,7 +58,7 @@ class BeaconLogTest(support.ProgramTest):
 
     def create(self, folder, name, content):
         """Creates an entry that is younger than all before it, which takes a while: time stamps move in steps."""
-        path = os.fsencode(self.logs / folder) + b"/" + support.as_bytes(name)
+        path = os.fsencode(self.logs / folder) + b"/" + report_text.as_bytes(name)
         while True:
             if content is FOLDER:
                 os.mkdir(path)
@@ -65,7 +70,7 @@ class BeaconLogTest(support.ProgramTest):
             elif isinstance(content, Device):
                 os.mknod(path, stat.S_IFCHR | 0o666, os.makedev(*content))
             else:
-                pathlib.Path(os.fsdecode(path)).write_bytes(support.as_bytes(content))
+                pathlib.Path(os.fsdecode(path)).write_bytes(report_text.as_bytes(content))
             created = creation_times([path])[0]
             if created > self.newest:
                 self.newest = created
@@ -76,7 +81,7 @@ class BeaconLogTest(support.ProgramTest):
         ended = self.run_program(["-s", "-c", *options], prefix=[*prefix, *self.prefix])
         self.assertEqual(ended.messages, [])
         self.assertEqual(ended.status, 0)
-        return [(name.decode(), content) for name, content in support.blocks(ended.stdout[:-1])]
+        return [(name.decode(), content) for name, content in report_text.blocks(ended.stdout[:-1])]
 
     def assert_readers(self, entries):
         """entries: the folder, the shown name and what the reader prints, in the expected order."""
@@ -90,7 +95,7 @@ class BeaconLogTest(support.ProgramTest):
                 if callable(printed):
                     self.assertTrue(printed(content), content)
                 else:
-                    output = support.as_bytes(printed)
+                    output = report_text.as_bytes(printed)
                     self.assertEqual(content, b"stdout:\n" + output + b"\n" if output else b"")
 
     def test_no_logs(self):
@@ -148,7 +153,7 @@ class BeaconLogTest(support.ProgramTest):
         ]
         for name, content, _ in entries:
             self.create("probe", name, content)
-        self.assert_readers([("probe", support.as_bytes(name).decode(errors="replace"), printed)
+        self.assert_readers([("probe", report_text.as_bytes(name).decode(errors="replace"), printed)
                              for name, _, printed in entries])
 
     def test_a_name_with_a_line_feed(self):
@@ -204,9 +209,9 @@ class BeaconLogTest(support.ProgramTest):
         probe = self.logs / "probe"
         probe.mkdir()
         os.mkfifo(probe / "fifo")
-        process = self.start(support.program(), ["-s", "-c"], prefix=self.prefix)
-        writer = support.open_for_writing(probe / "fifo", process)
-        support.wait_until(lambda: not self.others_that_run(process.pid), "only the reader is left", process)
+        process = self.start(builds.program(), ["-s", "-c"], prefix=self.prefix)
+        writer = polling.open_for_writing(probe / "fifo", process)
+        polling.wait_until(lambda: not self.others_that_run(process.pid), "only the reader is left", process)
         self.assertIsNone(process.poll())
         os.write(writer, b"at last\n")
         os.close(writer)
@@ -253,5 +258,5 @@ class BeaconLogTest(support.ProgramTest):
         self.assertEqual(times, sorted(times), "the logs are not in the order of their creation")
 
 
-support.require_tools("dig", "nslookup", "ping", "traceroute", "curl", "ifconfig", "netstat", "ps")
-support.run_tests(needs_namespaces=True)
+skipping.require_tools("dig", "nslookup", "ping", "traceroute", "curl", "ifconfig", "netstat", "ps")
+isolation.run_tests(needs_namespaces=True)

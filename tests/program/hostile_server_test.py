@@ -9,7 +9,10 @@ import socket
 import zlib
 
 import http_server
-import support
+import isolation
+import polling
+import program_tests
+import report_text
 
 RESULTS_URL = b"https://results.halvik.example/1"
 STALL = {"STAND_IN_STALL_MS": 300}
@@ -56,7 +59,7 @@ def closed_after(exchange, seconds):
         return False
 
 
-class HostileTest(support.ProgramTest):
+class HostileTest(program_tests.ProgramTest):
     def serve(self, *scripts, **others):
         server = http_server.Server(*scripts, **others)
         self.addCleanup(server.close)
@@ -64,11 +67,11 @@ class HostileTest(support.ProgramTest):
 
     def submit(self, script, **others):
         self.server = self.serve(script)
-        return self.run_stand_in(["-s"], submit=self.server.url(), **others)
+        return self.run_test_build(["-s"], submit=self.server.url(), **others)
 
     def assert_refused(self, ended, reason, connections=1):
         """The upload failed for that reason, which is told, and was tried once."""
-        self.assert_submission_failed(ended, support.report())
+        self.assert_submission_failed(ended, report_text.report())
         self.desktop_file.unlink()
         failed, saved, told = ended.messages
         self.assertRegex(failed, "^sending to http://127.0.0.1:[0-9]+/diagnosticsubmit failed: " + reason + "$")
@@ -84,13 +87,13 @@ class EndlessTest(HostileTest):
     """The memory is the most that the program had at any time, as the system measured it."""
 
     def memory_of(self, script):
-        """Runs the stand-in; how it ended, and the most memory that it had, in KiB."""
+        """Runs the test build; how it ended, and the most memory that it had, in KiB."""
         server = self.server = self.serve(script)
-        process = self.start_stand_in(["-s"], submit=server.url())
+        process = self.start_test_build(["-s"], submit=server.url())
         stdout, stderr = process.stdout.read(), process.stderr.read()
         _, status, usage = os.wait4(process.pid, 0)
         process.returncode = os.waitstatus_to_exitcode(status)
-        return support.Ended(process.path, process.pid, process.returncode, stdout, stderr), usage.ru_maxrss
+        return program_tests.Ended(process.path, process.pid, process.returncode, stdout, stderr), usage.ru_maxrss
 
     def test_what_never_ends(self):
         _, usual = self.memory_of(http_server.reply(RESULTS_URL))
@@ -131,7 +134,7 @@ class EndlessTest(HostileTest):
     def test_a_whole_reply_byte_by_byte(self):
         for data in (http_server.head(200, 3) + b"url", CHUNKED + b"3\r\nurl\r\n0\r\n"):
             def script(exchange):
-                support.wait_until(lambda: self.process, "the program is known")
+                polling.wait_until(lambda: self.process, "the program is known")
                 for byte in data:
                     exchange.wait_until_taken(self.process.pid)
                     exchange.send(bytes([byte]))
@@ -139,7 +142,7 @@ class EndlessTest(HostileTest):
             self.process = None
             server = self.serve(script)
             # Whole heads have come late on a busy machine, as each byte waits until the last one is taken.
-            self.process = self.start_stand_in(["-s"], submit=server.url(), env={"STAND_IN_STALL_MS": 600_000})
+            self.process = self.start_test_build(["-s"], submit=server.url(), env={"STAND_IN_STALL_MS": 600_000})
             self.assert_accepted(self.finish(self.process), b"l")
 
     def test_compressed_bombs(self):
@@ -196,7 +199,7 @@ class LyingTest(HostileTest):
     def test_an_answer_before_the_report_was_read(self):
         """One that refuses it counts; no other can be about this report."""
         (self.work / "filler").write_bytes(b"x" * 16_000_000)
-        report = support.report([("cat filler", b"x" * 16_000_000)])
+        report = report_text.report([("cat filler", b"x" * 16_000_000)])
         for status, then, reason in [
             (200, http_server.Exchange.close, ""),
             (200, http_server.Exchange.wait_until_closed_by_client, "the server answered before it had the whole request"),
@@ -209,7 +212,7 @@ class LyingTest(HostileTest):
                     then(exchange)
 
                 server = self.serve(script, at_connect=True)
-                ended = self.run_stand_in(["-s"], ["cat filler"], submit=server.url())
+                ended = self.run_test_build(["-s"], ["cat filler"], submit=server.url())
                 self.assert_submission_failed(ended, report)
                 self.assertRegex(ended.messages[0], reason + "$")
 
@@ -238,7 +241,7 @@ class RedirectTest(HostileTest):
     def test_a_target_that_would_add_lines_to_the_request(self):
         target = "/a%0d%0aX-Added: 1 \x01?b=c d"
         server = self.serve(http_server.reply(b"", 302, ["Location: " + target]), http_server.reply(RESULTS_URL))
-        self.assert_accepted(self.run_stand_in(["-s"], submit=server.url()), RESULTS_URL)
+        self.assert_accepted(self.run_test_build(["-s"], submit=server.url()), RESULTS_URL)
         self.assertEqual(server.requests[1].target, "/a%0D%0AX-Added:%201%20%01?b=c%20d")
         self.assertNotIn("x-added", server.requests[1].headers)
 
@@ -253,7 +256,7 @@ class RedirectTest(HostileTest):
                 self.assertEqual(request.method, method)
                 self.assertEqual(request.headers["host"], f"127.0.0.1:{other.port}")
                 if method == "POST":
-                    self.assertEqual(request.submitted, support.report())
+                    self.assertEqual(request.submitted, report_text.report())
                 else:
                     self.assertEqual(request.body, b"")
 
@@ -292,7 +295,7 @@ class ReplyTextTest(HostileTest):
         self.assert_refused(ended, r"the redirect to [ -~]* is refused")
 
 
-class FamilyTest(support.ProgramTest):
+class FamilyTest(program_tests.ProgramTest):
     """The two families of addresses, of which a host may have one or both, and only one may lead anywhere."""
 
     NAME = "families.halvik.example"
@@ -300,27 +303,27 @@ class FamilyTest(support.ProgramTest):
     def submit(self, *addresses, family, prepare=lambda server: None):
         hosts = self.folder / "hosts"
         hosts.write_text("".join(f"{address} {self.NAME}\n" for address in addresses))
-        support.cover("/etc/hosts", hosts)
-        self.addCleanup(support.uncover, "/etc/hosts")
+        isolation.cover("/etc/hosts", hosts)
+        self.addCleanup(isolation.uncover, "/etc/hosts")
         server = http_server.Server(http_server.reply(RESULTS_URL), family=family)
         self.addCleanup(server.close)
         prepare(server)
-        ended = self.run_stand_in(["-s"], submit=f"http://{self.NAME}:{server.port}/diagnosticsubmit")
+        ended = self.run_test_build(["-s"], submit=f"http://{self.NAME}:{server.port}/diagnosticsubmit")
         self.assertEqual((ended.stdout, ended.stderr, ended.status), (b"url=" + RESULTS_URL + b"\n", b"", 0))
         self.assertEqual(server.requests[0].headers["host"], f"{self.NAME}:{server.port}")
 
-    @support.needs_namespaces
+    @isolation.needs_namespaces
     def test_a_host_with_addresses_of_one_family(self):
         self.submit("::1", family=socket.AF_INET6)
         self.submit("127.0.0.1", family=socket.AF_INET)
 
-    @support.needs_namespaces
+    @isolation.needs_namespaces
     def test_a_host_that_refuses_by_one_family(self):
         for family in (socket.AF_INET, socket.AF_INET6):
             with self.subTest(family):
                 self.submit("::1", "127.0.0.1", family=family)
 
-    @support.needs_namespaces
+    @isolation.needs_namespaces
     def test_a_host_that_swallows_what_is_sent_by_one_family(self):
         """Its queue is full, so that connection requests are dropped without a word: a moment lost, not the upload."""
         def swallow(server):
@@ -340,9 +343,9 @@ class FamilyTest(support.ProgramTest):
     def test_an_address_in_place_of_a_name(self):
         server = http_server.Server(http_server.reply(RESULTS_URL), family=socket.AF_INET6)
         self.addCleanup(server.close)
-        ended = self.run_stand_in(["-s"], submit=f"http://[::1]:{server.port}/diagnosticsubmit")
+        ended = self.run_test_build(["-s"], submit=f"http://[::1]:{server.port}/diagnosticsubmit")
         self.assertEqual((ended.stdout, ended.status), (b"url=" + RESULTS_URL + b"\n", 0))
         self.assertEqual(server.requests[0].headers["host"], f"[::1]:{server.port}")
 
 
-support.run_tests()
+isolation.run_tests()

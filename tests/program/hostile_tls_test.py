@@ -13,12 +13,15 @@ import unittest
 import warnings
 
 import http_server
-import support
+import isolation
+import program_tests
+import report_text
+import skipping
 
 try:
     import tls
 except ImportError:
-    support.skip_file("the form parser (python3-werkzeug) is not installed")
+    skipping.skip_file("the form parser (python3-werkzeug) is not installed")
 
 OTHER = "other.halvik.example"
 SUBMIT = f"https://{tls.HOST}/diagnosticsubmit"
@@ -39,29 +42,29 @@ def setUpModule():
         (folder / name).mkdir()
     trusted = tls.Authority(folder / "trusted")
     trusted.trust(folder)
-    unittest.addModuleCleanup(support.uncover, tls.MACHINE_CERTIFICATES)
+    unittest.addModuleCleanup(isolation.uncover, tls.MACHINE_CERTIFICATES)
     good = trusted.issue(folder / "good")
     other = trusted.issue(folder / "other", host=OTHER)
     unknown = tls.Authority(folder / "unknown").issue(folder / "bad")
     (folder / "hosts").write_text(f"127.0.0.1 localhost {tls.HOST} {OTHER}\n")
-    support.cover("/etc/hosts", folder / "hosts")
-    unittest.addModuleCleanup(support.uncover, "/etc/hosts")
+    isolation.cover("/etc/hosts", folder / "hosts")
+    unittest.addModuleCleanup(isolation.uncover, "/etc/hosts")
 
 
-class TlsTest(support.ProgramTest):
+class TlsTest(program_tests.ProgramTest):
     def serve(self, *scripts, context, port=443):
         server = http_server.Server(*scripts, context=context, port=port)
         self.addCleanup(server.close)
         return server
 
     def submit(self, **others):
-        return self.run_stand_in(["-s"], submit=SUBMIT, **others)
+        return self.run_test_build(["-s"], submit=SUBMIT, **others)
 
     def assert_accepted(self, ended):
         self.assertEqual((ended.stdout, ended.stderr, ended.status), (b"url=" + RESULTS_URL + b"\n", b"", 0))
 
     def assert_refused(self, ended, reason):
-        self.assert_submission_failed(ended, support.report())
+        self.assert_submission_failed(ended, report_text.report())
         self.desktop_file.unlink()
         self.assertRegex(ended.messages[0], f"^sending to {SUBMIT} failed: " + reason)
 
@@ -141,7 +144,7 @@ class CertificateTest(TlsTest):
             ended = self.submit()
             if taken:
                 self.assert_accepted(ended)
-                self.assertEqual([request.submitted for request in second.requests], [support.report()])
+                self.assertEqual([request.submitted for request in second.requests], [report_text.report()])
             else:
                 self.assert_refused(ended, "The host name did not match")
                 self.assertEqual(second.requests, [])
@@ -201,5 +204,5 @@ class CutTest(TlsTest):
         self.assert_refused(self.submit(), "no usable reply: it is longer than 1048576 bytes")
 
 
-support.require_tools("openssl")
-support.run_tests(needs_namespaces=True)
+skipping.require_tools("openssl")
+isolation.run_tests(needs_namespaces=True)

@@ -7,8 +7,10 @@ import importlib.util
 import shutil
 import unittest
 
+import builds
 import failing_calls
-import support
+import isolation
+import skipping
 import system_calls
 
 RUNS = 70  # of each scenario
@@ -39,7 +41,7 @@ class InjectedFailuresTest(unittest.TestCase):
     def test_a_report_to_be_written(self):
         self.sweep("file")
 
-    @support.needs_namespaces
+    @isolation.needs_namespaces
     @unittest.skipUnless(shutil.which("nginx") and shutil.which("openssl"), "nginx or openssl is not installed")
     @unittest.skipUnless(importlib.util.find_spec("werkzeug"), "python3-werkzeug is not installed")
     def test_a_report_to_be_uploaded(self):
@@ -48,7 +50,7 @@ class InjectedFailuresTest(unittest.TestCase):
     def test_an_upload_that_is_refused(self):
         self.sweep("fallback")
 
-    @support.needs_namespaces
+    @isolation.needs_namespaces
     @needs_screen
     def test_a_report_uploaded_from_the_window(self):
         self.sweep("window", RUNS_WITH_WINDOW, WATCHED_WITH_WINDOW)
@@ -80,7 +82,7 @@ class JudgeTest(unittest.TestCase):
         run = self.judge("fallback", lambda folder: (folder / in_the_way).mkdir(parents=True))
         self.assertEqual(run.verdict, failing_calls.KEPT, run.detail)
 
-    @support.needs_namespaces
+    @isolation.needs_namespaces
     @needs_screen
     def test_missing_bytes_from_a_window(self):
         with failing_calls.scenario("window") as scenario:
@@ -94,7 +96,7 @@ class JudgeTest(unittest.TestCase):
             run = failing_calls.Run(scenario, lambda call: 0)
             self.assertEqual(run.verdict, failing_calls.BAD, run.detail)
 
-    @support.needs_namespaces
+    @isolation.needs_namespaces
     @needs_screen
     def test_an_upload_that_fails_in_a_window(self):
         with failing_calls.scenario("window") as scenario:
@@ -109,8 +111,8 @@ class JudgeTest(unittest.TestCase):
         self.assertEqual(run.verdict, failing_calls.WHOLE, run.detail)
 
 
-if support.is_sanitized():
-    support.skip_file("the sanitizer makes calls of its own, and does not promise to survive that they fail")
+if builds.is_sanitized():
+    skipping.skip_file("the sanitizer makes calls of its own, and does not promise to survive that they fail")
 if not system_calls.is_permitted():
-    support.skip_file("this machine permits no filter that asks about system calls")
-support.run_tests()
+    skipping.skip_file("this machine permits no filter that asks about system calls")
+isolation.run_tests()

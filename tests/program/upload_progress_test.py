@@ -7,23 +7,25 @@ import socket
 import time
 
 import http_server
-import support
+import isolation
+import program_tests
+import report_text
 import upload_form
 
 RESULTS_URL = b"http://results.halvik.example/1"
 LARGE = b"x" * 16_000_000  # more than the buffers between two sockets take
 
 
-class StallTest(support.ProgramTest):
+class StallTest(program_tests.ProgramTest):
     def submit(self, server, large=False, **others):
-        return self.run_stand_in(["-s"], self.commands(large), submit=server.url(), **others)
+        return self.run_test_build(["-s"], self.commands(large), submit=server.url(), **others)
 
     def commands(self, large):
         (self.work / "filler").write_bytes(LARGE)
         return ["cat filler"] if large else ["echo here"]
 
     def report(self, large):
-        return support.report([("cat filler", LARGE)] if large else [("echo here", "here\n")])
+        return report_text.report([("cat filler", LARGE)] if large else [("echo here", "here\n")])
 
     def test_a_server_that_falls_silent(self):
         def after(sent):
@@ -51,7 +53,7 @@ class StallTest(support.ProgramTest):
         submit = f"http://127.0.0.1:{listener.getsockname()[1]}/diagnosticsubmit"
         for large in (False, True):
             with self.subTest(large=large):
-                ended = self.run_stand_in(["-s"], self.commands(large), submit=submit, env={"STAND_IN_STALL_MS": 300})
+                ended = self.run_test_build(["-s"], self.commands(large), submit=submit, env={"STAND_IN_STALL_MS": 300})
                 self.assert_submission_failed(ended, self.report(large))
                 self.desktop_file.unlink()
 
@@ -67,7 +69,7 @@ class StallTest(support.ProgramTest):
             waiting.setblocking(False)
             waiting.connect_ex(listener.getsockname())
         submit = f"http://127.0.0.1:{listener.getsockname()[1]}/diagnosticsubmit"
-        ended = self.run_stand_in(["-s"], self.commands(False), submit=submit, env={"STAND_IN_STALL_MS": 300})
+        ended = self.run_test_build(["-s"], self.commands(False), submit=submit, env={"STAND_IN_STALL_MS": 300})
         self.assert_submission_failed(ended, self.report(False))
 
     def test_a_redirect_into_silence(self):
@@ -80,7 +82,7 @@ class StallTest(support.ProgramTest):
         self.assertEqual(len(silent.requests), 1)
 
 
-class SlowProgressTest(support.ProgramTest):
+class SlowProgressTest(program_tests.ProgramTest):
     """The time-out is less than all pauses together, and so long that a busy machine does not reach it in one."""
 
     STALL_MS = 10_000
@@ -88,7 +90,7 @@ class SlowProgressTest(support.ProgramTest):
     PIECES = 16
 
     def submit(self, server, commands=()):
-        ended = self.run_stand_in(["-s"], commands, submit=server.url(), env={"STAND_IN_STALL_MS": self.STALL_MS})
+        ended = self.run_test_build(["-s"], commands, submit=server.url(), env={"STAND_IN_STALL_MS": self.STALL_MS})
         server.close()
         return ended
 
@@ -119,7 +121,7 @@ class SlowProgressTest(support.ProgramTest):
         ended = self.submit(http_server.Server(script, at_connect=True, receive_buffer=4096), ["cat filler"])
         self.assertEqual((ended.stdout, ended.status), (b"url=" + RESULTS_URL + b"\n", 0))
         self.assertGreaterEqual(len(pauses), self.PIECES)
-        self.assertTrue(read.endswith(upload_form.around(support.report([("cat filler", LARGE)]))))
+        self.assertTrue(read.endswith(upload_form.around(report_text.report([("cat filler", LARGE)]))))
 
 
-support.run_tests()
+isolation.run_tests()

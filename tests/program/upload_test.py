@@ -4,24 +4,27 @@
 """The upload on the wire, and what the program makes of each kind of answer."""
 
 import http_server
-import support
+import isolation
+import polling
+import program_tests
+import report_text
 import upload_form
 
 RESULTS_URL = b"http://results.halvik.example/1"
 OUTPUTS = [("echo first", "first\n"),
            ("printf '%s\\r\\n' --0xKhTmLbOuNdArY-- '\u00e4'", "--0xKhTmLbOuNdArY--\r\n\u00e4\r\n")]
 COMMANDS = [line for line, *_ in OUTPUTS]
-REPORT = support.report(OUTPUTS)
+REPORT = report_text.report(OUTPUTS)
 
 
-class UploadTest(support.ProgramTest):
+class UploadTest(program_tests.ProgramTest):
     def serve(self, *scripts, **others):
         server = http_server.Server(*scripts, **others)
         self.addCleanup(server.close)
         return server
 
     def submit(self, server, **others):
-        return self.run_stand_in(["-s"], COMMANDS, submit=server.url(), **others)
+        return self.run_test_build(["-s"], COMMANDS, submit=server.url(), **others)
 
     def assert_accepted(self, ended, reply):
         self.assertEqual(ended.stdout, b"url=" + reply + b"\n")
@@ -51,9 +54,9 @@ class RequestTest(UploadTest):
     def test_a_large_request(self):
         (self.work / "filler").write_bytes(b"x" * 20_000_000)
         server = self.serve(http_server.reply(RESULTS_URL), receive_buffer=4096)
-        ended = self.run_stand_in(["-s"], ["cat filler"], submit=server.url())
+        ended = self.run_test_build(["-s"], ["cat filler"], submit=server.url())
         self.assert_accepted(ended, RESULTS_URL)
-        self.assert_same_text(server.requests[0].submitted, support.report([("cat filler", b"x" * 20_000_000)]))
+        self.assert_same_text(server.requests[0].submitted, report_text.report([("cat filler", b"x" * 20_000_000)]))
 
 
 class ReplyTest(UploadTest):
@@ -107,12 +110,12 @@ class ReplyTest(UploadTest):
     def submit_watched(self, script):
         """Submits to a script that looks at the running program, too."""
         def script_with_process(exchange):
-            support.wait_until(lambda: self.process, "the program is known")
+            polling.wait_until(lambda: self.process, "the program is known")
             script(exchange)
 
         self.process = None
         server = self.serve(script_with_process)
-        self.process = self.start_stand_in(["-s"], COMMANDS, submit=server.url())
+        self.process = self.start_test_build(["-s"], COMMANDS, submit=server.url())
         return self.finish(self.process)
 
     def test_of_a_body_in_pieces_the_last_one_is_the_reply(self):
@@ -187,7 +190,7 @@ class RedirectTest(UploadTest):
 class BrokenConnectionTest(UploadTest):
     def test_nobody_there(self):
         submit = f"http://127.0.0.1:{http_server.unreachable_port(self)}/diagnosticsubmit"
-        self.assert_refused(self.run_stand_in(["-s"], COMMANDS, submit=submit))
+        self.assert_refused(self.run_test_build(["-s"], COMMANDS, submit=submit))
 
     def test_closed_at_once(self):
         for end in (http_server.Exchange.close, http_server.Exchange.reset):
@@ -217,4 +220,4 @@ class BrokenConnectionTest(UploadTest):
         return script
 
 
-support.run_tests()
+isolation.run_tests()

@@ -11,18 +11,21 @@ import tempfile
 import unittest
 
 import http_server
-import support
+import isolation
+import polling
+import report_text
+import skipping
 
-support.require_tools("Xvfb", "xdotool", "xclip", "dbus-daemon")
+skipping.require_tools("Xvfb", "xdotool", "xclip", "dbus-daemon")
 try:
     import gi
     gi.require_version("Atspi", "2.0")
     from gi.repository import Atspi, GLib
     import windows
 except (ImportError, ValueError) as error:
-    support.skip_file(f"not installed: {error}")
+    skipping.skip_file(f"not installed: {error}")
 if not os.path.exists("/usr/share/dbus-1/services/org.a11y.Bus.service"):
-    support.skip_file("not installed: the bus of the assistive technologies")
+    skipping.skip_file("not installed: the bus of the assistive technologies")
 
 URL = windows.RESULT.decode()
 PURPOSE = "Runs network tests on this computer and sends\nwhat they print to Halvik support."
@@ -36,7 +39,7 @@ BUTTONS = [("Copy link", "push button"), ("Open link", "push button")]
 
 
 def status(done):
-    return f"Please wait. Finished {done} out of {support.PLAN_LENGTH} tests."
+    return f"Please wait. Finished {done} out of {report_text.PLAN_LENGTH} tests."
 
 
 def setUpModule():
@@ -131,7 +134,7 @@ class AccessibilityTest(windows.WindowedTest):
             return sorted((control.name, control.role, control.is_enabled) for control in self.controls())
 
         try:
-            support.wait_until(lambda: present() == everything, "the phase is reached", self.process)
+            polling.wait_until(lambda: present() == everything, "the phase is reached", self.process)
         except AssertionError:
             self.assertEqual(present(), everything)
 
@@ -144,7 +147,7 @@ class PhaseTest(AccessibilityTest):
         super().setUp()
         self.server = self.serve(http_server.reply(windows.RESULT), http_server.reply(b"no", status=500))
         self.gate = windows.Gate(self)
-        waiting = [":"] * 30 + [self.gate.line] * (support.PLAN_LENGTH - 30)
+        waiting = [":"] * 30 + [self.gate.line] * (report_text.PLAN_LENGTH - 30)
         self.open_window(commands=waiting, submit=self.server.url())
 
     def finish_run_with(self, controls):
@@ -171,8 +174,8 @@ class PhaseTest(AccessibilityTest):
         self.start_run()
         bar = self.control("Progress", "progress bar").accessible
         self.assertEqual(Atspi.Value.get_minimum_value(bar), 0)
-        step = Atspi.Value.get_maximum_value(bar) / support.PLAN_LENGTH
-        support.wait_until(lambda: Atspi.Value.get_current_value(bar) == 30 * step, "30 are shown",
+        step = Atspi.Value.get_maximum_value(bar) / report_text.PLAN_LENGTH
+        polling.wait_until(lambda: Atspi.Value.get_current_value(bar) == 30 * step, "30 are shown",
                            self.process)
 
     def test_results_can_be_read(self):
@@ -209,7 +212,7 @@ class ActionTest(AccessibilityTest):
         head = b"Halvik account: acme\nHalvik ticket: 48151\n"
         report = server.requests[0].submitted
         self.assertEqual(report[:len(head)], head)
-        self.assertEqual(len(support.blocks(report[len(head):])), support.PLAN_LENGTH + 5)
+        self.assertEqual(len(report_text.blocks(report[len(head):])), report_text.PLAN_LENGTH + 5)
         self.screen.copy(b"of another program")
         self.control("Copy link", "push button").press()
         self.screen.wait_for_clipboard(windows.RESULT)
@@ -228,7 +231,7 @@ class MessageTest(AccessibilityTest):
         self.open_program(prefix)
         self.wait_for_phase([])
         self.control("Start tests", "push button").press()
-        support.wait_until(lambda: self.controls(windows.MESSAGE_TITLE), "a message is shown", self.process)
+        polling.wait_until(lambda: self.controls(windows.MESSAGE_TITLE), "a message is shown", self.process)
         controls = self.controls(windows.MESSAGE_TITLE)
         text = "".join(control.name for control in controls if control.role == "label")
         self.assertIn("has to end because of an error", text)
@@ -250,4 +253,4 @@ class MessageTest(AccessibilityTest):
         return buttons
 
 
-support.run_tests(needs_namespaces=True)
+isolation.run_tests(needs_namespaces=True)

@@ -13,18 +13,22 @@ import signal
 import threading
 import unittest
 
+import builds
 import endpoints
-import plan
-import roots
 import http_server
-import support
+import isolation
+import plan
+import polling
+import report_text
+import roots
+import skipping
 import system_calls
 
-support.require_tools("Xvfb", "xdotool", "xclip")
+skipping.require_tools("Xvfb", "xdotool", "xclip")
 try:
     import windows
 except ModuleNotFoundError as error:
-    support.skip_file(f"not installed: the Python module {error.name}")
+    skipping.skip_file(f"not installed: the Python module {error.name}")
 
 import Xlib.display
 import Xlib.X
@@ -45,7 +49,7 @@ class RunTest(windows.WindowedTest):
         report = server.requests[0].submitted
         head = b"Halvik account: acme-office\nHalvik ticket: 481 51\n"
         self.assertEqual(report[:len(head)], head)
-        blocks = support.blocks(report[len(head):])
+        blocks = report_text.blocks(report[len(head):])
         self.assertEqual([content for _, content in blocks],
                          [f"stdout:\n{number}\n\n".encode() for number in range(57)])
 
@@ -53,7 +57,7 @@ class RunTest(windows.WindowedTest):
         server = self.serve()
         self.open_window(commands=["echo here"], submit=server.url())
         self.run_once()
-        self.assert_same_text(server.requests[0].submitted, support.report([("echo here", "here\n")]))
+        self.assert_same_text(server.requests[0].submitted, report_text.report([("echo here", "here\n")]))
 
     def test_pasted_text_of_any_script(self):
         server = self.serve()
@@ -71,7 +75,7 @@ class RunTest(windows.WindowedTest):
                 server = self.serve()
                 self.open_window(commands=[command], submit=server.url(), env={"QT_XCB_NO_MITSHM": value})
                 self.run_once()
-                self.assert_same_text(server.requests[0].submitted, support.report([(command, printed)]))
+                self.assert_same_text(server.requests[0].submitted, report_text.report([(command, printed)]))
                 self.close_window()
 
     def test_return_in_each_field_and_the_start_button_start(self):
@@ -91,17 +95,17 @@ class RunTest(windows.WindowedTest):
     def test_ten_runs_in_one_window(self):
         server = self.serve()
         runs = 10
-        self.open_window(commands=[f"echo {number}" for number in range(runs * support.PLAN_LENGTH)],
+        self.open_window(commands=[f"echo {number}" for number in range(runs * report_text.PLAN_LENGTH)],
                          submit=server.url())
         descriptors = []
         for run in range(runs):
             self.run_once()
             self.assertEqual(len(server.requests), run + 1)
-            contents = [content for _, content in support.blocks(server.requests[run].submitted)]
-            first = run * support.PLAN_LENGTH
+            contents = [content for _, content in report_text.blocks(server.requests[run].submitted)]
+            first = run * report_text.PLAN_LENGTH
             self.assertEqual(contents, [f"stdout:\n{number}\n\n".encode()
-                                        for number in range(first, first + support.PLAN_LENGTH)])
-            support.wait_until_idle(self.process.pid)
+                                        for number in range(first, first + report_text.PLAN_LENGTH)])
+            polling.wait_until_idle(self.process.pid)
             descriptors.append(len(os.listdir(f"/proc/{self.process.pid}/fd")))
         self.assertLessEqual(max(descriptors), descriptors[0] + 2, descriptors)
         with open(f"/proc/{self.process.pid}/task/{self.process.pid}/children") as children:
@@ -113,10 +117,10 @@ class RunTest(windows.WindowedTest):
         gate = windows.Gate(self)
         started = self.folder / "started"
         line = f"echo >>{started}; {gate.line}"
-        self.open_window(commands=[line] * (2 * support.PLAN_LENGTH), submit=server.url())
+        self.open_window(commands=[line] * (2 * report_text.PLAN_LENGTH), submit=server.url())
         start = self.start_button()
         self.window.press("Return")
-        support.wait_until(lambda: started.exists() and started.stat().st_size == support.PLAN_LENGTH,
+        polling.wait_until(lambda: started.exists() and started.stat().st_size == report_text.PLAN_LENGTH,
                            "all commands have started", self.process)
         self.window.press("Return", "alt+s", "alt+a", "Return", "Tab", "Return", "space")
         self.window.click(start)
@@ -126,7 +130,7 @@ class RunTest(windows.WindowedTest):
         self.assertEqual(self.desktop.wait_for(1), [URL])
         self.assertTrue(self.window.picture().results)
         self.assertEqual(len(server.requests), 1)
-        self.assertEqual(started.stat().st_size, support.PLAN_LENGTH)
+        self.assertEqual(started.stat().st_size, report_text.PLAN_LENGTH)
 
     def test_escape_changes_nothing(self):
         server = self.serve()
@@ -160,7 +164,7 @@ class KeyboardTest(windows.WindowedTest):
         report = server.requests[0].submitted
         head = b"Halvik account: the account\nHalvik ticket: the ticket\n"
         self.assertEqual(report[:len(head)], head)
-        self.assertEqual(len(support.blocks(report[len(head):])), 57)
+        self.assertEqual(len(report_text.blocks(report[len(head):])), 57)
         # From the start button on: the results, the link in them, the copy and the open button.
         self.window.press("alt+d", "Tab", "Tab", "Tab", "Return")
         self.assertEqual(self.desktop.wait_for(1), [URL])
@@ -197,7 +201,7 @@ class LinkTest(windows.WindowedTest):
                 copy, _ = self.run_once().link_buttons
                 self.window.click(copy)
                 self.screen.wait_for_clipboard(reply)
-                support.wait_until_idle(self.process.pid)
+                polling.wait_until_idle(self.process.pid)
                 self.assertEqual(self.screen.clipboard(), reply)
                 self.assertEqual(self.desktop.opened, [])
                 self.assertEqual(self.close_window().status, 0)
@@ -208,7 +212,7 @@ class LinkTest(windows.WindowedTest):
         manager = ClipboardManager(self.screen.name)
         self.run_once()
         self.window.press("alt+c")
-        support.wait_until(lambda: manager.is_clipboard_owned(), "the link is copied", self.process)
+        polling.wait_until(lambda: manager.is_clipboard_owned(), "the link is copied", self.process)
         self.assertEqual(self.close_window().status, 0)
         manager.finish()
         self.assertEqual(manager.saved, windows.RESULT)
@@ -263,7 +267,7 @@ class FailureTest(windows.WindowedTest):
     def assert_failed(self, picture):
         self.assertIsNone(picture.link)
         self.assertEqual(self.desktop.wait_for(1), [str(self.desktop_file)])
-        self.assert_same_text(self.desktop_file.read_bytes(), support.report(self.OUTPUTS))
+        self.assert_same_text(self.desktop_file.read_bytes(), report_text.report(self.OUTPUTS))
 
     def test_a_server_that_refuses(self):
         for status in (500, 404):
@@ -334,13 +338,13 @@ class EndTest(windows.WindowedTest):
         line = (f"trap 'kill $waiting 2>/dev/null; echo >{folder}/ended-$$; exit' TERM; sleep 1000 & waiting=$!; "
                 f"echo $waiting >{folder}/started-$$; wait")
         self.addCleanup(self.end_leftovers, folder)
-        self.open_window(commands=[line] * (support.PLAN_LENGTH - 1), submit=server.url())
+        self.open_window(commands=[line] * (report_text.PLAN_LENGTH - 1), submit=server.url())
         self.window.press("Return")
         self.wait_for_commands("started")
 
     def wait_for_commands(self, kind):
-        support.wait_until(lambda: sum(path.stat().st_size > 0 for path in self.running.glob(kind + "-*"))
-                           == support.PLAN_LENGTH - 1, f"every command has {kind}")
+        polling.wait_until(lambda: sum(path.stat().st_size > 0 for path in self.running.glob(kind + "-*"))
+                           == report_text.PLAN_LENGTH - 1, f"every command has {kind}")
 
     @staticmethod
     def end_leftovers(folder):
@@ -353,12 +357,12 @@ class EndTest(windows.WindowedTest):
         server = self.serve()
         self.open_window(submit=server.url())
         self.window.press("Return")
-        support.wait_until(lambda: server.requests, "the report has been received", self.process)
+        polling.wait_until(lambda: server.requests, "the report has been received", self.process)
         ended = self.close_window()
         self.assertEqual((ended.status, ended.stdout, ended.messages), (0, b"", []))
         self.assert_only_files(self.home, [])
 
-    @unittest.skipIf(support.is_sanitized(), "the sanitizer needs descriptors of its own")
+    @unittest.skipIf(builds.is_sanitized(), "the sanitizer needs descriptors of its own")
     def test_a_run_that_has_failed_does_not_go_on_behind_the_message(self):
         server = self.serve()
         # Enough for some of the commands, whose number leaves none over, one or two.
@@ -368,7 +372,7 @@ class EndTest(windows.WindowedTest):
                                  prefix=["prlimit", f"--nofile={descriptors}:{descriptors}", "--"])
                 self.window.press("Return")
                 message = self.screen.wait_for_window(windows.MESSAGE_TITLE, self.process)
-                support.wait_until_idle(self.process.pid)
+                polling.wait_until_idle(self.process.pid)
                 message.press("Return")
                 ended = self.finish(self.process)
                 self.assertEqual((ended.status, ended.stdout), (1, b""))
@@ -377,34 +381,34 @@ class EndTest(windows.WindowedTest):
                 self.assertEqual(server.connections, 0)
                 self.assert_only_files(self.home, [])
 
-    @unittest.skipIf(support.is_sanitized(), "the sanitizer needs descriptors of its own")
+    @unittest.skipIf(builds.is_sanitized(), "the sanitizer needs descriptors of its own")
     def test_a_window_that_grows_when_commands_have_taken_all_descriptors(self):
         for left in (0, 1):
             with self.subTest(left=left):
                 self.open_window()
                 self.start_button()
-                support.wait_until_idle(self.process.pid)
+                polling.wait_until_idle(self.process.pid)
                 used = {int(name) for name in os.listdir(f"/proc/{self.process.pid}/fd")}
                 lowest = next(number for number in itertools.count() if number not in used)
                 resource.prlimit(self.process.pid, resource.RLIMIT_NOFILE, (lowest + left, lowest + left))
                 self.window.resize(600, 600)
                 self.assertEqual(self.close_window().status, 0)
 
-    @unittest.skipIf(support.PLATFORM == "posix", "commands are started by the same call")
+    @unittest.skipIf(builds.PLATFORM == "posix", "commands are started by the same call")
     def test_no_thread_to_look_for_a_proxy_with(self):
         refusals = []
-        gate = system_calls.Gate(support.stand_in(), lambda call: errno.EAGAIN if refusals else 0, stop=["clone3"])
+        gate = system_calls.Gate(builds.test_build(), lambda call: errno.EAGAIN if refusals else 0, stop=["clone3"])
         self.addCleanup(gate.close)
         self.open_window(commands=["echo here"], submit="http://diagnostic.halvik.example/diagnosticsubmit",
                          preexec_fn=gate.enter)
-        support.wait_until_idle(self.process.pid)
+        polling.wait_until_idle(self.process.pid)
         refusals.append(errno.EAGAIN)
         self.window.press("Return")
         self.screen.wait_for_window(windows.MESSAGE_TITLE, self.process).press("Return")
         ended = self.finish(self.process)
         self.assertEqual((ended.status, ended.stdout), (1, b""))
         self.assertRegex(ended.messages[0], "an error: QThread::start: .*Resource temporarily unavailable")
-        self.assert_same_text(self.desktop_file.read_bytes(), support.report([("echo here", "here\n")]))
+        self.assert_same_text(self.desktop_file.read_bytes(), report_text.report([("echo here", "here\n")]))
 
     def test_a_display_that_goes_away_in_the_middle_of_a_run(self):
         server = self.serve()
@@ -419,10 +423,10 @@ class EndTest(windows.WindowedTest):
         server = self.serve()
         self.open_window(commands=["echo here"], submit=server.url())
         self.window.press("Return")
-        support.wait_until(lambda: server.requests, "the report has been received", self.process)
+        polling.wait_until(lambda: server.requests, "the report has been received", self.process)
         self.window.lose()
         self.assert_ended_without_display()
-        self.assert_same_text(self.desktop_file.read_bytes(), support.report([("echo here", "here\n")]))
+        self.assert_same_text(self.desktop_file.read_bytes(), report_text.report([("echo here", "here\n")]))
 
     def assert_ended_without_display(self):
         ended = self.finish(self.process)
@@ -436,7 +440,7 @@ class EndTest(windows.WindowedTest):
         self.addCleanup(self.screen.server.send_signal, signal.SIGCONT)
         self.run_once()
         self.window.press("alt+c")
-        support.wait_until(lambda: manager.is_clipboard_owned(), "the link is copied", self.process)
+        polling.wait_until(lambda: manager.is_clipboard_owned(), "the link is copied", self.process)
         ended = self.close_window()
         self.assertEqual((ended.status, ended.stdout), (0, b""))
         manager.finish()
@@ -458,7 +462,7 @@ class OptionTest(windows.WindowedTest):
                 server = self.serve()
                 self.open_window(options, ["echo here"], submit=server.url())
                 self.run_once()
-                self.assert_same_text(server.requests[0].submitted, support.report([("echo here", "here\n")]))
+                self.assert_same_text(server.requests[0].submitted, report_text.report([("echo here", "here\n")]))
                 ended = self.close_window()
                 self.assertEqual((ended.status, ended.stdout, ended.messages), (0, b"", []))
                 self.assert_only_files(self.work, [])
@@ -476,7 +480,7 @@ class DisplayTest(windows.WindowedTest):
                     {"QT_QPA_PLATFORM": "nonsense"}):
             for options in ([], ["-c", "-o=F"], ["-s", "-psn_0_1"]):
                 with self.subTest(env=env, options=options):
-                    ended = self.run_stand_in(options, ["touch started"], env={**self.ANY, **env})
+                    ended = self.run_test_build(options, ["touch started"], env={**self.ANY, **env})
                     self.assertEqual(ended.status, 1)
                     self.assertEqual(ended.stdout, b"")
                     self.assertRegex(ended.messages[-1], "(display|window).* the option -s runs without one")
@@ -487,9 +491,9 @@ class DisplayTest(windows.WindowedTest):
         self.assertEqual(self.close_window().status, 0)
 
     def test_without_a_thread_to_paint_with_a_line_says_so(self):
-        gate = system_calls.Gate(support.stand_in(), lambda call: errno.EAGAIN, stop=["clone3"])
+        gate = system_calls.Gate(builds.test_build(), lambda call: errno.EAGAIN, stop=["clone3"])
         self.addCleanup(gate.close)
-        ended = self.run_stand_in([], ["touch started"], preexec_fn=gate.enter)
+        ended = self.run_test_build([], ["touch started"], preexec_fn=gate.enter)
         self.assertEqual((ended.status, ended.stdout), (1, b""))
         self.assertRegex(ended.messages[-2], "an error: QThread::start: .*Resource temporarily unavailable")
         self.assertRegex(ended.messages[-1], "the window cannot be opened; the option -s runs without one")
@@ -510,7 +514,7 @@ class RealProgramTest(windows.WindowedTest):
         head = b"Halvik account: acme\n"
         report = self.desktop_file.read_bytes()
         self.assertEqual(report[:len(head)], head)
-        names = [name.decode() for name, _ in support.blocks(report[len(head):])]
+        names = [name.decode() for name, _ in report_text.blocks(report[len(head):])]
         self.assertEqual(names, plan.display_names(endpoints.roles(), domain="www.example.com"))
         self.assertEqual(self.close_window().status, 0)
 
@@ -551,7 +555,7 @@ class ClipboardManager:
         return self.watcher.get_selection_owner(self.watcher.intern_atom("CLIPBOARD")) != Xlib.X.NONE
 
     def finish(self):
-        self.thread.join(support.GUARD_SECONDS)
+        self.thread.join(polling.GUARD_SECONDS)
         self.watcher.close()
 
     def _save_when_asked(self):
@@ -586,4 +590,4 @@ class SilencingManager(ClipboardManager):
         self.display.close()
 
 
-support.run_tests(needs_namespaces=True)
+isolation.run_tests(needs_namespaces=True)

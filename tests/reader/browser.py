@@ -11,15 +11,16 @@ import subprocess
 import tempfile
 import unittest
 
-import support
+import polling
+import skipping
 
-support.require_tools("chromium", "chromedriver", "pdftotext")
+skipping.require_tools("chromium", "chromedriver", "pdftotext")
 try:
     from selenium import webdriver
     from selenium.webdriver.chrome.service import Service
     from selenium.webdriver.support.ui import WebDriverWait
 except ModuleNotFoundError as error:
-    support.skip_file(f"not installed: the Python module {error.name}")
+    skipping.skip_file(f"not installed: the Python module {error.name}")
 
 import pages
 
@@ -90,7 +91,7 @@ class BrowserTest(unittest.TestCase):
         return self.driver.execute_script(script, *arguments)
 
     def wait(self, condition, what):
-        WebDriverWait(self.driver, support.GUARD_SECONDS, poll_frequency=0.02).until(lambda _: condition(), what)
+        WebDriverWait(self.driver, polling.GUARD_SECONDS, poll_frequency=0.02).until(lambda _: condition(), what)
 
     def one(self, selector):
         return self.driver.find_element("css selector", selector)

@@ -4,11 +4,12 @@
 """Everybody can read the page of halvik-report: in both themes, in any width, by keyboard, aloud and on paper."""
 
 import os
+import pathlib
 import unittest
 
 import browser
+import isolation
 import pages
-import support
 from project import ROOT
 from selenium.webdriver.common.keys import Keys
 
@@ -94,4 +95,4 @@ class Reading(browser.BrowserTest):
                                          "getComputedStyle(document.documentElement).scrollBehavior]"), [0, "auto"])
 
 
-support.run_tests()
+isolation.run_tests()

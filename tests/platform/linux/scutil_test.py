@@ -10,11 +10,11 @@ import os
 import pathlib
 import shutil
 import subprocess
-import sys
 import tempfile
 import unittest
 
 from project import ROOT
+from skipping import skip_file
 
 SCRIPT = ROOT / "platform/linux" / "scutil"
 NO_CONFIGURATION = "No DNS configuration available\n"
@@ -245,6 +245,5 @@ class Usage(ScutilTest):
 
 PREFIX = namespace_prefix()
 if PREFIX is None:
-    print("SKIPPED: this machine permits no mount namespace", flush=True)
-    sys.exit(77)
+    skip_file("this machine permits no mount namespace")
 unittest.main()
