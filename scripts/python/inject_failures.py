@@ -50,21 +50,22 @@ os.environ["HALVIK_STAND_IN"] = str(BUILD / "stand_in_diagnostic")
 os.environ["HALVIK_PLATFORM"] = "posix" if OPTIONS.preset == "posix" else "linux"
 os.environ["HALVIK_DIAGNOSTIC"] = str(BUILD / "halvik-diagnostic")
 
-import failing_calls
 import isolation
+from failing_calls import runs, scenarios, stages, sweep
+from failing_calls.tally import Tally
 
 
 def work(name):
     """Answers a line for each line: the plan when asked for it, else the result of a failure."""
-    with failing_calls.scenario(name) as scenario:
+    with stages.scenario(name) as scenario:
         for line in sys.stdin:
             request = json.loads(line)
             if request == "plan":
-                calls = failing_calls.count(scenario)
+                calls = sweep.count(scenario)
                 answer = [(*failure, phase) for failure, phase
-                          in failing_calls.failures(scenario, calls, OPTIONS.thorough)]
+                          in sweep.failures(scenario, calls, OPTIONS.thorough)]
             else:
-                result = failing_calls.attempt(scenario, failing_calls.Failure(*request))
+                result = sweep.attempt(scenario, sweep.Failure(*request))
                 answer = (result.verdict, result.reached, result.detail)
             print(json.dumps(answer), flush=True)
 
@@ -91,11 +92,11 @@ class Worker:
         self.process.wait()
 
 
-def sweep(scenario, prefix, tally):
+def try_all(scenario, prefix, tally):
     workers = [Worker(scenario, prefix) for _ in range(OPTIONS.jobs)]
-    plan = [(failing_calls.Failure(*words), phase) for *words, phase in workers[0].ask("plan")]
+    plan = [(sweep.Failure(*words), phase) for *words, phase in workers[0].ask("plan")]
     plan = [(failure, phase) for failure, phase in plan if not OPTIONS.call or failure.name in OPTIONS.call]
-    remaining = iter(failing_calls.sample(plan, OPTIONS.sample, OPTIONS.seed))
+    remaining = iter(sweep.sample(plan, OPTIONS.sample, OPTIONS.seed))
     lock = threading.Lock()
 
     def serve(worker):
@@ -104,11 +105,11 @@ def sweep(scenario, prefix, tally):
                 failure, phase = next(remaining, (None, None))
             if failure is None:
                 return
-            result = failing_calls.Result(failure, *worker.ask(failure))
+            result = sweep.Result(failure, *worker.ask(failure))
             with lock:
                 tally.add(result, phase)
-                if result.verdict in (OPTIONS.show or [failing_calls.BAD]):
-                    print(failing_calls.describe(result, phase), flush=True)
+                if result.verdict in (OPTIONS.show or [runs.BAD]):
+                    print(sweep.describe(result, phase), flush=True)
 
     threads = [threading.Thread(target=serve, args=(worker,)) for worker in workers]
     for thread in threads:
@@ -127,9 +128,9 @@ def main():
     prefix = isolation.namespace_prefix()
     if prefix is None:
         sys.exit("inject_failures: this machine permits no network and mount namespaces")
-    tally = failing_calls.Tally()
-    for scenario in OPTIONS.scenario or failing_calls.SCENARIOS:
-        sweep(scenario, prefix, tally)
+    tally = Tally()
+    for scenario in OPTIONS.scenario or scenarios.SCENARIOS:
+        try_all(scenario, prefix, tally)
     print(f"\n{tally.table()}\n\n{tally.summary()}\n\n{tally.not_reached} runs did not come to the call in question")
     return 1 if tally.bad else 0
 

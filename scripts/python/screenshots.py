@@ -20,7 +20,9 @@ import time
 import zlib
 
 import http_server
+import pictures
 import polling
+import virtual_screen
 import windows
 from project import ROOT
 
@@ -84,7 +86,7 @@ def take(folder, settings, result):
         commands = home / "commands"
         waiting = f"while [ ! -e {gate} ]; do sleep 0.05; done"
         commands.write_text(":\n" * 31 + f"{waiting}\n" * 26)
-        screen = windows.Screen(home, size=(1600, 1200))
+        screen = virtual_screen.Screen(home, size=(1600, 1200))
         environment = dict(os.environ, DISPLAY=screen.name, QT_QPA_PLATFORM="xcb", HOME=name, XDG_RUNTIME_DIR=name,
                            XDG_CONFIG_HOME=str(home / ".config"), STAND_IN_SUBMIT_URL=server.url(),
                            STAND_IN_COMMANDS=str(commands), **settings)
@@ -95,11 +97,11 @@ def take(folder, settings, result):
         window.press("Return")
         take_picture(window, folder / "running.png")
         gate.touch()
-        window.wait_for(lambda picture: picture.box(windows.ORANGE), "the link is shown")
+        window.wait_for(lambda picture: picture.box(pictures.ORANGE), "the link is shown")
         take_picture(window, folder / "finished.png")
         window.press("alt+s")
         polling.wait_until(lambda: len(server.requests) == 2, "the second report has been received")
-        window.wait_for(lambda picture: not picture.box(windows.ORANGE), "the former link is gone")
+        window.wait_for(lambda picture: not picture.box(pictures.ORANGE), "the former link is gone")
         polling.wait_until((home / "Desktop/diagnostic_results.txt").exists, "the second report has been saved")
         take_picture(window, folder / "failed.png")
         process.terminate()
