@@ -12,12 +12,10 @@ machine.
 
 import os
 import pathlib
-import struct
 import subprocess
 import sys
 import tempfile
 import time
-import zlib
 
 import http_server
 import pictures
@@ -41,28 +39,13 @@ LOOKS = {
 }
 
 
-def png(rows):
-    """The file of a picture, given as the screen keeps it: three bytes a pixel, blue first."""
-    def chunk(kind, data):
-        return struct.pack(">I", len(data)) + kind + data + struct.pack(">I", zlib.crc32(kind + data))
-
-    def line(row):
-        turned = bytearray(row)
-        turned[0::3], turned[2::3] = row[2::3], row[0::3]
-        return b"\0" + turned  # without a filter
-
-    head = struct.pack(">IIBBBBB", len(rows[0]) // 3, len(rows), 8, 2, 0, 0, 0)
-    return (b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", head)
-            + chunk(b"IDAT", zlib.compress(b"".join(map(line, rows)), 9)) + chunk(b"IEND", b""))
-
-
 def take_picture(window, path):
     """Takes it as soon as nothing moves any more."""
     before = None
-    while (rows := window.picture().rows) != before:
-        before = rows
+    while (image := window.picture().image) != before:
+        before = image
         time.sleep(0.3)
-    path.write_bytes(png(rows))
+    image.save(path, optimize=True)
 
 
 def write_dark_theme(home):
@@ -86,7 +69,7 @@ def take(folder, settings, result):
         commands = home / "commands"
         waiting = f"while [ ! -e {gate} ]; do sleep 0.05; done"
         commands.write_text(":\n" * 31 + f"{waiting}\n" * 26)
-        screen = virtual_screen.Screen(home, size=(1600, 1200))
+        screen = virtual_screen.Screen(size=(1600, 1200))
         environment = dict(os.environ, DISPLAY=screen.name, QT_QPA_PLATFORM="xcb", HOME=name, XDG_RUNTIME_DIR=name,
                            XDG_CONFIG_HOME=str(home / ".config"), STAND_IN_SUBMIT_URL=server.url(),
                            STAND_IN_COMMANDS=str(commands), **settings)

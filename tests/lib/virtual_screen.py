@@ -8,6 +8,7 @@ import pathlib
 import re
 import subprocess
 
+import PIL.ImageGrab
 import Xlib.display
 import Xlib.error
 import Xlib.protocol.event
@@ -19,13 +20,13 @@ from pictures import Picture
 
 
 class Screen:
-    """An X server of its own, which picks its own number. Its picture is kept in a file in `folder`."""
+    """An X server of its own, which picks its own number."""
 
-    def __init__(self, folder, size=(1000, 800), options=()):
+    def __init__(self, size=(1000, 800), options=()):
         reader, writer = os.pipe()
         self.server = subprocess.Popen(
             ["Xvfb", "-displayfd", str(writer), "-screen", "0", f"{size[0]}x{size[1]}x24", "-nolisten", "tcp",
-             "-nocursor", "-fbdir", folder, *options],
+             "-nocursor", *options],
             pass_fds=[writer], stderr=subprocess.DEVNULL)
         os.close(writer)
         with os.fdopen(reader) as number:
@@ -34,7 +35,6 @@ class Screen:
             raise AssertionError("the X server did not start")
         self.display = Xlib.display.Display(self.name)
         self.process = None  # the program whose window came last
-        self.memory = pathlib.Path(folder) / "Xvfb_screen0"
 
     def close(self):
         self.display.close()
@@ -88,18 +88,11 @@ class Screen:
                        env={**os.environ, "DISPLAY": self.name}, stdout=subprocess.DEVNULL,
                        stderr=subprocess.DEVNULL)
 
-    def pixels(self, left, top, width, height):
-        """The rows of a part of the screen, three bytes a pixel: blue, green, red."""
-        with open(self.memory, "rb") as file:
-            head = [int.from_bytes(file.read(4), "big") for _ in range(25)]
-            start, bytes_per_row = head[0] + head[19] * 12, head[12]
-            rows = []
-            for y in range(max(top, 0), min(top + height, head[5])):
-                file.seek(start + y * bytes_per_row + left * 4)
-                row = bytearray(file.read(width * 4))
-                del row[3::4]
-                rows.append(bytes(row))
-            return rows
+    def picture(self, window):
+        """What a window shows now."""
+        place = window.get_geometry()
+        box = place.x, place.y, place.x + place.width, place.y + place.height
+        return Picture(PIL.ImageGrab.grab(box, xdisplay=self.name))
 
 
 class Window:
@@ -134,8 +127,7 @@ class Window:
         self.xdotool("click", 1)
 
     def picture(self):
-        place = self.window.get_geometry()
-        return Picture(self.screen.pixels(place.x, place.y, place.width, place.height))
+        return self.screen.picture(self.window)
 
     def wait_for(self, condition, what):
         polling.wait_until(lambda: condition(self.picture()), what, self.screen.process)

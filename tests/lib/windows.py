@@ -45,11 +45,9 @@ class WindowedTest(program_tests.ProgramTest):
 
     def setUp(self):
         super().setUp()
-        memory = self.folder / "memory"
-        memory.mkdir()
         # Two servers in different networks could both take a number for free, and a lock's file would be in the way of
         # the second one.
-        self.screen = virtual_screen.Screen(memory, options=["-nolock"])
+        self.screen = virtual_screen.Screen(options=["-nolock"])
         self.addCleanup(self.screen.close)
         self.desktop = fake_desktop.Desktop(self.folder)
         self.may_reply = threading.Semaphore(0)

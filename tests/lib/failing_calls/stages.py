@@ -33,7 +33,7 @@ def _with_screen():
 
     virtual_screen.use_own_sockets()
     with tempfile.TemporaryDirectory(prefix="halvik-screen-") as place, contextlib.ExitStack() as stack:
-        screen = virtual_screen.Screen(place, size=(640, 640), options=["-nolock"])
+        screen = virtual_screen.Screen(size=(640, 640), options=["-nolock"])
         stack.callback(screen.close)
         server = http_server.Server(http_server.reply(windows.RESULT))
         stack.callback(server.close)

@@ -13,7 +13,6 @@ import Xlib.XK
 
 import polling
 import windows
-from pictures import Picture
 
 
 class WindowUser:
@@ -53,7 +52,7 @@ class WindowUser:
 
     def wait_for_idle_window(self):
         self.window = self._wait_for(lambda: next(iter(self.screen.windows(windows.TITLE)), None), "the window")
-        self._wait_for(lambda: len(self._picture().bands()) > 4, "what is in the window")
+        self._wait_for(lambda: len(self.screen.picture(self.window).bands()) > 4, "what is in the window")
         polling.wait_until_idle(self.process.pid)
 
     def start_and_look(self, before=None):
@@ -85,14 +84,10 @@ class WindowUser:
         return "message" if self.screen.windows(windows.MESSAGE_TITLE) else None
 
     def _shown(self, before):
-        picture = self._picture()
+        picture = self.screen.picture(self.window)
         shown = picture.text and ("link" if picture.link else "failure")
         seen, self.seen = self.seen, shown  # what is seen once only may be half painted
         return shown if shown == seen != before else None
-
-    def _picture(self):
-        place = self.window.get_geometry()
-        return Picture(self.screen.pixels(place.x, place.y, place.width, place.height))
 
     def _press(self, window, *symbols):
         display = self.screen.display
