@@ -10,8 +10,12 @@ import unittest
 import builds
 import isolation
 import skipping
-import system_calls
-from failing_calls import runs, scenarios, stages, sweep
+
+try:
+    import system_calls
+    from failing_calls import runs, scenarios, stages, sweep
+except ModuleNotFoundError as error:
+    skipping.skip_file(f"not installed: the Python module {error.name}")
 
 RUNS = 70  # of each scenario
 RUNS_WITH_WINDOW = 12  # which take longer

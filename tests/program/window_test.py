@@ -22,10 +22,10 @@ import polling
 import report_text
 import roots
 import skipping
-import system_calls
 
 skipping.require_tools("Xvfb", "xdotool", "xclip")
 try:
+    import system_calls
     import windows
 except ModuleNotFoundError as error:
     skipping.skip_file(f"not installed: the Python module {error.name}")
