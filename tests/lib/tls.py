@@ -12,6 +12,7 @@ import threading
 import werkzeug
 import werkzeug.serving
 
+import form_parser
 import isolation
 import polling
 
@@ -121,9 +122,10 @@ class Receiver:
         if request.method != "POST":
             self.pages += 1
             return werkzeug.Response("page")
-        if request.path != "/diagnosticsubmit" or request.form:
+        files = form_parser.files(request.get_data(), request.headers.get("Content-Type", ""))
+        if request.path != "/diagnosticsubmit" or files is None:
             return werkzeug.Response("not a report", status=400)
-        self.files += [(field, file.filename, file.read()) for field, file in request.files.items(multi=True)]
+        self.files += files
         return werkzeug.Response(f"https://{HOST}/results/{len(self.files)}")
 
 

@@ -202,7 +202,8 @@ class LyingTest(HostileTest):
         report = report_text.report([("cat filler", b"x" * 16_000_000)])
         for status, then, reason in [
             (200, http_server.Exchange.close, ""),
-            (200, http_server.Exchange.wait_until_closed_by_client, "the server answered before it had the whole request"),
+            (200, http_server.Exchange.wait_until_closed_by_client,
+             "the server answered before it had the whole request"),
             (413, http_server.Exchange.wait_until_closed_by_client, "server replied: 413 Reply"),
         ]:
             with self.subTest(status=status, then=then.__name__):

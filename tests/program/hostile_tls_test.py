@@ -168,7 +168,8 @@ class CutTest(TlsTest):
 
     def test_replies_that_are_cut(self):
         chunked = b"HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n"
-        for data in (http_server.head(200, 99) + b"https://r", chunked + b"20\r\nhttps://r", chunked + b"5\r\nhttps\r\n"):
+        for data in (http_server.head(200, 99) + b"https://r", chunked + b"20\r\nhttps://r",
+                     chunked + b"5\r\nhttps\r\n"):
             for end in (http_server.Exchange.close, http_server.Exchange.reset):
                 with self.subTest(data, end=end.__name__):
                     def script(exchange):

@@ -105,7 +105,7 @@ class JudgeTest(unittest.TestCase):
     def test_an_upload_that_fails_in_a_window(self):
         with stages.scenario("window") as scenario:
             failure = sweep.Failure(scenario.name, "socket", by_child=False, number=1, error="EMFILE",
-                                            forever=True, closing=False)
+                                    forever=True, closing=False)
             result = sweep.attempt(scenario, failure)
             self.assertEqual(result.verdict, runs.KEPT, result.detail)
             self.assertEqual(scenario.outcomes, ["failure", "link"])

@@ -138,7 +138,7 @@ class ClosedStreamTest(program_tests.ProgramTest):
 
     def run_without(self, redirection, options):
         return self.run_test_build(options, [self.LOOK] * report_text.PLAN_LENGTH,
-                                 prefix=["sh", "-c", f'exec "$@" {redirection}', "sh"])
+                                   prefix=["sh", "-c", f'exec "$@" {redirection}', "sh"])
 
     def assert_commands_saw_only_their_own(self, report):
         contents = [content for _, content in report_text.blocks(report)]

@@ -60,7 +60,7 @@ class LimitTest(SurroundingsTest):
         self.addCleanup(os.close, writer)
         with os.fdopen(reader) as reading:
             ended = self.run_test_build(["-s", "-c", "-o=F"], ["exec cat"] * ALL, prefix=self.descriptors(64),
-                                      stdin=reading)
+                                        stdin=reading)
         self.assertEqual((ended.status, ended.stdout), (-signal.SIGABRT, b""))
         self.assertEqual(ended.messages, [f"{ENDED_BY_ERROR} cannot run /bin/sh: Too many open files"])
         self.assert_only_files(self.home, [])
@@ -107,7 +107,7 @@ while True:
 
     def run_with(self, processes, commands, **others):
         return self.run_test_build(["-s"], commands, prefix=[*self.BECOME, "prlimit", f"--nproc={processes}", "--"],
-                                 **others)
+                                   **others)
 
     def processes(self):
         listed = subprocess.run(["ps", "-o", "stat=", "-U", str(self.STRANGER)], capture_output=True, text=True).stdout

@@ -95,7 +95,7 @@ class SecureTransportTest(TlsTest):
         ended = self.submit(["seq 100000", "printf '\\303\\244\\r\\n--\\n'"])
         self.assertEqual(ended.status, 0)
         report = report_text.report([("seq 100000", "".join(f"{i}\n" for i in range(1, 100001))),
-                                 ("printf '\\303\\244\\r\\n--\\n'", "\u00e4\r\n--\n")])
+                                     ("printf '\\303\\244\\r\\n--\\n'", "\u00e4\r\n--\n")])
         self.assertEqual([file[:2] for file in self.receiver.files], [("file", "test.bin")])
         self.assert_same_text(self.receiver.files[0][2], report)
 
@@ -129,7 +129,7 @@ class SecureTransportTest(TlsTest):
         silent = http_server.Server(lambda exchange: exchange.wait_until_closed_by_client(), at_connect=True)
         self.addCleanup(silent.close)
         ended = self.run_test_build(["-s"], submit=f"https://127.0.0.1:{silent.port}/diagnosticsubmit",
-                                  env={"STAND_IN_STALL_MS": 300})
+                                    env={"STAND_IN_STALL_MS": 300})
         self.assert_submission_failed(ended, report_text.report())
 
     def test_through_a_proxy(self):

@@ -36,7 +36,8 @@ class StallTest(program_tests.ProgramTest):
 
         whole = http_server.head(200, 100)
         for name, sent in [("without an answer", b""), ("inside the head", whole[:20]), ("after the head", whole),
-                           ("inside the body", whole + b"http://results"), ("inside an error", http_server.head(500, 9))]:
+                           ("inside the body", whole + b"http://results"),
+                           ("inside an error", http_server.head(500, 9))]:
             with self.subTest(name):
                 server = http_server.Server(after(sent))
                 ended = self.submit(server, env={"STAND_IN_STALL_MS": 300})

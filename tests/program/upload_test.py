@@ -157,7 +157,8 @@ class RedirectTest(UploadTest):
         for status, method in ((301, "GET"), (302, "GET"), (303, "GET"), (307, "POST"), (308, "POST")):
             for body in (b"", b"moved"):
                 with self.subTest(status=status, body=body):
-                    server = self.serve(http_server.reply(body, status, ["Location: /page"]), http_server.reply(self.PAGE))
+                    server = self.serve(http_server.reply(body, status, ["Location: /page"]),
+                                        http_server.reply(self.PAGE))
                     self.assert_accepted(self.submit(server), self.PAGE)
                     first, second = server.requests
                     self.assertEqual((first.method, first.target), ("POST", "/diagnosticsubmit"))
