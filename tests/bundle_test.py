@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 Halvik
 # SPDX-License-Identifier: Apache-2.0
-"""What macOS is told about the program. CMake lays a bundle out on any system; nothing is compiled here."""
+"""What macOS knows about the program. CMake lays a bundle out on any system; nothing is compiled here."""
 
 import pathlib
 import plistlib

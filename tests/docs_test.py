@@ -19,7 +19,7 @@ METAINFO = ROOT / "share/linux/example.halvik.Diagnostic.metainfo.xml"
 
 
 class Options(unittest.TestCase):
-    """Each place tells of each option, in every way to write it, and of no other."""
+    """Each place lists each option, in every way to write it, and of no other."""
 
     def assert_complete(self, written):
         self.assertEqual(sorted(map(sorted, written)), sorted(map(sorted, option_table.signatures())))

@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 Halvik
 # SPDX-License-Identifier: Apache-2.0
 
-"""The options as the program itself knows them: what it is told in other places is held against these."""
+"""The options as the program itself knows them: what is written in other places is held against these."""
 
 import os
 import re

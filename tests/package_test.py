@@ -100,7 +100,7 @@ class Contents(unittest.TestCase):
         self.assertEqual(sorted(str(path.relative_to(folder / "tree")) for path in found), FILES)
 
     def test_no_file_grants_rights(self):
-        """All are root's, and nobody else's to change; none lends its owner's rights."""
+        """All are root's, and nobody else's to change; none is setuid."""
         listed = output("dpkg-deb", "--contents", package).decode().splitlines()
         self.assertGreater(len(listed), len(FILES))
         for line in listed:

@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 Halvik
 # SPDX-License-Identifier: Apache-2.0
-"""What a desktop is told about the program: its entry in the menu, its description and its icon."""
+"""What a desktop knows about the program: its entry in the menu, its description and its icon."""
 
 import configparser
 import io

@@ -21,7 +21,7 @@ PROGRAM_TARGETS = ["stand_in_diagnostic", "halvik-diagnostic", "halvik-diagnosti
 
 # Files of tests/program, the quickest first. No unit test sees what they alone see.
 PROGRAM_TESTS = {
-    "app/entry.cpp": ["companion", "output_file", "standard_output", "command_line"],
+    "app/entry.cpp": ["helper_executables", "output_file", "standard_output", "command_line"],
     "app/main_controller.cpp": ["output_file", "trimming", "command_line", "delivery", "signals"],
     "app/options.cpp": ["output_file", "command_line"],
     "diagnostics/beacon_log_run.cpp": ["beacon_log"],

@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 Halvik
 # SPDX-License-Identifier: Apache-2.0
-"""Runs the whole program again and again, each time with one of its system calls failing, and judges what came of it.
+"""Runs the whole program again and again, each time with one of its system calls failing, and judges the result.
 
 usage: scripts/inject_failures [options]
 
@@ -15,7 +15,7 @@ usage: scripts/inject_failures [options]
 
 Prints two tables, the second one shorter, and ends with status 1 if a run was bad. Needs what
 `scripts/install_packages test` installs, and a machine that permits namespaces; no packet leaves it.
-docs/reliability.md tells what is judged, and what has come of it.
+docs/reliability.md says what is judged, and with what results.
 """
 
 import argparse

@@ -47,22 +47,22 @@ class Exchange:
         head, _, self.unread = self.unread.partition(b"\r\n\r\n")
         length = re.search(rb"^content-length: *(\d+)", head, re.IGNORECASE | re.MULTILINE)
         length = int(length[1]) if length else 0
-        pieces = [self.unread]
+        chunks = [self.unread]
         missing = length - len(self.unread)
         while missing > 0:
-            piece = self.connection.recv(min(missing, 1 << 20))
-            if not piece:
+            chunk = self.connection.recv(min(missing, 1 << 20))
+            if not chunk:
                 return None
-            pieces.append(piece)
-            missing -= len(piece)
-        data = b"".join(pieces)
+            chunks.append(chunk)
+            missing -= len(chunk)
+        data = b"".join(chunks)
         self.request, self.unread = Request(head, data[:length]), data[length:]
         return self.request
 
     def _read_more(self):
-        piece = self.connection.recv(65536)
-        self.unread += piece
-        return piece
+        chunk = self.connection.recv(65536)
+        self.unread += chunk
+        return chunk
 
     def send(self, data):
         self.connection.sendall(data)
@@ -193,7 +193,7 @@ def head(status=200, length=None, fields=()):
 
 
 def reply(body=b"", status=200, fields=()):
-    """A script that sends one whole reply in one piece and closes."""
+    """A script that sends one whole reply at once and closes."""
     def script(exchange):
         exchange.send(head(status, len(body), ["Connection: close", *fields]) + body)
         exchange.close()

@@ -140,7 +140,7 @@ class Window:
         self.window.configure(width=width, height=height)
         self.screen.display.sync()
 
-    def lose(self):
+    def break_connection(self):
         """Breaks the program's connection to the display, as the end of the display would."""
         self.window.kill_client()
         self.screen.display.flush()

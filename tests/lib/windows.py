@@ -56,7 +56,7 @@ class WindowedTest(program_tests.ProgramTest):
         self.folder.chmod(0o700)
         return super().environment({
             "DISPLAY": self.screen.name, "QT_QPA_PLATFORM": "xcb", "XDG_RUNTIME_DIR": self.folder,
-            # Without a bus the toolkit's library would start one, which nobody would end.
+            # Without a bus Qt's library would start one, which nobody would end.
             "DBUS_SESSION_BUS_ADDRESS": "disabled:", "PATH": f"{self.desktop.programs}:{os.environ['PATH']}",
             "XDG_DATA_HOME": self.desktop.data,
             **(changes or {})})

@@ -230,7 +230,7 @@ class BeaconLogTest(program_tests.ProgramTest):
             self.create(folder, "log", "text\n")
             self.addCleanup((self.logs / folder).chmod, 0o755)
         (self.logs / "ipblock").chmod(0o111)  # cannot be listed
-        (self.logs / "probe").chmod(0o444)  # can be listed, but nothing is told of its entries
+        (self.logs / "probe").chmod(0o444)  # can be listed, but its entries cannot be looked at
         (self.logs / "service" / "log").chmod(0)
         # Permissions bind root as well then, and ping can still be run, to which some systems give a privilege.
         self.prefix = [*self.prefix, "setpriv", "--bounding-set=-dac_override,-dac_read_search", "--"]

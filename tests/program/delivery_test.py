@@ -148,7 +148,7 @@ class TextTest(program_tests.ProgramTest):
 
 class AmountTest(program_tests.ProgramTest):
     def test_every_byte_of_many_talkative_commands(self):
-        """Each command writes a megabyte to either stream, to both at once and in the pieces that pipes make of it."""
+        """Each command writes a megabyte to either stream, to both at once and in the chunks that pipes make of it."""
         def numbers(first):
             return range(first, first + 130000)
 
@@ -168,8 +168,8 @@ class AmountTest(program_tests.ProgramTest):
         self.assertEqual(ended.status, 0)
 
     def test_pieces_that_end_inside_characters(self):
-        pieces = "; ".join(f"printf '\\{byte:o}'; /bin/true" for byte in "\u00e9\u20ac\U0001f600".encode() * 20)
-        outputs = [(pieces, "\u00e9\u20ac\U0001f600" * 20), ("exec >&2; " + pieces, "", "\u00e9\u20ac\U0001f600" * 20)]
+        chunks = "; ".join(f"printf '\\{byte:o}'; /bin/true" for byte in "\u00e9\u20ac\U0001f600".encode() * 20)
+        outputs = [(chunks, "\u00e9\u20ac\U0001f600" * 20), ("exec >&2; " + chunks, "", "\u00e9\u20ac\U0001f600" * 20)]
         ended = self.run_test_build(["-s", "-c"], [line for line, *_ in outputs])
         self.assert_same_text(ended.stdout, report_text.report(outputs) + b"\n")
 

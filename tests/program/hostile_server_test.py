@@ -70,10 +70,10 @@ class HostileTest(program_tests.ProgramTest):
         return self.run_test_build(["-s"], submit=self.server.url(), **others)
 
     def assert_refused(self, ended, reason, connections=1):
-        """The upload failed for that reason, which is told, and was tried once."""
+        """The upload failed for that reason, which is logged, and was tried once."""
         self.assert_submission_failed(ended, report_text.report())
         self.desktop_file.unlink()
-        failed, saved, told = ended.messages
+        failed, saved, _ = ended.messages
         self.assertRegex(failed, "^sending to http://127.0.0.1:[0-9]+/diagnosticsubmit failed: " + reason + "$")
         self.assertRegex(saved, "^saving the report to ")
         self.assertEqual(self.server.connections, connections)
@@ -273,7 +273,7 @@ class ReplyTextTest(HostileTest):
                 self.assert_accepted(self.submit(http_server.reply(reply)), reply)
 
     def test_a_long_one(self):
-        """Sent in pieces as the network likes, it is represented by its end."""
+        """Sent in chunks as the network likes, it is represented by its end."""
         reply = b"https://a/" + b"x" * 60000
         ended = self.submit(http_server.reply(reply))
         self.assertEqual((ended.stderr, ended.status), (b"", 0))
@@ -326,7 +326,7 @@ class FamilyTest(program_tests.ProgramTest):
 
     @isolation.needs_namespaces
     def test_a_host_that_swallows_what_is_sent_by_one_family(self):
-        """Its queue is full, so that connection requests are dropped without a word: a moment lost, not the upload."""
+        """Its queue is full, so that connection requests go unanswered: a moment lost, not the upload."""
         def swallow(server):
             listener = socket.socket(socket.AF_INET6)
             self.addCleanup(listener.close)

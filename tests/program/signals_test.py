@@ -93,7 +93,7 @@ class EndTest(SignalTest):
                     self.assert_nobody_is_left()
                     self.assertFalse((self.work / "F").exists())
 
-    @unittest.skipUnless(builds.PLATFORM == "linux", "only Linux tells children of the end of their parent")
+    @unittest.skipUnless(builds.PLATFORM == "linux", "only Linux signals the end of a parent to its children")
     def test_an_end_without_a_warning(self):
         process = self.start_run(["-s", "-o=F"], [WAIT] * ALL)
         self.wait_for_commands(ALL)
@@ -158,7 +158,7 @@ class EndTest(SignalTest):
 
     @isolation.needs_namespaces
     def test_while_the_name_of_the_server_is_looked_up(self):
-        """That is done by a thread of the toolkit's, which the system may choose to hand the signal to."""
+        """That is done by a thread of Qt's, which the system may choose to hand the signal to."""
         self.look_up_names_at_port_53()
         for number in ENDING:
             with self.subTest(number.name), socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as mute:

@@ -59,7 +59,7 @@ class StallTest(program_tests.ProgramTest):
                 self.desktop_file.unlink()
 
     def test_a_server_that_does_not_even_accept(self):
-        """Its queue is full, so that further connection requests are dropped without a word."""
+        """Its queue is full, so that further connection requests are dropped without an answer."""
         listener = socket.socket()
         self.addCleanup(listener.close)
         listener.bind(("127.0.0.1", 0))
@@ -88,7 +88,7 @@ class SlowProgressTest(program_tests.ProgramTest):
 
     STALL_MS = 10_000
     PAUSE = 0.7
-    PIECES = 16
+    CHUNKS = 16
 
     def submit(self, server, commands=()):
         ended = self.run_test_build(["-s"], commands, submit=server.url(), env={"STAND_IN_STALL_MS": self.STALL_MS})
@@ -97,8 +97,8 @@ class SlowProgressTest(program_tests.ProgramTest):
 
     def test_a_slow_answer(self):
         def script(exchange):
-            exchange.send(http_server.head(200, self.PIECES))
-            for i in range(self.PIECES):
+            exchange.send(http_server.head(200, self.CHUNKS))
+            for i in range(self.CHUNKS):
                 time.sleep(self.PAUSE)
                 exchange.send(b"%x" % i)
 
@@ -111,7 +111,7 @@ class SlowProgressTest(program_tests.ProgramTest):
 
         def script(exchange):
             while not read.endswith(upload_form.TAIL):
-                if len(read) // (len(LARGE) // self.PIECES) < len(pauses):
+                if len(read) // (len(LARGE) // self.CHUNKS) < len(pauses):
                     read.extend(exchange.connection.recv(65536))
                 else:
                     time.sleep(self.PAUSE)
@@ -121,7 +121,7 @@ class SlowProgressTest(program_tests.ProgramTest):
         pauses = [0]
         ended = self.submit(http_server.Server(script, at_connect=True, receive_buffer=4096), ["cat filler"])
         self.assertEqual((ended.stdout, ended.status), (b"url=" + RESULTS_URL + b"\n", 0))
-        self.assertGreaterEqual(len(pauses), self.PIECES)
+        self.assertGreaterEqual(len(pauses), self.CHUNKS)
         self.assertTrue(read.endswith(upload_form.around(report_text.report([("cat filler", LARGE)]))))
 
 

@@ -69,7 +69,7 @@ class Control:
         self.is_focused = states.contains(Atspi.StateType.FOCUSED)
         self.is_editable = states.contains(Atspi.StateType.EDITABLE)
         role = accessible.get_role_name()
-        # Of a text that nobody can edit the toolkit says that it is a label, but one with many lines that the keyboard
+        # Of a text that nobody can edit Qt says that it is a label, but one with many lines that the keyboard
         # reaches, and whose text can be read piece by piece.
         if ("Text" in accessible.get_interfaces() and states.contains(Atspi.StateType.MULTI_LINE)
                 and states.contains(Atspi.StateType.FOCUSABLE) and not self.is_editable):

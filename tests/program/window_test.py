@@ -413,7 +413,7 @@ class EndTest(windows.WindowedTest):
     def test_a_display_that_goes_away_in_the_middle_of_a_run(self):
         server = self.serve()
         self.start_commands(server)
-        self.window.lose()
+        self.window.break_connection()
         self.assert_ended_without_display()
         self.wait_for_commands("ended")
         self.assertEqual(server.connections, 0)
@@ -424,7 +424,7 @@ class EndTest(windows.WindowedTest):
         self.open_window(commands=["echo here"], submit=server.url())
         self.window.press("Return")
         polling.wait_until(lambda: server.requests, "the report has been received", self.process)
-        self.window.lose()
+        self.window.break_connection()
         self.assert_ended_without_display()
         self.assert_same_text(self.desktop_file.read_bytes(), report_text.report([("echo here", "here\n")]))
 

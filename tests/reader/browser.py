@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 Halvik
 # SPDX-License-Identifier: Apache-2.0
 
-"""A real browser that shows pages of halvik-report from files, and tells of every request and complaint."""
+"""A real browser that shows pages of halvik-report from files, and lists every request and complaint."""
 
 import base64
 import json

@@ -54,6 +54,6 @@ if builds.PLATFORM == "posix":
 
 # What passes by definition, and whose callers try again until it has.
 PASSING = ["EINTR", "EAGAIN"]
-# The toolkit's loop asks again and again. The system refuses poll only when it has no room for the caller's list, which
+# Qt's loop asks again and again. The system refuses poll only when it has no room for the caller's list, which
 # for lists of this length it never needs to look for.
 NOT_FOREVER = ["poll", "ppoll"]

@@ -14,7 +14,7 @@ import builds
 import system_calls
 from failing_calls.scenarios import BIG, GUARD_SECONDS, OUTPUTS, REPORT, BadOutcome
 
-LEAVE_SECONDS = 20  # what the program has told to end needs no time at all
+LEAVE_SECONDS = 20  # what the program has asked to end needs no time at all
 STALL_MS = 2000
 # Enough for a run. Built for POSIX alone, the program looks at each number below the limit.
 DESCRIPTORS = (256, 300)
@@ -86,7 +86,7 @@ class Run:
         return path.read_bytes() if path.is_file() else None
 
     def _judge(self):
-        told = f"status {self.status}: {self.messages.strip()[-300:]}"
+        ending = f"status {self.status}: {self.messages.strip()[-300:]}"
         try:
             if self.hanging:
                 raise BadOutcome(f"hangs: {self.hanging}")
@@ -99,14 +99,14 @@ class Run:
                     and "could not save diagnostic_results.txt" not in self.messages):
                 raise BadOutcome("the report has not been saved")
             if self.scenario.is_delivered(self):
-                return WHOLE, told
+                return WHOLE, ending
         except BadOutcome as outcome:
-            return BAD, f"{outcome}; {told}"
+            return BAD, f"{outcome}; {ending}"
         if is_kept and "saving the report to" in self.messages:
-            return KEPT, told
+            return KEPT, ending
         if self.status == 0 and not self.messages:
-            return BAD, f"no word of a failure; {told}"
-        return TOLD, told
+            return BAD, f"no message about a failure; {ending}"
+        return TOLD, ending
 
     def _look_at_files(self):
         """Whether a whole report has been put into a safe place. Raises BadOutcome about any other file."""

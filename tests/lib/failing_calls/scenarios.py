@@ -109,7 +109,7 @@ class Fallback(Scenario):
 class Window(Scenario):
     """A run is started in the window, and the window is closed when the outcome is shown.
 
-    What the toolkit, its fonts and the X server need before the window stands is none of this program's doing: calls
+    What Qt, its fonts and the X server need before the window stands is none of this program's doing: calls
     fail from the moment on at which the start button is pressed. If the window then shows that the upload has failed,
     trouble is over, and a second run in the same window has to be delivered.
     """
@@ -151,7 +151,7 @@ class Window(Scenario):
         if self.outcomes[0] == "failure" and self.outcomes[1:] != ["link"]:
             raise BadOutcome(f"a second run in the same window: {self.outcomes[1]}")
         if self.outcomes[-1] == "end" and not run.messages and not self.is_mute:
-            raise BadOutcome("the window has gone without a word")
+            raise BadOutcome("the window has gone without a message")
         return self.outcomes == ["link"] and run.status == 0
 
 

@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 Halvik
 # SPDX-License-Identifier: Apache-2.0
 
-"""Which calls of a scenario are to fail, by which errors, and what comes of each."""
+"""Which calls of a scenario are to fail, by which errors, and the result of each."""
 
 import collections
 import errno

@@ -26,7 +26,7 @@ LINES = [line for line, *_ in OUTPUTS]
 REPORT = report_text.report(OUTPUTS)
 
 
-class SurroundingsTest(program_tests.ProgramTest):
+class EnvironmentTest(program_tests.ProgramTest):
     def fail_to_submit(self, **others):
         submit = f"http://127.0.0.1:{http_server.unreachable_port(self)}/diagnosticsubmit"
         return self.run_test_build(["-s"], LINES, submit=submit, **others)
@@ -44,7 +44,7 @@ class SurroundingsTest(program_tests.ProgramTest):
         self.assert_same_text((self.work / "F").read_bytes(), REPORT)
 
 
-class LimitTest(SurroundingsTest):
+class LimitTest(EnvironmentTest):
     @staticmethod
     def descriptors(number):
         return ["sh", "-c", f'ulimit -n {number}; exec "$@"', "sh"]
@@ -77,7 +77,7 @@ class LimitTest(SurroundingsTest):
 
 
 @unittest.skipUnless(os.geteuid() == 0, "only root can become a user without any other process")
-class ProcessLimitTest(SurroundingsTest):
+class ProcessLimitTest(EnvironmentTest):
     # Nobody is given numbers as high as this, and every run of this file has its own: no other process counts for the
     # limits of this user.
     STRANGER = 2_000_000_000 + os.getpid()
@@ -130,13 +130,13 @@ while True:
         self.assert_only_files(self.home, [])
         polling.wait_until(lambda: not self.processes(), "the commands have ended")
 
-    def test_the_rights_of_another_user(self):
-        """Nothing is done with them, whoever has marked the program so."""
+    def test_setuid(self):
+        """Nothing is done with the owner's rights, whoever has set the bit."""
         owned = self.folder / "owned"
         shutil.copy(builds.test_build(), owned)
         owned.chmod(0o4755)
         if os.statvfs(owned).f_flag & os.ST_NOSUID:
-            self.skipTest("no program lends its owner's rights here")
+            self.skipTest("no program is setuid here")
         ended = self.finish(self.start(str(owned), ["-s", "-c", "-o=F"], prefix=self.BECOME))
         self.assertNotEqual(ended.status, 0)
         self.assertEqual(ended.stdout, b"")
@@ -157,7 +157,7 @@ while True:
             self.assert_submission_failed(ended, report_text.report([(":",)] * (ALL - 1) + [(line,)]))
 
 
-class FolderTest(SurroundingsTest):
+class FolderTest(EnvironmentTest):
     def assert_saved(self, ended, path):
         self.assertEqual(ended.status, 1)
         self.assert_same_text(path.read_bytes(), REPORT)
@@ -195,10 +195,10 @@ class FolderTest(SurroundingsTest):
             with self.subTest(place):
                 ended = self.fail_to_submit(env={"HOME": "/proc", "TMPDIR": place})
                 [saving] = [message for message in ended.messages if message.startswith("saving ")]
-                told = re.fullmatch(r"saving the report to (/(?:var/)?tmp/halvik-diagnostic-\w{6})"
-                                    r"/diagnostic_results\.txt", saving)
-                self.assertTrue(told, saving)
-                folder = told[1]
+                named = re.fullmatch(r"saving the report to (/(?:var/)?tmp/halvik-diagnostic-\w{6})"
+                                     r"/diagnostic_results\.txt", saving)
+                self.assertTrue(named, saving)
+                folder = named[1]
                 self.assertEqual(os.stat(folder).st_mode & 0o777, 0o700)
                 self.assertEqual(os.listdir(folder), ["diagnostic_results.txt"])
                 with open(f"{folder}/diagnostic_results.txt", "rb") as file:
@@ -233,7 +233,7 @@ class FolderTest(SurroundingsTest):
                 self.assert_only_files(self.work, [])
 
 
-class SettingTest(SurroundingsTest):
+class SettingTest(EnvironmentTest):
     def test_locales(self):
         """Nothing that is written depends on one, whether the machine has it or not."""
         for locale in ("C", "C.UTF-8", "tr_TR", "tr_TR.UTF-8", "xx_XX.nothing", "\u00e4/../..", "x" * 10000, ""):
@@ -261,7 +261,7 @@ class SettingTest(SurroundingsTest):
             self.assert_submission_failed(self.fail_to_submit(env={"TZ": zone}), REPORT)
 
 
-class BesideTest(SurroundingsTest):
+class BesideTest(EnvironmentTest):
     def test_runs_that_write_the_same_file(self):
         """The file is always the whole report of one of them."""
         runs = 6

@@ -1,7 +1,8 @@
 # SPDX-FileCopyrightText: 2026 Halvik
 # SPDX-License-Identifier: Apache-2.0
 
-"""The program has the libraries of the lightest run only: it goes on as a companion to send its report or open a window."""
+"""The program has the libraries of the lightest run only: to send its report or open a window, it becomes a helper
+executable."""
 
 import os
 import pathlib
@@ -26,7 +27,7 @@ printf '<%s>' "$@"
 """
 
 
-class CompanionTest(program_tests.ProgramTest):
+class HelperExecutableTest(program_tests.ProgramTest):
     def setUp(self):
         super().setUp()
         self.program = self.folder / "bin/halvik-diagnostic"
@@ -34,7 +35,7 @@ class CompanionTest(program_tests.ProgramTest):
         shutil.copy(builds.program(), self.program)
 
     def place(self, folder, name=WINDOW):
-        """Puts a script in the place of a companion, below the folder of the program."""
+        """Puts a script in the place of a helper executable, below the folder of the program."""
         path = self.program.parent / folder / name
         path.parent.mkdir(parents=True, exist_ok=True)
         path.write_text(SCRIPT)
@@ -63,7 +64,7 @@ class CompanionTest(program_tests.ProgramTest):
             self.assertIn(str(path).encode(), self.ended().stdout.splitlines()[0])
 
     @isolation.needs_namespaces
-    @unittest.skipUnless(builds.PLATFORM == "linux", "what the toolkit does is its own matter")
+    @unittest.skipUnless(builds.PLATFORM == "linux", "what Qt does is its own matter")
     def test_is_found_without_proc_and_through_a_link(self):
         path = self.place("libexec")
         (self.folder / "link").symlink_to(self.program)
@@ -72,7 +73,7 @@ class CompanionTest(program_tests.ProgramTest):
         self.assertIn(str(path), output.stdout.splitlines()[0])
 
     @isolation.needs_namespaces
-    @unittest.skipUnless(builds.PLATFORM == "linux", "what the toolkit does is its own matter")
+    @unittest.skipUnless(builds.PLATFORM == "linux", "what Qt does is its own matter")
     @unittest.skipIf(builds.is_sanitized(), "without /proc the sanitizer mistakes an error that is thrown for a fault")
     def test_is_not_looked_for_in_the_working_directory(self):
         """Where the system does not tell a program where it is."""
@@ -135,7 +136,7 @@ class CompanionTest(program_tests.ProgramTest):
         def has_changed():
             return (facts / "exe").readlink().name == WINDOW and (facts / "cmdline").read_bytes()
 
-        polling.wait_until(lambda: process.poll() is not None or has_changed(), "the program has become its companion")
+        polling.wait_until(lambda: process.poll() is not None or has_changed(), "the program has become its helper")
         self.assertEqual((facts / "cmdline").read_bytes().split(b"\0")[0], os.fsencode(builds.program()))
         self.assertIsNone(process.poll())
 
