@@ -322,10 +322,6 @@ class MutateTest(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    for module in ("clang.cindex", "tomllib"):
-        try:
-            __import__(module)
-        except ImportError:
-            skipping.skip_file(f"python3 has no {module}")
+    skipping.require_modules("clang.cindex", "tomllib")
     skipping.require_tools("cmake", "ninja", "ld.gold", "unshare", "ip")
     unittest.main()

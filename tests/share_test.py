@@ -11,11 +11,9 @@ import xml.etree.ElementTree
 import project
 import skipping
 
-try:
-    import PIL.Image
-    import PIL.ImageChops
-except ImportError:
-    skipping.skip_file("not installed: python3-pil")
+skipping.require_modules("PIL")
+import PIL.Image
+import PIL.ImageChops
 
 SHARE = project.ROOT / "share/linux"
 PROGRAM = "halvik-diagnostic"

@@ -16,10 +16,8 @@ import report_text
 import skipping
 
 skipping.require_tools("Xvfb", "xdotool", "xclip", "chromium", "xdg-open", "file")
-try:
-    import windows
-except ModuleNotFoundError as error:
-    skipping.skip_file(f"not installed: the Python module {error.name}")
+skipping.require_modules("PIL", "Xlib")
+import windows
 
 import machine
 

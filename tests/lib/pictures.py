@@ -87,12 +87,14 @@ class Picture:
         return self.mask(WHITE).crop(inside).getbbox() is not None
 
     @property
+    def is_painted(self):
+        """Whether a purpose, three fields and a button can be seen."""
+        return len(self.bands()) > 4
+
+    @property
     def start_button(self):
         """Before the first run only, when nothing stands below."""
         return self.pieces(self.bands()[-1])[-1]
-
-    def reaches_below(self, box):
-        return self.bands()[-1].bottom > box.bottom
 
     @property
     def link_buttons(self):

@@ -3,6 +3,7 @@
 
 """How a test file says that it is skipped whole."""
 
+import importlib
 import os
 import shutil
 import sys
@@ -21,3 +22,12 @@ def require_tools(*names):
     missing = [name for name in names if not shutil.which(name)]
     if missing:
         skip_file(f"not installed: {', '.join(missing)}")
+
+
+def require_modules(*names):
+    """Skips the calling test file where one of these Python modules is not installed."""
+    for name in names:
+        try:
+            importlib.import_module(name)
+        except ImportError:
+            skip_file(f"not installed: the Python module {name}")

@@ -123,7 +123,11 @@ class Window:
 
     def click(self, box):
         place = self.window.get_geometry()
-        self.xdotool("mousemove", place.x + box.middle[0], place.y + box.middle[1])
+        self.click_at(place.x + box.middle[0], place.y + box.middle[1])
+
+    def click_at(self, x, y):
+        """Clicks at a place of the screen."""
+        self.xdotool("mousemove", x, y)
         self.xdotool("click", 1)
 
     def picture(self):

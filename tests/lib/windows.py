@@ -86,9 +86,12 @@ class WindowedTest(program_tests.ProgramTest):
         self.process = self.start_test_build(options, commands, **others)
         self.window = self.screen.wait_for_window(TITLE, self.process)
 
+    def wait_until_painted(self):
+        return self.window.wait_for(lambda picture: picture.is_painted, "the window is painted")
+
     def start_button(self):
         """Where it is. Call this before the first run."""
-        return self.window.wait_for(lambda picture: len(picture.bands()) > 4, "the window is painted").start_button
+        return self.wait_until_painted().start_button
 
     def finish_run(self):
         """Lets the run that has been started end, and waits until its outcome is on the screen."""

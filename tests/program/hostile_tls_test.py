@@ -18,10 +18,8 @@ import program_tests
 import report_text
 import skipping
 
-try:
-    import tls
-except ImportError:
-    skipping.skip_file("the form parser (python3-werkzeug) is not installed")
+skipping.require_modules("werkzeug")
+import tls
 
 OTHER = "other.halvik.example"
 SUBMIT = f"https://{tls.HOST}/diagnosticsubmit"

@@ -11,11 +11,9 @@ import builds
 import isolation
 import skipping
 
-try:
-    import system_calls
-    from failing_calls import runs, scenarios, stages, sweep
-except ModuleNotFoundError as error:
-    skipping.skip_file(f"not installed: the Python module {error.name}")
+skipping.require_modules("seccomp")
+import system_calls
+from failing_calls import runs, scenarios, stages, sweep
 
 RUNS = 70  # of each scenario
 RUNS_WITH_WINDOW = 12  # which take longer

@@ -9,10 +9,8 @@ import roots
 import skipping
 
 skipping.require_tools("Xvfb", "xdotool")
-try:
-    import windows
-except ModuleNotFoundError as error:
-    skipping.skip_file(f"not installed: the Python module {error.name}")
+skipping.require_modules("PIL", "Xlib")
+import windows
 
 
 class SkivraBetweenRunsTest(windows.WindowedTest):

@@ -16,10 +16,8 @@ import program_tests
 import report_text
 import skipping
 
-try:
-    import tls
-except ImportError:
-    skipping.skip_file("the form parser (python3-werkzeug) is not installed")
+skipping.require_modules("werkzeug")
+import tls
 
 SUBMIT = f"https://{tls.HOST}/diagnosticsubmit"
 

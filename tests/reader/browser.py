@@ -15,12 +15,10 @@ import polling
 import skipping
 
 skipping.require_tools("chromium", "chromedriver", "pdftotext")
-try:
-    from selenium import webdriver
-    from selenium.webdriver.chrome.service import Service
-    from selenium.webdriver.support.ui import WebDriverWait
-except ModuleNotFoundError as error:
-    skipping.skip_file(f"not installed: the Python module {error.name}")
+skipping.require_modules("selenium")
+from selenium import webdriver
+from selenium.webdriver.chrome.service import Service
+from selenium.webdriver.support.ui import WebDriverWait
 
 import pages
 

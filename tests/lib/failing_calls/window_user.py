@@ -52,7 +52,7 @@ class WindowUser:
 
     def wait_for_idle_window(self):
         self.window = self._wait_for(lambda: next(iter(self.screen.windows(windows.TITLE)), None), "the window")
-        self._wait_for(lambda: len(self.screen.picture(self.window).bands()) > 4, "what is in the window")
+        self._wait_for(lambda: self.screen.picture(self.window).is_painted, "what is in the window")
         polling.wait_until_idle(self.process.pid)
 
     def start_and_look(self, before=None):
