@@ -32,7 +32,7 @@ PROGRAM_TESTS = {
     "diagnostics/test_plan_run.cpp": ["output_file", "command_line", "beacon_log", "real_plan"],
     "diagnostics/test_starter.cpp": ["real_plan"],
     "report/delivery.cpp": ["trimming", "output_file", "desktop_fallback", "delivery", "standard_output", "upload",
-                            "hostile_server"],
+                            "hostile_server", "hostile_reply"],
     "report/http.cpp": ["upload"],
     "report/multipart.cpp": ["upload"],
     "report/report.cpp": ["output_file"],
