@@ -11,12 +11,13 @@ import subprocess
 import tempfile
 import unittest
 
+import builds
 import endpoints
 import plan
 import project
 import skipping
 
-BUILD = pathlib.Path(os.environ["HALVIK_DIAGNOSTIC"]).parent
+BUILD = builds.folder()
 LIBRARIES = "usr/lib/*/qt6/plugins"
 
 FILES = """

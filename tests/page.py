@@ -3,14 +3,14 @@
 
 """The manual page of this build, taken apart."""
 
-import os
-import pathlib
 import re
 import subprocess
 
+import builds
+
 
 def path():
-    return pathlib.Path(os.environ["HALVIK_DIAGNOSTIC"]).parent / "halvik-diagnostic.1"
+    return builds.folder() / "halvik-diagnostic.1"
 
 
 def section(name):

@@ -11,11 +11,12 @@ import subprocess
 import tempfile
 import unittest
 
+import builds
 import skipping
 from project import ROOT
 
 PLAYBOOKS = ROOT / "share/ansible"
-BUILD = pathlib.Path(os.environ["HALVIK_DIAGNOSTIC"]).parent
+BUILD = builds.folder()
 
 # A system of its own over the machine's, for what is installed in it: it goes with the process. apt knows no source
 # there.

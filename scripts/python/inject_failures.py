@@ -125,7 +125,7 @@ def main():
         isolation.raise_loopback()
         work(OPTIONS.worker)
         return 0
-    prefix = isolation.namespace_prefix()
+    prefix = isolation.namespace_prefix("--net")
     if prefix is None:
         sys.exit("inject_failures: this machine permits no network and mount namespaces")
     tally = Tally()

@@ -19,8 +19,18 @@ def test_build():
     return os.path.abspath(os.environ["HALVIK_STAND_IN"])
 
 
+def report_reader():
+    """The reader of reports."""
+    return os.path.abspath(os.environ["HALVIK_REPORT"])
+
+
+def folder():
+    """Where the program was built."""
+    return pathlib.Path(program()).parent
+
+
 def is_sanitized():
-    """Whether the program was built with sanitizers, which take memory, system calls and descriptors of their own."""
+    """Whether all was built with sanitizers, which take memory, system calls and descriptors of their own."""
     return b"__asan_init" in pathlib.Path(test_build()).read_bytes()
 
 

@@ -40,7 +40,7 @@ def run_tests(needs_namespaces=False):
         if builds.PLATFORM == "posix":
             place_planned_tools()
     else:
-        prefix = namespace_prefix()
+        prefix = namespace_prefix("--net")
         if prefix:
             os.environ[ISOLATED] = "1"
             os.execvp(prefix[0], prefix + [sys.executable, *sys.orig_argv[1:]])
@@ -49,9 +49,10 @@ def run_tests(needs_namespaces=False):
     unittest.main(module="__main__")
 
 
-def namespace_prefix():
-    """The command that starts another one inside new namespaces, or None where the machine forbids them."""
-    own = ["unshare", "--net", "--mount", "--propagation", "private"]
+def namespace_prefix(*kinds):
+    """The command that starts another one inside new namespaces of these kinds and with mounts of its own, or None where
+    the machine forbids them."""
+    own = ["unshare", *kinds, "--mount", "--propagation", "private"]
     as_user = ["unshare", "--user", "--map-root-user", *own[1:]]
     for prefix in [own, as_user] if os.geteuid() == 0 else [as_user]:
         attempt = prefix + ["mount", "-t", "tmpfs", "none", tempfile.gettempdir()]

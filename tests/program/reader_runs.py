@@ -3,12 +3,12 @@
 
 """Runs of halvik-report, and the reports that they read."""
 
-import os
 import pathlib
 import subprocess
 import tempfile
 import unittest
 
+import builds
 from project import ROOT
 
 DATA = ROOT / "tests/reader/data"
@@ -17,7 +17,7 @@ NOTHING, PROBLEM, UNREADABLE = 0, 1, 2
 
 
 def run(*arguments, stdin=b"", **options):
-    return subprocess.run([os.environ["HALVIK_REPORT"], *arguments], input=stdin, capture_output=True, timeout=300,
+    return subprocess.run([builds.report_reader(), *arguments], input=stdin, capture_output=True, timeout=300,
                           check=False, **options)
 
 

@@ -4,11 +4,11 @@
 """halvik-report with input that is no report, or means harm."""
 
 import os
-import pathlib
 import resource
 import subprocess
 import unittest
 
+import builds
 from reader_runs import DATA, NOTHING, PROBLEM, SEPARATOR, UNREADABLE, ReaderTest, changed, report, run
 
 
@@ -51,12 +51,12 @@ class BadInput(ReaderTest):
     def test_a_pipe_with_a_name(self):
         pipe = self.work / "pipe"
         os.mkfifo(pipe)
-        with subprocess.Popen([os.environ["HALVIK_REPORT"], pipe], stdout=subprocess.PIPE) as reader:
+        with subprocess.Popen([builds.report_reader(), pipe], stdout=subprocess.PIPE) as reader:
             pipe.write_text(report())
             self.assertIn(b"Nothing found.", reader.communicate(timeout=300)[0])
         self.assertEqual(reader.returncode, NOTHING)
 
-    @unittest.skipIf(b"__asan_init" in pathlib.Path(os.environ["HALVIK_REPORT"]).read_bytes(), "the sanitizer takes memory of its own")
+    @unittest.skipIf(builds.is_sanitized(), "the sanitizer takes memory of its own")
     def test_too_little_memory(self):
         def limit():
             resource.setrlimit(resource.RLIMIT_AS, (200 << 20, 200 << 20))
@@ -71,7 +71,7 @@ class BadInput(ReaderTest):
         name = self.file("name", report() + SEPARATOR + "x" * (64 << 20))
         for file in (account, name):
             for form in ("--json", "--html"):
-                ended = subprocess.run([os.environ["HALVIK_REPORT"], form, file], stdout=subprocess.DEVNULL,
+                ended = subprocess.run([builds.report_reader(), form, file], stdout=subprocess.DEVNULL,
                                        stderr=subprocess.PIPE, preexec_fn=limit, check=False)
                 self.assertEqual((ended.returncode, ended.stderr), (NOTHING, b""))
 
@@ -103,7 +103,7 @@ class BadInput(ReaderTest):
         for arguments in ([file], ["--json", file], ["--html", file], ["--compare", file, file], [file, file], ["--help"],
                           ["--version"]):
             for redirection, message in ((">/dev/full", "No space left"), (">&-", "Bad file descriptor")):
-                ended = subprocess.run(["sh", "-c", f'exec "$@" {redirection}', "sh", os.environ["HALVIK_REPORT"], *arguments],
+                ended = subprocess.run(["sh", "-c", f'exec "$@" {redirection}', "sh", builds.report_reader(), *arguments],
                                        capture_output=True, check=False)
                 self.assert_refused(ended, f"standard output: {message}")
 

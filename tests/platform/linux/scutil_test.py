@@ -13,25 +13,13 @@ import subprocess
 import tempfile
 import unittest
 
+from isolation import namespace_prefix
 from project import ROOT
 from skipping import skip_file
 
 SCRIPT = ROOT / "platform/linux" / "scutil"
 NO_CONFIGURATION = "No DNS configuration available\n"
 STUB = "nameserver 127.0.0.53\noptions edns0 trust-ad\nsearch .\n"
-
-
-def namespace_prefix():
-    """The command that starts another one where it may mount, or None where the machine forbids that."""
-    options = ["--mount", "--propagation", "private"]
-    for prefix in (["unshare", *options], ["unshare", "--user", "--map-root-user", *options]):
-        attempt = prefix + ["mount", "-t", "tmpfs", "none", tempfile.gettempdir()]
-        try:
-            if subprocess.run(attempt, capture_output=True).returncode == 0:
-                return prefix
-        except FileNotFoundError:
-            return None
-    return None
 
 
 class ScutilTest(unittest.TestCase):
