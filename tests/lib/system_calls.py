@@ -22,9 +22,9 @@ import time
 
 import seccomp
 
-# The binding receives notifications only in the process that has loaded the filter, and loads none that waits as
-# WAIT_KILLABLE says: the library itself and the system call do. A call that a signal came in between would be stopped,
-# and counted, a second time.
+# The binding receives notifications only in the process that has loaded the filter, and cannot set WAIT_KILLABLE. So
+# the system call installs the filter, and libseccomp itself receives the notifications. Without WAIT_KILLABLE, a call
+# that a signal interrupts would be stopped, and counted, twice.
 _libseccomp = ctypes.CDLL("libseccomp.so.2", use_errno=True)
 _libc = ctypes.CDLL(None, use_errno=True)
 
