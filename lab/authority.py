@@ -8,7 +8,7 @@ import subprocess
 AUTHORITY = "authority"
 NEW_KEY = ["-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:prime256v1", "-nodes"]
 
-# What an authority needs to be told before it signs.
+# The configuration of openssl ca.
 SETTINGS = """
 [ca]
 default_ca = authority
@@ -35,7 +35,7 @@ class Authority:
         self._make_own(AUTHORITY, "Authority of the Halvik lab", ["keyUsage=critical,keyCertSign"])
 
     def issue(self, name, host, expired=False):
-        """A server's certificate that only the authority vouches for."""
+        """Issues a server's certificate, signed by the authority."""
         settings, request = self._path(name, "settings"), self._path(name, "csr")
         settings.write_text(SETTINGS.format(folder=self._folder, host=host))
         (self._folder / "issued").write_text("")
@@ -47,7 +47,7 @@ class Authority:
                       "-in", request, "-out", self._path(name, "pem"))
 
     def issue_self_signed(self, name, host):
-        """A server's certificate that nobody else vouches for."""
+        """Issues a server's self-signed certificate."""
         self._make_own(name, host, [f"subjectAltName=DNS:{host}"])
 
     def _make_own(self, name, subject, extensions):

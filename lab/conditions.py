@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 Halvik
 # SPDX-License-Identifier: Apache-2.0
 
-"""Puts parts of a weather in place. Each function does so whatever there was before."""
+"""Sets the parts of a scenario. Each function does so whatever scenario there was before."""
 
 import struct
 import subprocess
@@ -9,7 +9,7 @@ import subprocess
 import namespaces
 import network
 import servers
-import weathers
+import scenarios
 
 MACHINE = namespaces.MACHINE
 VPN_PLACE, VPN_DEVICE = "vpn", "vpn0"
@@ -17,22 +17,22 @@ SECONDS_A_YEAR = 31_556_952
 
 
 def set_rules(rules):
-    """Has the home router follow the rules of these files, besides its usual ones."""
-    for file in ["no-weather.nft", *rules]:
+    """Loads the rules of these files on the home router, besides its usual ones."""
+    for file in ["no-scenario.nft", *rules]:
         load_rules(file)
 
 
 def load_rules(file, place="home"):
-    subprocess.run(namespaces.command(place, "nft", "-f", servers.CONFIG / "weather" / file), check=True,
+    subprocess.run(namespaces.command(place, "nft", "-f", servers.CONFIG / "scenarios" / file), check=True,
                    capture_output=True)
 
 
-def set_attachment(machine, weather):
+def set_attachment(machine, scenario):
     """A machine's address, its way out, and the size of its packets."""
-    namespaces.ip(["address flush dev eth0", f"link set eth0 mtu {weather.mtu}"], machine.name)
-    if weather.attachment != weathers.NO_ADDRESS:
+    namespaces.ip(["address flush dev eth0", f"link set eth0 mtu {scenario.mtu}"], machine.name)
+    if scenario.attachment != scenarios.NO_ADDRESS:
         namespaces.ip([f"address add {machine.address}/24 brd + dev eth0"], machine.name)
-    if weather.attachment == weathers.ATTACHED:
+    if scenario.attachment == scenarios.ATTACHED:
         namespaces.ip([f"route add default via {network.HOME_LAN_ADDRESS}"], machine.name)
     # A server that is silent now may have answered a moment ago.
     namespaces.ip(["neighbour flush dev eth0"], machine.name)
@@ -53,9 +53,9 @@ def set_vpn(present):
 
 
 def set_routes(routes):
-    """Every route that a weather may change is as usual, but for these."""
-    for weather in weathers.WEATHERS.values():
-        for address, (place, _) in weather.routes.items():
+    """Sets these routes, and resets all others that a scenario may change."""
+    for scenario in scenarios.SCENARIOS.values():
+        for address, (place, _) in scenario.routes.items():
             namespaces.ip([f"route replace {address} dev {network.way_down(place, address)}"], place)
     for address, (place, way) in routes.items():
         kind = way if way == "blackhole" else ""
@@ -63,7 +63,7 @@ def set_routes(routes):
 
 
 def set_clock(root, years_behind):
-    """The user's programs show a time so many years ago, since they are told of a time zone that is so far away."""
+    """Sets the machine's time zone so many years behind UTC: the user's programs show that time, the clock is right."""
     zone, usual = root / "etc/localtime", root / "etc/localtime.usual"
     if usual.is_symlink() or usual.exists():
         usual.rename(zone)

@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 Halvik
 # SPDX-License-Identifier: Apache-2.0
 
-"""A lab from the inside: how it is built, and how its weather changes."""
+"""A lab from the inside: how it is built, and how its scenario changes."""
 
 import dataclasses
 import os
@@ -17,7 +17,7 @@ import network
 import office
 import servers
 import skivra
-import weathers
+import scenarios
 import zones
 
 CONFIG = servers.CONFIG
@@ -35,7 +35,7 @@ class Lab:
     def __init__(self, uid, gid, reader, program, machines):
         self.uid, self.gid = uid, gid
         self._reader = reader
-        self.weather = "clear"
+        self.scenario = "clear"
         self.has_skivra = False
         self._running = servers.Running()
         self._carrier = None
@@ -47,10 +47,10 @@ class Lab:
         lay_out_folders(self._reader)
         make_certificates()
         self._carrier = join_places(self._office.lines())
-        conditions.set_attachment(self._machine, weathers.WEATHERS["clear"])
+        conditions.set_attachment(self._machine, scenarios.SCENARIOS["clear"])
         self._machine.start(TLS / "authority.pem", self.uid, self.gid)
         self._office.start(TLS / "authority.pem")
-        self._set_files(weathers.WEATHERS["clear"])
+        self._set_files(scenarios.SCENARIOS["clear"])
         conditions.load_rules("home.nft")
         conditions.load_rules("vpn.nft", "vpn")
         self._running.start(servers.SERVERS)
@@ -78,69 +78,69 @@ class Lab:
     def change_skivra(self, installed):
         if installed != self.has_skivra:
             self.has_skivra = installed
-            self._set_skivra(weathers.named(self.weather))
+            self._set_skivra(scenarios.named(self.scenario))
 
-    def _set_skivra(self, weather):
+    def _set_skivra(self, scenario):
         self._running.stop([servers.SKIVRA])
         skivra.remove(self._machine.root)
         usual = network.HOME_LAN_ADDRESS
         if self.has_skivra:
             usual = servers.SKIVRA.address
-            skivra.install(self._machine.root, CONFIG / "user/skivra", weather.skivra_state)
-            if weather.skivra_runs:
+            skivra.install(self._machine.root, CONFIG / "user/skivra", scenario.skivra_state)
+            if scenario.skivra_runs:
                 self._running.start([servers.SKIVRA], servers.unprivileged(self._machine.command()))
-        machine.write_resolv_conf(self._machine.root, weather.nameserver or usual)
+        machine.write_resolv_conf(self._machine.root, scenario.nameserver or usual)
 
-    # The weather
+    # The scenario
 
-    def change_weather(self, name, machine_name):
-        """Makes everything as this weather has it, whatever the weather was before. With the name of a machine of the
-        office, that machine has it, as far as it can have it for itself."""
+    def change_scenario(self, name, machine_name):
+        """Sets everything that a scenario may change, whatever the scenario was before. With the name of a machine of
+        the office, sets that machine only, as far as the scenario is about a machine."""
         if machine_name != namespaces.MACHINE:
-            self._change_weather_of(self._office[machine_name], name)
+            self._change_scenario_of(self._office[machine_name], name)
             return
-        weather = weathers.named(name)
+        scenario = scenarios.named(name)
         self._running.stop(restarted_by_a_change())
-        self._set_files(weather)
-        self._set_lines(weather)
-        conditions.set_rules(filter(None, [weather.dns_rules, weather.web_rules, weather.out_rules]))
+        self._set_files(scenario)
+        self._set_lines(scenario)
+        conditions.set_rules(filter(None, [scenario.dns_rules, scenario.web_rules, scenario.out_rules]))
         conditions.set_vpn(False)
-        conditions.set_attachment(self._machine, weather)
-        conditions.set_vpn(weather.vpn)
-        conditions.set_routes(weather.routes)
-        conditions.set_clock(self._machine.root, weather.clock_behind_years)
-        self._machine.set_disk(weather.disk_full)
-        self._running.start([server for server in servers.SERVERS if server.name not in weather.silent_servers])
-        self._set_skivra(weather)
-        self.weather = name
+        conditions.set_attachment(self._machine, scenario)
+        conditions.set_vpn(scenario.vpn)
+        conditions.set_routes(scenario.routes)
+        conditions.set_clock(self._machine.root, scenario.clock_behind_years)
+        self._machine.set_disk(scenario.disk_full)
+        self._running.start([server for server in servers.SERVERS if server.name not in scenario.silent_servers])
+        self._set_skivra(scenario)
+        self.scenario = name
 
-    def _set_files(self, weather):
-        POLICY.write_text((CONFIG / "weather" / weather.policy).read_text() if weather.policy else "")
-        FORWARDER.write_text(f'forward-zone:\n  name: "."\n  forward-addr: {weather.forwarder}\n')
-        BLOCKED_PAGE.write_text((CONFIG / weather.blocked_page).read_text())
-        servers.BEHAVIOUR.write_text(weather.submission)
+    def _set_files(self, scenario):
+        POLICY.write_text((CONFIG / "scenarios" / scenario.policy).read_text() if scenario.policy else "")
+        FORWARDER.write_text(f'forward-zone:\n  name: "."\n  forward-addr: {scenario.forwarder}\n')
+        BLOCKED_PAGE.write_text((CONFIG / scenario.blocked_page).read_text())
+        servers.BEHAVIOUR.write_text(scenario.submission)
         for suffix in ("pem", "key"):
             current = TLS / f"current.{suffix}"
             current.unlink(missing_ok=True)
-            current.symlink_to(f"{weather.certificate}.{suffix}")
+            current.symlink_to(f"{scenario.certificate}.{suffix}")
 
-    def _set_lines(self, weather):
-        for line in {line for each in weathers.WEATHERS.values() for line in each.lines}:
-            self._set_line(line, weather)
+    def _set_lines(self, scenario):
+        for line in {line for each in scenarios.SCENARIOS.values() for line in each.lines}:
+            self._set_line(line, scenario)
 
-    def _set_line(self, line, weather):
-        trouble = weather.lines.get(line, weathers.Trouble())
+    def _set_line(self, line, scenario):
+        trouble = scenario.lines.get(line, scenarios.Trouble())
         delay, jitter = trouble.delay_ms / 2 / 1000, trouble.jitter_ms / 2 / 1000
         self._carrier.stdin.write(f"{line} {delay} {jitter} {trouble.loss}\n")
         self._carrier.stdin.flush()
         self._carrier.stdout.readline()
 
-    def _change_weather_of(self, each, name):
-        weather = weathers.of_a_machine(name, each.line)
-        self._set_line(each.line, weather)
-        conditions.set_attachment(each, weather)
-        machine.write_resolv_conf(each.root, weather.nameserver or network.HOME_LAN_ADDRESS)
-        each.set_disk(weather.disk_full)
+    def _change_scenario_of(self, each, name):
+        scenario = scenarios.of_a_machine(name, each.line)
+        self._set_line(each.line, scenario)
+        conditions.set_attachment(each, scenario)
+        machine.write_resolv_conf(each.root, scenario.nameserver or network.HOME_LAN_ADDRESS)
+        each.set_disk(scenario.disk_full)
 
 
 def lay_out_folders(reader):
@@ -227,8 +227,8 @@ def settings_of(place):
 
 
 def restarted_by_a_change():
-    """The servers that start anew with every weather, as what they remember of the one before would still be heard."""
-    silent = {name for weather in weathers.WEATHERS.values() for name in weather.silent_servers}
+    """The servers that restart with every scenario: their caches are those of the scenario before."""
+    silent = {name for scenario in scenarios.SCENARIOS.values() for name in scenario.silent_servers}
     return [server for server in servers.SERVERS
             if server.program == "unbound" or server.name in {*silent, "submission"}]
 

@@ -5,8 +5,8 @@
 
 It does for all lines what the kernel's netem does for one device, and also works where the kernel has no netem. The
 arguments are the lines, each as NAME:DESCRIPTOR:DESCRIPTOR:DELAY, the delay one way, in seconds. A line on
-standard input, "NAME DELAY JITTER LOSS", adds to a line's delay, adds up to the jitter by chance, drops this share of
-what comes from its first end, and is answered by a line. The end of standard input ends the process.
+standard input, "NAME DELAY JITTER LOSS", adds to a line's delay, adds up to the jitter at random, drops this share of
+the packets from its first end, and is answered by a line. The end of standard input ends the process.
 """
 
 import heapq
@@ -39,7 +39,7 @@ class Carrier:
         self._waiting = []  # a heap of (due time, number, target, packet)
         self._numbers = itertools.count()
 
-    def take(self, source, now):
+    def receive(self, source, now):
         """Reads all packets that wait at one end."""
         direction = self._directions[source]
         while True:
@@ -52,7 +52,7 @@ class Carrier:
                 heapq.heappush(self._waiting, (due, next(self._numbers), direction.target, packet))
 
     def deliver(self, now):
-        """Writes what is due, and says how long nothing else will be; None if nothing waits."""
+        """Writes what is due. Returns the seconds until more is due, None if nothing waits."""
         while self._waiting and self._waiting[0][0] <= now:
             *_, target, packet = heapq.heappop(self._waiting)
             try:
@@ -77,7 +77,7 @@ def main(arguments):
     while True:
         for descriptor, _ in poll.poll(pause):
             if descriptor != sys.stdin.fileno():
-                carrier.take(descriptor, time.monotonic())
+                carrier.receive(descriptor, time.monotonic())
             elif not change(lines, os.read(descriptor, LONGEST_PACKET)):
                 return
         pause = carrier.deliver(time.monotonic())

@@ -3,10 +3,11 @@
 
 """The first process of the user's machine.
 
-Started in new mount, process, host name and IPC namespaces, it gives them a root folder of their own, says "ready" on
-standard output and collects ended processes for ever. The root shows the folders of the machine underneath, but has its
-own /etc, /run, /tmp, /var/tmp, /Library and /var/log, and in /lab the user's disk. Root finds the root underneath in OUTSIDE. The
-arguments: the certificate to trust, the user's and the group's number, and the name of the machine.
+Started in new mount, process, host name and IPC namespaces, it makes a root folder, prints "ready" and then reaps
+processes for ever. The root has the folders of the machine underneath, but its own /etc, /run, /tmp, /var/tmp,
+/Library and /var/log, and in /lab the user's disk. In OUTSIDE, root finds the root folder of the machine underneath.
+
+The arguments: the certificate to trust, the user's and the group's number, and the name of the machine.
 """
 
 import os
@@ -74,7 +75,7 @@ def write_resolv_conf(root, server):
 
 
 def replace(path, text):
-    """Writes a file, not what a link in its place leads to."""
+    """Writes a file; a symbolic link in its place is removed, not followed."""
     path.unlink(missing_ok=True)
     path.write_text(text, encoding="ascii")
 
@@ -86,7 +87,7 @@ def add_account(path, number, line):
 
 
 def trust(store, certificate):
-    """Has this machine, and no other, trust the lab's authority, by a bundle's reader and by a hash's."""
+    """Has this machine alone trust the lab's authority, for programs that read the bundle or look up a hash."""
     with open(store / "ca-certificates.crt", "ab") as bundle:
         bundle.write(certificate.read_bytes())
     shutil.copy(certificate, store / "halvik-lab.pem")
@@ -127,7 +128,7 @@ def main(certificate, uid, gid, name):
     build(certificate, int(uid), int(gid))
     enter()
     print("ready", flush=True)
-    reaper.collect_for_ever()
+    reaper.reap_for_ever()
 
 
 if __name__ == "__main__":

@@ -86,7 +86,7 @@ def open_own_tunnel(device, kind=PACKETS):
     descriptor = os.open("/dev/net/tun", os.O_RDWR | os.O_NONBLOCK | os.O_CLOEXEC)
     fcntl.ioctl(descriptor, TUNSETIFF, struct.pack("16sH22x", device.encode(), kind))
     # It ends with its namespace, not with the descriptor. The kernel ends the devices of descriptors one by one, each
-    # with a pause, but those of namespaces together, and nobody has to wait for that.
+    # with a pause, but those of namespaces together, in the background.
     fcntl.ioctl(descriptor, TUNSETPERSIST, 1)
     return descriptor
 

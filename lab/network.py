@@ -15,8 +15,8 @@ FOLDER = pathlib.Path(__file__).resolve().parent
 BUILT_IN_ENDPOINTS = FOLDER.parent / "diagnostics" / "endpoints_built_in.cpp"
 
 
-class Drift(Exception):
-    """The table and the program no longer speak of the same network."""
+class UnknownNetwork(Exception):
+    """The program, or a server's settings, name what the table does not have."""
 
 
 @dataclasses.dataclass(frozen=True)
@@ -140,7 +140,7 @@ def roles():
 
 
 def check():
-    """Raises Drift where the program asks for, or a server's settings speak of, what the table does not have."""
+    """Raises UnknownNetwork if the program, or a server's settings, name what the table does not have."""
     known = {*ADDRESSES, *ADDRESSES.values(), *ZONES, DEBUG_NAME, MACHINE_ADDRESS, HOME_LAN_ADDRESS,
              NOBODYS_LAN_ADDRESS}
     complaints = []
@@ -152,9 +152,9 @@ def check():
         text = path.read_text(errors="replace") if path.suffix in SETTINGS else ""
         for word in re.findall(r"(?:\d{1,3}\.){3}\d{1,3}(?![\d/])|(?:[\w-]+\.)+(?:halvik|isp)\.example", text):
             if word not in known and not word.startswith(("127.", "0.0.0.0")):
-                complaints.append(f"{path.relative_to(FOLDER.parent)} speaks of {word}")
+                complaints.append(f"{path.relative_to(FOLDER.parent)} names {word}")
     if complaints:
-        raise Drift("lab/network.py has no place for these:\n  " + "\n  ".join(complaints))
+        raise UnknownNetwork("lab/network.py has no place for these:\n  " + "\n  ".join(complaints))
 
 
 SETTINGS = {".conf", ".geo", ".nft"}

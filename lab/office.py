@@ -14,7 +14,7 @@ import machine
 import namespaces
 import network
 import servers
-import weathers
+import scenarios
 
 KEYS = servers.LAB / "ssh"
 PLAYBOOKS = servers.LAB / "ansible"
@@ -58,7 +58,7 @@ class Office:
                            f"route add {each.address} dev {each.line} src {network.HOME_LAN_ADDRESS}"], "home")
             self._set_at_home(f"neigh/{each.line}/proxy_delay=0")
             namespaces.ip(["link set lo up", "link set eth0 up"], each.name)
-            conditions.set_attachment(each, weathers.WEATHERS["clear"])
+            conditions.set_attachment(each, scenarios.SCENARIOS["clear"])
             each.start(certificate, self._uid, self._gid)
 
     def _set_at_home(self, setting):

@@ -1,8 +1,8 @@
 # SPDX-FileCopyrightText: 2026 Halvik
 # SPDX-License-Identifier: Apache-2.0
 
-"""The duty to collect ended processes that have lost their parent. Where nobody does it, a process namespace whose
-process has been started from outside of it never ends.
+"""Reaps processes that have lost their parent. Without it, a process namespace that was entered from outside would
+never end.
 """
 
 import ctypes
@@ -19,7 +19,7 @@ def adopt_orphans():
 
 
 def wait_for(child):
-    """Waits for a child, collecting all others that end before. Returns its status, negative for a signal."""
+    """Waits for a child, and reaps all others that end before. Returns its status, negative for a signal."""
     while True:
         ended, status = os.wait()
         if ended == child:
@@ -27,23 +27,24 @@ def wait_for(child):
 
 
 def run_below(function):
-    """Runs a function in a child, and ends with its status. In a process namespace of their own all others end then."""
+    """Runs a function in a child, and ends with its status. If this is the first process of a namespace, all others end
+    with it."""
     child = os.fork()
     if child == 0:
         sys.exit(function())
     sys.exit(abs(wait_for(child)))
 
 
-def collect_for_ever():
-    """What the first process of a namespace does when it has nothing else to do."""
+def reap_for_ever():
+    """For the first process of a namespace, when it has nothing else to do."""
     signal.pthread_sigmask(signal.SIG_BLOCK, [signal.SIGCHLD])
     while True:
         signal.sigwait([signal.SIGCHLD])
-        while _collect():
+        while _reap():
             pass
 
 
-def _collect():
+def _reap():
     try:
         return os.waitpid(-1, os.WNOHANG)[0]
     except ChildProcessError:

@@ -18,7 +18,7 @@ import sys
 import time
 
 import form_parser
-from weathers import ANSWERS, CLOSES, FAILS, STALLS, TWO_PIECES
+from scenarios import ANSWERS, CLOSES, FAILS, STALLS, TWO_PIECES
 
 PAGE = """<!DOCTYPE html>
 <meta charset="utf-8">

@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 Halvik
 # SPDX-License-Identifier: Apache-2.0
 
-"""How commands find a lab and talk to it: a socket whose name is no file, and that vanishes with the lab.
+"""How commands find a lab and talk to it: an abstract Unix socket, which vanishes with the lab.
 
 A request is a line of JSON, a list of words, and so is its answer, an object with "error" where it could not be met.
 """
@@ -84,7 +84,7 @@ def request(name, *words):
 
 
 def peer(connection):
-    """The number of the process on the other side and that of its user."""
+    """The process id and the user id of the other side."""
     pid, uid, _ = struct.unpack("3i", connection.getsockopt(socket.SOL_SOCKET, socket.SO_PEERCRED, 12))
     return pid, uid
 
@@ -94,6 +94,6 @@ def is_from_root(connection):
 
 
 def pid_behind(descriptor):
-    """The number by which the caller knows the process that a descriptor stands for."""
+    """The id, in the caller's namespace, of the process of a pid descriptor."""
     with open(f"/proc/self/fdinfo/{descriptor}", encoding="ascii") as file:
         return int(re.search(r"^Pid:\s*(\d+)", file.read(), re.MULTILINE)[1])

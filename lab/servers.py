@@ -20,14 +20,14 @@ BEHAVIOUR = LAB / "behaviour"
 READER = LAB / "halvik-report"
 RESULTS_ADDRESS = "https://diagnostic.halvik.example/results/"
 
-PATIENCE_SECONDS = 120  # on a machine with much else to do; one that has ended is not waited for
+TIMEOUT_SECONDS = 120  # on a busy machine; a server that has ended is not waited for
 USER, GROUP = "nobody", "nogroup"
 UNPRIVILEGED = ["setpriv", "--reuid", USER, "--regid", GROUP, "--clear-groups", "--no-new-privs", "--inh-caps=-all",
                 "--bounding-set=-all", "--pdeathsig", "TERM", "--"]
 
 
 class ServerFailed(Exception):
-    """A server did not start, or has ended. The message has its own words."""
+    """A server did not start, or has ended. The message has its output."""
 
 
 @dataclasses.dataclass(frozen=True)
@@ -100,8 +100,8 @@ class Running:
         self._processes = {}
 
     def start(self, servers, prefix=None):
-        """Starts those that do not run yet, without privileges in their place, and waits until they answer. A prefix
-        leads elsewhere, or to other rights."""
+        """Starts those that do not run yet, and waits until they answer. By default, the prefix of their commands leads
+        to their place and drops all privileges."""
         starting = [server for server in servers if server not in self._processes]
         for server in starting:
             with open(_log(server), "wb") as log:
@@ -121,20 +121,21 @@ class Running:
             _wait_until(lambda server=server: not server.accepts(), lambda server=server: f"{server} does not end")
 
     def forget(self, server):
-        """Waits for one whose machine is gone."""
+        """Waits for a server whose machine was switched off."""
         self._processes.pop(server).wait()
 
     def check(self):
         """Raises ServerFailed if one has ended by itself."""
         for server, process in self._processes.items():
             if process.poll() is not None:
-                raise ServerFailed(f"{server} has ended, with status {process.returncode}; it said:\n{_words(server)}")
+                raise ServerFailed(f"{server} has ended, with status {process.returncode}; it said:\n"
+                                   f"{_log_text(server)}")
 
     def _wait_for(self, server):
         def answers():
             self.check()
             return server.accepts()
-        _wait_until(answers, lambda: f"{server} does not answer; it said:\n{_words(server)}")
+        _wait_until(answers, lambda: f"{server} does not answer; it said:\n{_log_text(server)}")
 
 
 def unprivileged(prefix):
@@ -142,7 +143,7 @@ def unprivileged(prefix):
 
 
 def _wait_until(condition, complaint):
-    deadline = time.monotonic() + PATIENCE_SECONDS
+    deadline = time.monotonic() + TIMEOUT_SECONDS
     while not condition():
         if time.monotonic() > deadline:
             raise ServerFailed(complaint())
@@ -153,5 +154,5 @@ def _log(server):
     return STATE / f"{server}.log"
 
 
-def _words(server):
+def _log_text(server):
     return _log(server).read_text(errors="replace").rstrip() or "(nothing)"

@@ -1,11 +1,11 @@
 # SPDX-FileCopyrightText: 2026 Halvik
 # SPDX-License-Identifier: Apache-2.0
 
-"""The process that holds a lab: everything there is lives in its namespaces and ends with it.
+"""The process that holds a lab: everything lives in its namespaces and ends with it.
 
-It is started in new mount, network, process, host name and IPC namespaces with two sockets: one that leads to whoever
-starts the lab, one on which it listens for requests. It builds the lab, says so on the first, and then serves the
-second. If whoever starts it goes away without having said that the lab is to stay, it ends at once.
+It is started in new mount, network, process, host name and IPC namespaces with two sockets: one that leads to the
+command that starts the lab, one on which it listens for requests. It builds the lab, reports that on the first, and
+then serves the second. If the command ends without having asked it to stay, it ends at once.
 """
 
 import os
@@ -23,14 +23,14 @@ import servers
 FAILURES = (OSError, subprocess.CalledProcessError, servers.ServerFailed)
 
 
-def words_of(failure):
-    """What went wrong, with what a failed command said itself."""
-    said = getattr(failure, "stderr", None) or b""
-    return f"{failure}\n{said if isinstance(said, str) else said.decode(errors='replace')}".rstrip()
+def message_of(failure):
+    """What went wrong, with the standard error of a failed command."""
+    stderr = getattr(failure, "stderr", None) or b""
+    return f"{failure}\n{stderr if isinstance(stderr, str) else stderr.decode(errors='replace')}".rstrip()
 
 
 class Service:
-    """Answers requests, each of which is a method here and gets the request's further words."""
+    """Answers requests. Each is a method here, with the request's further words as its arguments."""
 
     def __init__(self, the_lab):
         self._lab = the_lab
@@ -43,21 +43,21 @@ class Service:
                 self._lab.check()
             reply = getattr(self, f"do_{request}")(*words) or {}
         except FAILURES as failure:
-            reply = {"error": words_of(failure)}
+            reply = {"error": message_of(failure)}
         descriptors = [reply.pop("descriptor")] if "descriptor" in reply else []
         rendezvous.send(connection, reply, descriptors)
         for descriptor in descriptors:
             os.close(descriptor)
 
     def do_state(self):
-        return {"weather": self._lab.weather, "skivra": self._lab.has_skivra}
+        return {"scenario": self._lab.scenario, "skivra": self._lab.has_skivra}
 
     def do_machine(self, name):
-        """What leads to the user's machine, or to one of the office, and its user's numbers."""
+        """A descriptor of the first process of a machine, and the ids of its user and group."""
         return {"descriptor": os.pidfd_open(self._lab.machine(name).pid), "uid": self._lab.uid, "gid": self._lab.gid}
 
-    def do_weather(self, name, machine):
-        self._lab.change_weather(name, machine)
+    def do_scenario(self, name, machine):
+        self._lab.change_scenario(name, machine)
 
     def do_off(self, machine):
         self._lab.switch_off(machine)
@@ -70,7 +70,7 @@ class Service:
 
 
 def end_with(starter):
-    """Ends the lab as soon as whoever started it does, unless it says before that the lab is to stay."""
+    """Ends the lab as soon as the command that started it does, unless that asks it to stay."""
     while word := starter.recv(16):
         if word == rendezvous.STAY:
             return
@@ -78,13 +78,13 @@ def end_with(starter):
 
 
 def serve(starter, listener, *settings):
-    listener.listen()  # here, since this is the process whose number a caller is told
+    listener.listen()  # here: callers get the process id of the one that calls listen
     threading.Thread(target=end_with, args=[starter], daemon=True).start()
     the_lab = lab.Lab(*settings)
     try:
         the_lab.build()
     except FAILURES as failure:
-        rendezvous.send(starter, {"error": words_of(failure)})
+        rendezvous.send(starter, {"error": message_of(failure)})
         sys.exit(1)
     rendezvous.send(starter, {})
     service = Service(the_lab)

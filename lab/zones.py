@@ -5,7 +5,7 @@
 
 import network
 
-# Whoever is asked for this name outside of the service's resolvers leads to this answer.
+# The answer for this name, except from the service's resolvers.
 NO_HALVIK_RESOLVER = "no resolver of Halvik was asked"
 
 HEAD = """$TTL 60

@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 Halvik
 # SPDX-License-Identifier: Apache-2.0
 #
-# What the service knows of a customer's network, and of an operator's who is none.
+# What the service knows of a customer's network, and of the network of an operator who is no customer.
 
 debug.halvik.example:
   - net: 198.18.7.20/32

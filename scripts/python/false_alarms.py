@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 Halvik
 # SPDX-License-Identifier: Apache-2.0
-"""Has halvik-report read the reports of many runs in clear weather, and tells what it finds where nothing is wrong.
+"""Has halvik-report read the reports of many runs in which nothing is wrong, and prints what it finds all the same.
 
 usage: scripts/false_alarms [RUNS] [--keep FOLDER] [--at-once LABS]
 
@@ -38,7 +38,7 @@ def run(number, kind, keep):
     """One run. Returns whether anything was found in its report."""
     report = reader.report_of(f"false alarms {os.getpid()} {number}", "clear", *reader.CLEAR_RUNS[kind])
     found = reader.findings(report)
-    print(f"run {number}, {kind}: {reader.told(found) or 'nothing'}", flush=True)
+    print(f"run {number}, {kind}: {reader.text_of(found) or 'nothing'}", flush=True)
     if found and keep:
         keep.mkdir(exist_ok=True)
         (keep / f"{number} {kind}.txt").write_bytes(report)

@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 Halvik
 # SPDX-License-Identifier: Apache-2.0
 
-"""Where reports go in good weather: to standard output, to a file, and by the submission endpoint to a results page."""
+"""Where reports go when the network is in order: to standard output, a file, and a results page."""
 
 import html
 import os
@@ -13,7 +13,7 @@ import report_text
 import skivra
 import upload_form
 
-# Results pages show each report as it came, whether or not there is a reader that would make more of it.
+# Results pages show each report as it came, not the page that halvik-report makes.
 os.environ["HALVIK_REPORT"] = os.devnull
 RESULTS = "https://diagnostic.halvik.example/results/"
 SIZE_MAX = 1_000_000
@@ -96,7 +96,7 @@ class DeliveryTest(program_tests.ProgramTest):
                 self.check_delivery(files, uploads, ended.stdout, options, *what)
 
     def check_delivery(self, files, uploads, stdout, options, is_printed, is_written, is_submitted):
-        """All places that got the report got the same, and standard output has nothing besides what it should."""
+        """All places got the same report, and standard output has nothing else."""
         reports, lines = [], []
         if is_written:
             name = options[0].removeprefix("-o=")

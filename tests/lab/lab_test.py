@@ -1,107 +1,29 @@
 # SPDX-FileCopyrightText: 2026 Halvik
 # SPDX-License-Identifier: Apache-2.0
 
-"""A lab's life: it comes, goes and leaves nothing behind, however it ends, and two labs do not meet."""
+"""A lab comes, goes and leaves nothing behind, wherever it is started from, and two labs do not meet."""
 
-import contextlib
 import os
 import pathlib
-import re
-import select
 import signal
 import tempfile
-import time
-import unittest
 
 import labs
-import polling
-
-# Where a lab, or one of its servers, could leave something.
-PLACES = ["/run", "/etc", "/var/lib/knot", "/var/lib/nginx", "/var/lib/unbound", "/var/log", "/", labs.FOLDER,
-          tempfile.gettempdir()]
+import lab_case
 
 
-def processes():
-    return {name for name in os.listdir("/proc") if name.isdigit()}
-
-
-def what_there_is():
-    """Everything that a lab has while it is up."""
-    unix_sockets = pathlib.Path("/proc/net/unix").read_text()
-    return {
-        "processes": processes(),
-        "mounts": pathlib.Path("/proc/self/mountinfo").read_text(),
-        "network devices": sorted(os.listdir("/sys/class/net")),
-        "sockets": re.findall(r"@halvik.*", unix_sockets),
-        "files": [sorted(os.listdir(place)) for place in PLACES if os.path.isdir(place)],
-    }
-
-
-def find(program, *words):
-    """The numbers, in order, of the processes of a program whose arguments contain these words."""
-    found = []
-    for number in sorted(map(int, processes())):
-        try:
-            first, *others = pathlib.Path(f"/proc/{number}/cmdline").read_text().split("\0")
-        except OSError:
-            continue  # it has just ended
-        if os.path.basename(first) == program and all(any(word in other for other in others) for word in words):
-            found.append(number)
-    return found
-
-
-def end_leftovers(before):
-    """Kills what a test that failed has left running, lest the next ones find it, and wait for it."""
-    while left := processes() - before:
-        for number in left:
-            with contextlib.suppress(ProcessLookupError):
-                os.kill(int(number), signal.SIGKILL)
-        with contextlib.suppress(ChildProcessError):
-            os.waitpid(-1, os.WNOHANG)  # those that nobody has waited for
-        time.sleep(0.01)
-
-
-def kill(number):
-    """Kills a process, and waits until it has closed all that it held, such as the tunnels of the lab's lines."""
-    descriptor = os.pidfd_open(number)
-    os.kill(number, signal.SIGKILL)
-    select.select([descriptor], [], [], labs.GUARD_SECONDS)
-    os.close(descriptor)
-
-
-class LabTest(unittest.TestCase):
-    maxDiff = None
-
-    def setUp(self):
-        self.before = what_there_is()
-        self.addCleanup(end_leftovers, self.before["processes"])
-
-    def assert_nothing_left(self):
-        polling.wait_until(lambda: processes() == self.before["processes"], "all processes of the lab have ended")
-        self.assertEqual(what_there_is(), self.before)
-
-    def assert_ran(self, *words, stdout="", **others):
-        ended = labs.run(*words, **others)
-        self.assertEqual((ended.returncode, ended.stdout, ended.stderr), (0, stdout, ""), words)
-
-    def assert_refused(self, status, message, *words, **others):
-        ended = labs.run(*words, **others)
-        self.assertEqual((ended.returncode, ended.stdout), (status, ""))
-        self.assertRegex(ended.stderr, f"^lab: {message}")
-
-
-class LifeTest(LabTest):
+class LifeTest(lab_case.LabTest):
     def test_twice_in_a_row(self):
         for _ in range(2):
             self.assert_ran("up")
-            self.assertNotEqual(processes(), self.before["processes"])
+            self.assertNotEqual(lab_case.processes(), self.before["processes"])
             self.assert_ran("shell", "dig", "+short", "www.halvik.example", stdout="203.0.113.10\n")
             self.assert_ran("down")
-            self.assertEqual(what_there_is(), self.before)
+            self.assertEqual(lab_case.what_there_is(), self.before)
 
     def test_a_command_without_a_lab_has_one_of_its_own(self):
         self.assert_ran("shell", "dig", "+short", "www.halvik.example", stdout="203.0.113.10\n")
-        self.assertEqual(what_there_is(), self.before)
+        self.assertEqual(lab_case.what_there_is(), self.before)
 
     def test_the_status_of_a_command(self):
         self.assert_ran("up")
@@ -122,8 +44,8 @@ class LifeTest(LabTest):
 
     def test_what_is_refused(self):
         self.assert_refused(2, "there is no lab named lab", "down")
-        self.assert_refused(2, "there is no lab named other", "--name", "other", "weather", "clear")
-        self.assert_refused(2, "there is no weather fog", "weather", "fog")
+        self.assert_refused(2, "there is no lab named other", "--name", "other", "scenario", "clear")
+        self.assert_refused(2, "there is no scenario fog", "scenario", "fog")
         self.assert_ran("up")
         self.assert_refused(2, "there is a lab named lab already", "up")
         self.assert_ran("down")
@@ -143,8 +65,7 @@ class LifeTest(LabTest):
         self.assertIn("the program's serviceResolverA is 192.0.2.99\n", ended.stderr)
         self.assertIn("the program's submitUrl is https://other.example/diagnosticsubmit\n", ended.stderr)
 
-
-    def test_a_wrong_command_line_is_told_why(self):
+    def test_the_reason_why_a_command_line_is_wrong(self):
         for words, reason in ((["fly"], "invalid choice: 'fly'"), (["--name"], "argument --name: expected one"),
                               (["--name", "x" * 65, "up"], "no more than 64 bytes"),
                               (["shell", "--at", "nowhere", "true"], "there is no place nowhere")):
@@ -165,7 +86,7 @@ class LifeTest(LabTest):
                                         prefix=without)
 
 
-class PlaceTest(LabTest):
+class PlaceTest(lab_case.LabTest):
     """Wherever a lab is started from."""
 
     def test_closed_standard_streams(self):
@@ -199,11 +120,11 @@ class PlaceTest(LabTest):
                 self.assertEqual((ended.returncode, ended.stderr), (0, ""))
 
 
-class SideBySideTest(LabTest):
+class SideBySideTest(lab_case.LabTest):
     def test_two_labs_do_not_meet(self):
         self.assert_ran("--name", "first", "up")
         self.assert_ran("--name", "second", "up")
-        self.assert_ran("--name", "first", "weather", "no-default-route")
+        self.assert_ran("--name", "first", "scenario", "no-default-route")
         self.assert_ran("--name", "first", "skivra", "on")
         self.assertNotEqual(labs.run("--name", "first", "shell", "ping", "-c", "1", "8.8.8.8").returncode, 0)
         self.assertEqual(labs.run("--name", "second", "shell", "ping", "-c", "1", "8.8.8.8").returncode, 0)
@@ -211,97 +132,7 @@ class SideBySideTest(LabTest):
         self.assert_ran("--name", "first", "down")
         self.assertEqual(labs.run("--name", "second", "shell", "ping", "-c", "1", "8.8.8.8").returncode, 0)
         self.assert_ran("--name", "second", "down")
-        self.assertEqual(what_there_is(), self.before)
-
-
-class SuddenEndTest(LabTest):
-    """Whoever is killed, and whenever: nothing stays."""
-
-    def start_and_wait(self, *words, until):
-        process = labs.start(*words)
-        self.addCleanup(process.kill)
-        polling.wait_until(lambda: find(until), f"{until} runs", process)
-        return process
-
-    def test_killed_while_it_starts(self):
-        for sent in (signal.SIGINT, signal.SIGTERM, signal.SIGKILL):
-            with self.subTest(sent.name):
-                process = self.start_and_wait("up", until="knotd")
-                process.send_signal(sent)
-                labs.finish(process)
-                self.assert_nothing_left()
-
-    def test_killed_while_a_command_runs_in_a_lab_of_its_own(self):
-        for sent in (signal.SIGINT, signal.SIGTERM, signal.SIGKILL):
-            with self.subTest(sent.name):
-                process = self.start_and_wait("shell", "sleep", "1h", until="sleep")
-                process.send_signal(sent)
-                labs.finish(process)
-                self.assert_nothing_left()
-
-    def test_ctrl_c_at_the_terminal(self):
-        process = labs.start("shell", "sleep", "1h", start_new_session=True)
-        self.addCleanup(process.kill)
-        polling.wait_until(lambda: find("sleep"), "the command runs", process)
-        os.killpg(process.pid, signal.SIGINT)
-        labs.finish(process)
-        self.assertEqual(process.returncode, 128 + signal.SIGINT)
-        self.assert_nothing_left()
-
-    def test_ctrl_c_while_it_ends(self):
-        self.assert_ran("up")
-        number = find("knotd", "root.conf")[0]
-        process = labs.start("down")
-        polling.wait_until(lambda: not os.path.exists(f"/proc/{number}"), "the lab is ending", process)
-        process.send_signal(signal.SIGINT)
-        self.assertEqual(labs.finish(process).returncode, 0)
-        self.assertEqual(what_there_is(), self.before)
-
-    def test_a_killed_command_leaves_the_lab_alone(self):
-        self.assert_ran("up")
-        process = self.start_and_wait("shell", "sleep", "1h", until="sleep")
-        process.kill()
-        labs.finish(process)
-        polling.wait_until(lambda: not find("sleep"), "the command has ended with who started it")
-        self.assert_ran("shell", "dig", "+short", "www.halvik.example", stdout="203.0.113.10\n")
-        self.assert_ran("down")
-        self.assert_nothing_left()
-
-    def test_one_of_the_processes_that_hold_the_lab_is_killed(self):
-        for program, index in (("unshare", 0), ("python3", 0), ("python3", 1)):
-            with self.subTest(program, index=index):
-                self.assert_ran("up")
-                os.kill(find(program, "supervisor.py")[index], signal.SIGKILL)
-                self.assert_nothing_left()
-
-    def test_a_lab_that_ends_under_a_command_says_so(self):
-        process = self.start_and_wait("shell", "sleep", "1h", until="sleep")
-        os.kill(find("python3", "supervisor.py")[0], signal.SIGKILL)
-        ended = labs.finish(process)
-        self.assertEqual(ended.returncode, 128 + signal.SIGKILL)
-        self.assertEqual(ended.stderr, "lab: the lab has ended before the command did\n")
-        self.assert_nothing_left()
-
-    def test_what_ends_under_a_command_is_named(self):
-        for words, missing in ((["knotd", "root.conf"], "knot root has ended, with status -9"),
-                               (["python3", "line.py"], "what carries the packets has ended, with status -9")):
-            with self.subTest(missing):
-                process = self.start_and_wait("shell", "sleep", "1h", until="sleep")
-                kill(find(*words)[0])
-                os.kill(find("sleep")[0], signal.SIGTERM)
-                ended = labs.finish(process)
-                self.assertEqual(ended.returncode, 128 + signal.SIGTERM)
-                self.assertIn(f"lab: something of the lab was missing at the end of the command: {missing}",
-                              ended.stderr)
-                self.assert_nothing_left()
-
-    def test_a_server_that_ends_is_named(self):
-        self.assert_ran("up")
-        os.kill(find("knotd", "root.conf")[0], signal.SIGKILL)
-        polling.wait_until(lambda: labs.run("weather", "clear").returncode == 2, "the lab has seen it")
-        self.assert_refused(2, "knot root has ended", "weather", "clear")
-        self.assert_ran("down")
-        self.assert_nothing_left()
+        self.assertEqual(lab_case.what_there_is(), self.before)
 
 
 labs.run_tests()

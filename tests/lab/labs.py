@@ -1,10 +1,10 @@
 # SPDX-FileCopyrightText: 2026 Halvik
 # SPDX-License-Identifier: Apache-2.0
 
-"""What the tests of and in the lab share.
+"""What the tests in the lab share.
 
-Every test file runs in network, mount and process namespaces of its own: it sees no lab but those that it starts, and
-all that they could leave behind.
+Every test file runs in network, mount and process namespaces of its own: it sees only the labs that it starts, and what
+they leave behind.
 """
 
 import concurrent.futures
@@ -21,20 +21,19 @@ import time
 import traceback
 import unittest
 
+FOLDER = pathlib.Path(__file__).resolve().parents[2] / "lab"
+LAB = FOLDER / "lab"
 import builds
 import isolation
 import program_tests
 import reaper
-import weathers
+import scenarios
 
-FOLDER = pathlib.Path(__file__).resolve().parents[2] / "lab"
-LAB = FOLDER / "lab"
-
-DOMAIN = "shop.example"  # the one that some weathers are about
+DOMAIN = "shop.example"  # the one that some scenarios are about
 SKIPPED = 77  # the status by which a test file says that it was skipped whole
 UNABLE = 3  # the lab's, where a machine permits none
-GUARD_SECONDS = 300  # ends a run that hangs; no test waits for it otherwise
-CHECK_ATTEMPTS = 3  # for what a busy machine can make come out otherwise
+GUARD_SECONDS = 300  # after which a run that hangs is ended
+CHECK_ATTEMPTS = 3  # of a result that load can change
 LEAVE_SECONDS = 30  # within which all of a lab that could not be started, or a run in it, has gone
 
 ISOLATED = "HALVIK_LAB_TEST_ISOLATED"  # set, in a test file's own environment, once it runs inside its namespaces
@@ -82,7 +81,7 @@ def start(*words, prefix=(), text=True, **others):
 
 
 def run(*words, **others):
-    """Runs lab/lab with these words to its end. Its streams are text, unless told otherwise."""
+    """Runs lab/lab with these words to its end. Its streams are text, unless text is False."""
     return finish(start(*words, **others))
 
 
@@ -107,9 +106,9 @@ def finish(process):
 class Lab:
     """A lab that is up, until the end of a with statement, and in which the program can be run."""
 
-    def __init__(self, name, weather="clear", skivra=False):
+    def __init__(self, name, scenario="clear", skivra=False):
         self._name = name
-        self._options = ["--weather", weather, *(["--skivra"] if skivra else [])]
+        self._options = ["--scenario", scenario, *(["--skivra"] if skivra else [])]
         self._folder = tempfile.TemporaryDirectory(prefix="halvik-")
         # The lab's user writes here.
         self.work = pathlib.Path(self._folder.name)
@@ -154,10 +153,10 @@ class Lab:
         return process.stdout
 
 
-def needed_options(weather):
-    """The options of a run that shows a weather, and whether the Skivra has to be installed for it."""
-    needs = weathers.named(weather).needs
-    return ([f"-d={DOMAIN}"] if weathers.DOMAIN in needs else []), weathers.SKIVRA in needs
+def needed_options(scenario):
+    """The options of a run that shows a scenario, and whether the Skivra has to be installed for it."""
+    needs = scenarios.named(scenario).needs
+    return ([f"-d={DOMAIN}"] if scenarios.DOMAIN in needs else []), scenarios.SKIVRA in needs
 
 
 class SideBySide:

@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 Halvik
 # SPDX-License-Identifier: Apache-2.0
 
-"""An office of twenty machines, whose administrator collects their reports as docs/many-machines.md tells it."""
+"""An office of twenty machines, whose administrator collects their reports as in docs/many-machines.md."""
 
 import re
 import shutil
@@ -9,12 +9,11 @@ import subprocess
 import unittest
 
 import labs
+import office_example
 import reader
-import weathers
+import scenarios
+from office_example import COUNT, NAMES, TROUBLES
 
-PAGE = labs.FOLDER.parent / "docs/many-machines.md"
-COUNT = 20
-NAMES = [f"pc-{number:02}" for number in range(1, COUNT + 1)]
 SWITCHED_OFF = "pc-01"  # among the first to begin
 FOLDER = "/lab/visitor/halvik"
 NAME = "office"
@@ -23,27 +22,14 @@ NAME = "office"
 SETTINGS = "halvik_diagnostic_at_once=4\nhalvik_diagnostic_delay_seconds_max=2\n"
 
 
-def blocks(language):
-    """The page's examples in a language."""
-    return re.findall(rf"^```{language}\n(.*?)^```$", PAGE.read_text(encoding="utf-8"), re.MULTILINE | re.DOTALL)
-
-
-def the_block(language, beginning):
-    block, = [block for block in blocks(language) if block.startswith(beginning)]
-    return block
-
-
-TROUBLES = dict(re.findall(r"^sudo lab/lab weather --on (\S+) (\S+)$", PAGE.read_text(encoding="utf-8"), re.MULTILINE))
-
-
 class Office:
     """The lab of all tests, and its two runs of the playbook, one after the other."""
 
     def __init__(self):
-        self.do("--machines", str(COUNT), "up")
+        self.do(*office_example.START)
         unittest.addModuleCleanup(self.do, "down")
-        for name, weather in TROUBLES.items():
-            self.do("weather", "--on", name, weather)
+        for name in TROUBLES:
+            self.do(*office_example.scenario_words(name))
         self.at_administrators(f"printf '{SETTINGS}' >>office.ini")
         self.first = self.collect()
         self.before = {name: self.files(name) for name in NAMES[1:]}
@@ -64,7 +50,7 @@ class Office:
         return labs.finish(self.start_at_administrators(command))
 
     def collect(self, while_running=lambda: None):
-        running = self.start_at_administrators(the_block("sh", "ansible-playbook -i office.ini collect.yml"))
+        running = self.start_at_administrators(office_example.COLLECT)
         while_running()
         return labs.finish(running)
 
@@ -92,8 +78,8 @@ def setUpModule():
     office = Office()
 
 
-def said(ended, task):
-    """What a task said, by the lines of its message."""
+def message(ended, task):
+    """The message that a task printed."""
     found = re.search(rf"^TASK \[halvik_diagnostic : {task}\] \*+\n.*\n(?:    changed: false\n)?    msg: \|-\n"
                       r"((?:        .*\n|\n)+)", ended.stdout, re.MULTILINE)
     return re.sub("^ {8}", "", found[1], flags=re.MULTILINE).rstrip() if found else ended.stdout
@@ -118,21 +104,20 @@ class FirstRunTest(unittest.TestCase):
 
     def test_the_five_machines_and_what_they_have(self):
         self.assertEqual(len(TROUBLES), 5)
-        lines = said(office.first, "Say what the reports mean").splitlines()
+        lines = message(office.first, "Say what the reports mean").splitlines()
         problems = {line.split()[0].removesuffix(".txt"): line.split()[1] for line in lines[1:COUNT + 1]}
         expected = {name: "nothing" for name in NAMES}
-        for name, weather in TROUBLES.items():
-            expected[name], = reader.expected(weather)
+        for name, scenario in TROUBLES.items():
+            expected[name], = reader.expected(scenario)
         self.assertEqual(problems, expected)
 
-    def test_the_page_shows_what_is_said(self):
-        shown, printed = (re.sub("(?m)^time since boot: .*\n", "", text).rstrip() for text in
-                          (the_block("text", "Report "), said(office.first, "Say what the reports mean")))
-        self.assertEqual(printed, shown)
+    def test_the_table_of_the_reports(self):
+        printed = message(office.first, "Say what the reports mean")
+        self.assertEqual(*map(office_example.without_uptime, (printed, office_example.REPORT)))
 
     def test_the_reports_can_be_read_again(self):
         again = office.at_administrators(f"cd reports/{office.folders[0]} && halvik-report *.txt")
-        self.assertEqual(again.stdout.rstrip(), said(office.first, "Say what the reports mean"))
+        self.assertEqual(again.stdout.rstrip(), message(office.first, "Say what the reports mean"))
 
 
 class SecondRunTest(unittest.TestCase):
@@ -151,7 +136,7 @@ class SecondRunTest(unittest.TestCase):
 
     def test_names_the_machine_that_was_switched_off(self):
         self.assertEqual(office.second.returncode, 2)
-        self.assertEqual(said(office.second, "Name the machines without a report"), f"{SWITCHED_OFF}: unreachable")
+        self.assertEqual(message(office.second, "Name the machines without a report"), f"{SWITCHED_OFF}: unreachable")
 
     def test_has_the_reports_of_all_others(self):
         self.assertEqual(office.reports(1), [f"{name}.txt" for name in NAMES if name != SWITCHED_OFF])
@@ -164,7 +149,7 @@ class OptionsTest(unittest.TestCase):
 
     @classmethod
     def setUpClass(cls):
-        office.do("weather", "--on", "pc-20", "disk-full")
+        office.do("scenario", "--on", "pc-20", "disk-full")
         cls.ended = office.at_administrators(
             "ansible-playbook -i office.ini collect.yml --limit pc-19,pc-20 -e halvik_diagnostic_domain=shop.example "
             "-e halvik_diagnostic_skivra=with -e halvik_diagnostic_upload=true")
@@ -172,7 +157,8 @@ class OptionsTest(unittest.TestCase):
         cls.report = office.at_administrators(f"cat reports/{folder}/pc-19.txt").stdout
 
     def test_a_full_disk_is_named_and_does_not_spoil_the_others(self):
-        self.assertEqual(said(self.ended, "Name the machines without a report"), "pc-20: no room for the report on its disk")
+        self.assertEqual(message(self.ended, "Name the machines without a report"),
+                         "pc-20: no room for the report on its disk")
         self.assertIn("nslookup", self.report)
 
     def test_a_domain_and_the_skivra_are_tested(self):
@@ -180,14 +166,15 @@ class OptionsTest(unittest.TestCase):
         self.assertIn("@127.0.0.1", self.report)
 
     def test_the_report_is_uploaded_as_well(self):
-        self.assertRegex(said(self.ended, "Say where the reports are"),
+        self.assertRegex(message(self.ended, "Say where the reports are"),
                          r"(?m)^pc-19: https://diagnostic\.halvik\.example/results/1$")
 
     def test_a_run_that_takes_too_long_is_ended_and_named(self):
         ended = office.at_administrators("ansible-playbook -i office.ini collect.yml --limit pc-19 "
                                          "-e halvik_diagnostic_seconds_max=1")
-        self.assertEqual(said(ended, "Name the machines without a report"), "pc-19: not done after 1 seconds")
-        self.assertEqual(office.do("shell", "--on", "pc-19", "--root", "sh", "-c", "pgrep -c 'halvik|ping|dig' || :"), "0\n")
+        self.assertEqual(message(ended, "Name the machines without a report"), "pc-19: not done after 1 seconds")
+        count = office.do("shell", "--on", "pc-19", "--root", "sh", "-c", "pgrep -c 'halvik|ping|dig' || :")
+        self.assertEqual(count, "0\n")
 
     def test_check_mode_runs_nothing(self):
         before = office.at_administrators("ls reports").stdout
@@ -196,21 +183,22 @@ class OptionsTest(unittest.TestCase):
         self.assertEqual(office.at_administrators("ls reports").stdout, before)
 
 
-class WeatherOfAMachineTest(unittest.TestCase):
+class ScenarioOfAMachineTest(unittest.TestCase):
     def test_what_is_not_of_one_machine_is_refused(self):
-        ended = labs.run("--name", NAME, "weather", "--on", "pc-19", "captive-portal")
-        self.assertEqual((ended.returncode, ended.stderr), (2, "lab: captive-portal is no weather of one machine\n"))
+        ended = labs.run("--name", NAME, "scenario", "--on", "pc-19", "captive-portal")
+        self.assertEqual((ended.returncode, ended.stderr),
+                         (2, "lab: captive-portal is not a scenario of one machine\n"))
 
-    def test_clear_weather_can_be_had_by_each(self):
-        for name in weathers.WEATHERS:
+    def test_clear_can_be_had_by_each(self):
+        for name in scenarios.SCENARIOS:
             try:
-                weathers.of_a_machine(name, "pc-19")
-            except weathers.Contradiction:
+                scenarios.of_a_machine(name, "pc-19")
+            except scenarios.Contradiction:
                 continue
-            self.assertEqual(weathers.of_a_machine("clear", "pc-19"), weathers.WEATHERS["clear"])
+            self.assertEqual(scenarios.of_a_machine("clear", "pc-19"), scenarios.SCENARIOS["clear"])
 
     def test_a_machine_that_is_off_has_none(self):
-        ended = labs.run("--name", NAME, "weather", "--on", SWITCHED_OFF, "small-mtu")
+        ended = labs.run("--name", NAME, "scenario", "--on", SWITCHED_OFF, "small-mtu")
         self.assertEqual(ended.returncode, 2)
         self.assertIn(f"there is no machine {SWITCHED_OFF}", ended.stderr)
 

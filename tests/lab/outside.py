@@ -12,7 +12,7 @@ NO_IPV6 = "/proc/sys/net/ipv6/conf/default/disable_ipv6"
 
 
 class Outside:
-    """A way to everywhere, on which whatever a lab let out would come."""
+    """A default route to a tunnel, which receives all packets that leave a lab."""
 
     def __init__(self):
         if os.path.exists(NO_IPV6):
@@ -22,8 +22,8 @@ class Outside:
         namespaces.ip(["link set lo up", f"link set {DEVICE} up", f"address add 10.0.0.1/32 dev {DEVICE}",
                        f"route add default dev {DEVICE}"])
 
-    def take(self):
-        """The packets that have come."""
+    def received(self):
+        """The packets that have come since the last call."""
         packets = []
         while True:
             try:

@@ -43,7 +43,7 @@ ANSWERED = {
     "/bin/sh -c /sbin/ping": r"From 192\.168\.1\.1 icmp_seq=1 Time to live exceeded",
     # On Linux it knows no such command.
     "/bin/sh -c /sbin/route": r"\Astderr:\nUsage: route",
-    # It tells everything on standard error.
+    # It prints everything on standard error.
     "/bin/sh -c /usr/bin/curl": r"^< HTTP/1\.1 200 OK",
     "": r"\Astdout:\n(?!(?s:.*)^stderr:)",
 }

@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 Halvik
 # SPDX-License-Identifier: Apache-2.0
 
-"""What the tests in the lab share that have the reader of reports say what a run has found."""
+"""What the tests share that have halvik-report read the report of a run."""
 
 import json
 import os
@@ -11,12 +11,12 @@ import tempfile
 
 import builds
 import labs
-import weathers
+import scenarios
 
 EXPECTED = json.loads(pathlib.Path(__file__).with_name("expected_findings.json").read_text(encoding="utf-8"))
 PAIRS = EXPECTED["pairs"]
 
-# Whether the Skivra is installed, and what a run is asked besides, in clear weather.
+# Runs in which nothing is wrong: whether the Skivra is installed, and the options.
 CLEAR_RUNS = {
     "clear": (False, []),
     "clear with a domain": (False, [f"-d={labs.DOMAIN}"]),
@@ -30,28 +30,28 @@ def program():
     return pathlib.Path(os.environ.get("HALVIK_REPORT") or pathlib.Path(builds.program()).with_name("halvik-report"))
 
 
-def expected(weather):
-    """The findings of a weather, or of several joined by "+", those of the first one first."""
-    return [finding for each in weather.split("+") for finding in EXPECTED["weathers"][each]]
+def expected(scenario):
+    """The findings of a scenario, or of several joined by "+", those of the first one first."""
+    return [finding for each in scenario.split("+") for finding in EXPECTED["scenarios"][each]]
 
 
-def shows_in_a_report(weather):
-    return bool(expected(weather))
+def shows_in_a_report(scenario):
+    return bool(expected(scenario))
 
 
-def observe(weather):
-    """What the reader finds in the report of a run that shows a weather."""
-    options, skivra = labs.needed_options(weather)
-    return observe_run(weather, weather, skivra, options)
+def observe(scenario):
+    """What the reader finds in the report of a run that shows a scenario."""
+    options, skivra = labs.needed_options(scenario)
+    return observe_run(scenario, scenario, skivra, options)
 
 
-def observe_run(name, weather, skivra, options):
-    return findings(report_of(name, weather, skivra, options))
+def observe_run(name, scenario, skivra, options):
+    return findings(report_of(name, scenario, skivra, options))
 
 
-def report_of(name, weather, skivra, options):
+def report_of(name, scenario, skivra, options):
     """The report of a run in a lab of its own."""
-    with labs.Lab(name, weather, skivra) as lab:
+    with labs.Lab(name, scenario, skivra) as lab:
         return lab.run_program("-s", "-c", *options).stdout
 
 
@@ -74,7 +74,7 @@ def problems(found):
     return [finding["id"] for finding in found if finding["severity"] == "problem"]
 
 
-def told(found):
-    """What was found, for people."""
+def text_of(found):
+    """The findings and the first lines of their evidence, for a message."""
     return "\n".join(f"{finding['severity']} {finding['id']}: {finding['text']}\n" + "".join(
         f"    line {line['line']}: {line['text']}\n" for line in finding["evidence"][:3]) for finding in found)

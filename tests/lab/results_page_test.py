@@ -13,7 +13,7 @@ import skipping
 
 skipping.require_tools("chromium")
 
-WEATHER = "small-mtu+slow-city"
+SCENARIO = "small-mtu+slow-city"
 BROWSER = ["chromium", "--headless", "--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run",
            "--disable-background-networking", "--disable-component-update", "--disable-sync", "--dump-dom"]
 
@@ -48,7 +48,7 @@ class ResultsPageTest(unittest.TestCase):
             self.skipTest(f"{reader.program()} is not built")
 
     def test_a_browser_shows_what_the_reader_makes_of_a_report(self):
-        with labs.Lab("results page", WEATHER) as lab:
+        with labs.Lab("results page", SCENARIO) as lab:
             ended = lab.run_program("-s")
             address = ended.stdout.decode().strip().removeprefix("url=")
             page = lab.shell("curl", "--silent", address)
@@ -57,7 +57,7 @@ class ResultsPageTest(unittest.TestCase):
         made = subprocess.run([reader.program(), "--html"], input=upload.report, capture_output=True, check=False)
         self.assertEqual(page, made.stdout)
         found = reader.findings(upload.report)
-        self.assertCountEqual(reader.problems(found), reader.expected(WEATHER), reader.told(found))
+        self.assertCountEqual(reader.problems(found), reader.expected(SCENARIO), reader.text_of(found))
         for finding in found:
             self.assertIn(" ".join(finding["text"].split()), shown)
 

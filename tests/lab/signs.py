@@ -1,84 +1,53 @@
 # SPDX-FileCopyrightText: 2026 Halvik
 # SPDX-License-Identifier: Apache-2.0
 
-"""What the lab's README promises of each weather, read from its tables."""
+"""What a scenario shows: a pattern in the blocks of the report, or in what the program prints."""
 
 import dataclasses
 import re
 
-import labs
-
-README = labs.FOLDER / "README.md"
-STREAMS = ("standard output", "standard error")
-
-
-@dataclasses.dataclass(frozen=True)
-class Promise:
-    """What becomes of a run in a weather."""
-
-    status: int
-    is_submitted: bool
+STDOUT, STDERR = "standard output", "standard error"
+ONE, EVERY, SOME, NO = "", "every ", "some ", "no "
 
 
 @dataclasses.dataclass(frozen=True)
 class Sign:
-    """What a run in a weather shows."""
+    """Make one by the functions below."""
 
-    quantity: str  # "" for the one block of this name or a stream, or else "every", "some" or "nowhere"
-    place: str  # a stream, or how the names of blocks begin
+    quantity: str
+    place: str  # STDOUT, STDERR or a block's name; with a quantity other than ONE, how the names of blocks begin
     pattern: str
 
     def __str__(self):
-        return f"{self.quantity or 'in'} {self.place}: {self.pattern}"
+        return f"in {self.quantity}{self.place}: {self.pattern}"
 
     def is_seen(self, streams, blocks):
         """Whether a run shows it that printed this on its streams, and had these blocks in its report."""
-        if self.place in STREAMS:
+        if self.place in streams:
             texts = [streams[self.place]]
-        elif self.quantity:
-            texts = [content for name, content in blocks if name.startswith(self.place)]
-        else:
+        elif self.quantity == ONE:
             texts = [content for name, content in blocks if name == self.place]
+        else:
+            texts = [content for name, content in blocks if name.startswith(self.place)]
         if not texts:
-            return False  # not all runs ask the same
-        if not self.quantity and len(texts) > 1:
+            return False  # not all runs have the same blocks
+        if self.quantity == ONE and len(texts) > 1:
             raise AssertionError(f"{len(texts)} blocks are {self.place}")
         found = [re.search(self.pattern, text, re.MULTILINE) is not None for text in texts]
-        return {"": all, "every": all, "some": any, "nowhere": lambda each: not any(each)}[self.quantity](found)
+        return {ONE: all, EVERY: all, SOME: any, NO: lambda each: not any(each)}[self.quantity](found)
 
 
-def promises():
-    """Every weather's promise, by its name."""
-    rows = read_table("Weather", "What it does", "Exit status", "Submitted", "Seconds")
-    return {unquoted(name): Promise(int(status), {"yes": True, "no": False}[submitted])
-            for name, _, status, submitted, _ in rows}
+def sign(place, pattern):
+    return Sign(ONE, place, pattern)
 
 
-def signs():
-    """Every weather's signs, by its name."""
-    found = {}
-    for name, where, what in read_table("Weather", "Where", "What is there"):
-        nowhere, quantity, place = re.fullmatch(r"(?:(nowhere) )?in (?:(every|some) )?(.+)", where).groups("")
-        place = place if place in STREAMS else unquoted(place)
-        found.setdefault(unquoted(name), []).append(Sign(nowhere or quantity, place, unquoted(what)))
-    return found
+def in_every(place, pattern):
+    return Sign(EVERY, place, pattern)
 
 
-def read_table(*head):
-    """The cells of the rows below this head."""
-    lines = README.read_text(encoding="utf-8").splitlines()
-    start = lines.index(f"| {' | '.join(head)} |") + 2
-    rows = []
-    for line in lines[start:]:
-        if not line.startswith("|"):
-            break
-        cells = [cell.strip() for cell in re.split(r"(?<!\\)\|", line)[1:-1]]
-        if len(cells) != len(head):
-            raise AssertionError(f"not a row of {len(head)} cells: {line}")
-        rows.append(cells)
-    return rows
+def in_some(place, pattern):
+    return Sign(SOME, place, pattern)
 
 
-def unquoted(cell):
-    """What stands between the cell's backquotes; behind them there may be a remark."""
-    return re.fullmatch(r"`([^`]+)`(?: \(.*\))?", cell)[1]
+def in_none(place, pattern):
+    return Sign(NO, place, pattern)

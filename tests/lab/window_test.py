@@ -21,7 +21,7 @@ import windows
 
 import machine
 
-# The results page shows the report as it came, whether or not there is a reader that would make more of it.
+# The results page shows the report as it came, not the page that halvik-report makes.
 os.environ["HALVIK_REPORT"] = os.devnull
 DOMAIN = "shop.example"
 ADDRESS = "https://diagnostic.halvik.example/results/1"
@@ -147,7 +147,7 @@ class LabWindowTest(windows.WindowedTest):
         self.assertEqual(page.texts["title"], "Results 1")
         self.assert_same_text(page.texts["pre"].encode(), report)
 
-        self.lab("weather", "submission-500")
+        self.lab("scenario", "submission-500")
         self.window.press("alt+s")
         self.window.wait_for(lambda picture: not picture.results, "the results of the run before are gone")
         self.watch_progress(start)

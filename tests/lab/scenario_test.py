@@ -1,8 +1,8 @@
 # SPDX-FileCopyrightText: 2026 Halvik
 # SPDX-License-Identifier: Apache-2.0
 
-"""One whole run of the program in each weather: what it says, what it leaves, what the receiver got, and whether its
-report gives the weather away.
+"""One whole run of the program in each scenario: what it prints, what it leaves, what the receiver got, and whether its
+report shows the scenario.
 """
 
 import dataclasses
@@ -17,16 +17,18 @@ import outside
 import plan
 import program_tests
 import report_text
-import signs
+import scenarios
 import skivra
 import upload_form
-import weathers
+from expected_outcomes import OUTCOMES
+from expected_signs import SIGNS
+from signs import STDERR, STDOUT
 
 # Those that wait longest begin first, so that the others fit beside them.
 SLOW = ["submission-stalls", "resolver-down", "port-53-blocked", "gateway-silent", "line-down",
         "loss-and-delay", "loss-beyond-provider", "path-ends-early", "silent-city"]
 
-# What a weather may change without touching anything that the plan asks.
+# What a scenario may change without touching anything that the plan asks.
 ABOUT_SUBMISSION = ("summary", "submission", "certificate", "disk_full")
 
 DESKTOP_FILE = "/lab/visitor/Desktop/diagnostic_results.txt"
@@ -42,7 +44,7 @@ class Run:
     uploads: list
 
     def shows(self, sign):
-        streams = {"standard output": self.ended.stdout.decode(), "standard error": "\n".join(self.ended.messages)}
+        streams = {STDOUT: self.ended.stdout.decode(), STDERR: "\n".join(self.ended.messages)}
         return sign.is_seen(streams, [(name.decode(), content.decode()) for name, content in self.blocks])
 
     @property
@@ -50,9 +52,9 @@ class Run:
         return report_text.blocks(self.report)
 
 
-def observe(weather):
-    options, skivra = labs.needed_options(weather)
-    with labs.Lab(weather, weather, skivra) as lab:
+def observe(scenario):
+    options, skivra = labs.needed_options(scenario)
+    with labs.Lab(scenario, scenario, skivra) as lab:
         before = lab.files()
         ended = lab.run_program("-s", "-i", "-o=F", *options)
         return Run(ended, (lab.work / "F").read_bytes(), before, lab.files(), lab.uploads())
@@ -62,55 +64,55 @@ def setUpModule():
     global around, runs
     around = outside.Outside()
     unittest.addModuleCleanup(around.close)
-    names = sorted(weathers.WEATHERS, key=lambda name: name not in SLOW)
+    names = sorted(scenarios.SCENARIOS, key=lambda name: name not in SLOW)
     runs = labs.SideBySide({name: functools.partial(observe, name) for name in names})
 
 
-def in_each_weather(check):
-    """A test that makes this check of the run in every weather."""
+def in_each_scenario(check):
+    """A test that makes this check of the run in every scenario."""
     @functools.wraps(check)
     def test(self):
-        for weather in weathers.WEATHERS:
-            with self.subTest(weather):
-                runs.check(weather, functools.partial(check, self, weather))
+        for scenario in scenarios.SCENARIOS:
+            with self.subTest(scenario):
+                runs.check(scenario, functools.partial(check, self, scenario))
     return test
 
 
 class OutcomeTest(unittest.TestCase):
     maxDiff = None
 
-    @in_each_weather
-    def test_exit_status(self, weather, run):
-        self.assertEqual(run.ended.status, promises[weather].status)
+    @in_each_scenario
+    def test_exit_status(self, scenario, run):
+        self.assertEqual(run.ended.status, OUTCOMES[scenario].status)
 
-    @in_each_weather
-    def test_standard_output(self, weather, run):
-        url = rb"url=\S+\n" if promises[weather].status == 0 else b""
+    @in_each_scenario
+    def test_standard_output(self, scenario, run):
+        url = rb"url=\S+\n" if OUTCOMES[scenario].status == 0 else b""
         self.assertRegex(run.ended.stdout, rb"\AoutputFile=F\n" + url + rb"\Z")
 
-    @in_each_weather
-    def test_standard_error(self, weather, run):
-        if promises[weather].status == 0:
+    @in_each_scenario
+    def test_standard_error(self, scenario, run):
+        if OUTCOMES[scenario].status == 0:
             self.assertEqual(run.ended.messages, [])
             return
         not_saved = "could not save diagnostic_results.txt"
         # The place of last resort is on the same disk.
         tries = [f"saving the report to {DESKTOP_FILE}", *([
             not_saved, r"saving the report to /tmp/halvik-diagnostic-\w{6}/diagnostic_results.txt", not_saved,
-        ] if is_disk_full(weather) else [])]
+        ] if is_disk_full(scenario) else [])]
         for message, expected in itertools.zip_longest(
                 run.ended.messages[1:], [*tries, "could not send log, saved to Desktop"], fillvalue=""):
             self.assertRegex(message, rf"\A{expected}\Z")
         self.assertRegex(run.ended.messages[0], f"^sending to {SUBMIT_URL} failed: .")
 
-    @in_each_weather
-    def test_files(self, weather, run):
-        is_on_desktop = promises[weather].status == 1 and not is_disk_full(weather)
+    @in_each_scenario
+    def test_files(self, scenario, run):
+        is_on_desktop = OUTCOMES[scenario].status == 1 and not is_disk_full(scenario)
         self.assertEqual(run.files, {**run.files_before, **({DESKTOP_FILE: run.report} if is_on_desktop else {})})
 
-    @in_each_weather
-    def test_what_the_receiver_got(self, weather, run):
-        self.assertEqual(len(run.uploads), promises[weather].is_submitted)
+    @in_each_scenario
+    def test_what_the_receiver_got(self, scenario, run):
+        self.assertEqual(len(run.uploads), OUTCOMES[scenario].is_submitted)
         for upload in run.uploads:
             self.assertEqual(upload.body, upload_form.around(run.report))
             self.assertEqual(upload.report, run.report)
@@ -120,10 +122,10 @@ class OutcomeTest(unittest.TestCase):
                            b"Content-Type: " + upload_form.CONTENT_TYPE]:
                 self.assertIn(header, headers)
 
-    @in_each_weather
-    def test_the_blocks_of_the_report(self, weather, run):
+    @in_each_scenario
+    def test_the_blocks_of_the_report(self, scenario, run):
         names = [name.decode() for name, _ in run.blocks]
-        options, has_skivra = labs.needed_options(weather)
+        options, has_skivra = labs.needed_options(scenario)
         facts = {"domain": labs.DOMAIN} if options else {}
         if has_skivra:
             facts |= {"skivra": True, "beacon_logs": [path for path, _ in skivra.logs()]}
@@ -131,43 +133,36 @@ class OutcomeTest(unittest.TestCase):
 
     def test_nothing_left_a_lab(self):
         runs.wait()
-        self.assertEqual(around.take(), [])
+        self.assertEqual(around.received(), [])
         with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as from_here:
             from_here.sendto(b"a query", (endpoints.roles()["serviceResolverA"], 53))
-        self.assertEqual(len(around.take()), 1, "what leaves would be seen")
+        self.assertEqual(len(around.received()), 1, "what leaves would be seen")
 
 
 class SignsTest(unittest.TestCase):
-    """The report, and what the program says besides, give each weather away by the signs that the README names."""
+    """The report and what the program prints show the signs of the scenario, and not all those of any other."""
 
-    def test_the_readme_has_all_weathers(self):
-        self.assertEqual(list(promises), list(weathers.WEATHERS))
-        self.assertEqual(list(signs_of), list(weathers.WEATHERS))
-
-    @in_each_weather
-    def test_a_weather_shows_its_signs(self, weather, run):
-        for sign in signs_of[weather]:
+    @in_each_scenario
+    def test_a_scenario_shows_its_signs(self, scenario, run):
+        for sign in SIGNS[scenario]:
             self.assertTrue(run.shows(sign), sign)
 
-    @in_each_weather
-    def test_no_other_weather_shows_all_of_them(self, weather, run):
-        for other in weathers.WEATHERS:
-            if other not in (weather, "clear"):
-                self.assertFalse(all(run.shows(sign) for sign in signs_of[other]), f"this could be {other}")
+    @in_each_scenario
+    def test_no_other_scenario_shows_all_of_them(self, scenario, run):
+        for other in scenarios.SCENARIOS:
+            if other not in (scenario, "clear"):
+                self.assertFalse(all(run.shows(sign) for sign in SIGNS[other]), f"this could be {other}")
 
-    @in_each_weather
-    def test_trouble_with_the_submission_alone_leaves_the_report_as_in_clear_weather(self, weather, run):
-        usual = {field: getattr(weathers.WEATHERS["clear"], field) for field in ABOUT_SUBMISSION}
-        if dataclasses.replace(weathers.WEATHERS[weather], **usual) == weathers.WEATHERS["clear"]:
-            for sign in signs_of["clear"]:
-                self.assertTrue(sign.place in signs.STREAMS or run.shows(sign), sign)
-
-
-def is_disk_full(weather):
-    return weathers.WEATHERS[weather].disk_full
+    @in_each_scenario
+    def test_trouble_with_the_submission_alone_leaves_the_report_as_in_clear(self, scenario, run):
+        usual = {field: getattr(scenarios.SCENARIOS["clear"], field) for field in ABOUT_SUBMISSION}
+        if dataclasses.replace(scenarios.SCENARIOS[scenario], **usual) == scenarios.SCENARIOS["clear"]:
+            for sign in SIGNS["clear"]:
+                self.assertTrue(sign.place in (STDOUT, STDERR) or run.shows(sign), sign)
 
 
-promises = signs.promises()
-signs_of = signs.signs()
+def is_disk_full(scenario):
+    return scenarios.SCENARIOS[scenario].disk_full
+
 
 labs.run_tests()
