@@ -11,16 +11,13 @@ report, the "report" in it.
 
 import html
 import http.server
-import io
 import itertools
 import pathlib
 import subprocess
 import sys
 import time
 
-import werkzeug.formparser
-import werkzeug.http
-
+import form_parser
 from scenarios import ANSWERS, CLOSES, FAILS, STALLS, TWO_PIECES
 
 PAGE = """<!DOCTYPE html>
@@ -70,13 +67,10 @@ def plain_page(number, report):
 
 def report_in(body, content_type):
     """The one file of a submitted form; None if it is no such form."""
-    kind, options = werkzeug.http.parse_options_header(content_type)
-    parser = werkzeug.formparser.FormDataParser(silent=True)
-    _, fields, files = parser.parse(io.BytesIO(body), kind, len(body), options)
-    files = list(files.items(multi=True))
-    if fields or len(files) != 1 or files[0][0] != "file":
+    files = form_parser.files(body, content_type)
+    if files is None or [field for field, _, _ in files] != ["file"]:
         return None
-    return files[0][1].read()
+    return files[0][2]
 
 
 class Handler(http.server.BaseHTTPRequestHandler):

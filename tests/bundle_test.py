@@ -1,18 +1,23 @@
 # SPDX-FileCopyrightText: 2026 Halvik
 # SPDX-License-Identifier: Apache-2.0
-"""What macOS is told about the program. CMake lays a bundle out on any system; nothing is compiled here."""
+"""What macOS knows about the program. CMake lays a bundle out on any system; nothing is compiled here."""
 
 import pathlib
 import plistlib
 import re
 import shutil
-import struct
 import subprocess
 import tempfile
 import unittest
 
-ROOT = pathlib.Path(__file__).resolve().parents[1]
+import skipping
+from project import ROOT
+
+skipping.require_modules("PIL")
+import PIL.Image
+
 ICON = ROOT / "share/macos/halvik-diagnostic.icns"
+PNG = b"\x89PNG\r\n\x1a\n"  # how each picture of the icon begins
 DESCRIPTION = ROOT / "share/linux/example.halvik.Diagnostic.metainfo.xml"
 
 # A program of the same name and version, on a system that is said to be macOS, with a compiler that is never called.
@@ -70,18 +75,15 @@ class Bundle(unittest.TestCase):
 
 class Icon(unittest.TestCase):
     def test_has_a_picture_of_each_size(self):
-        content = ICON.read_bytes()
-        self.assertEqual((content[:4], *struct.unpack(">I", content[4:8])), (b"icns", len(content)))
-        sizes = {}
-        at = 8
-        while at < len(content):
-            name, length = content[at:at + 4], struct.unpack(">I", content[at + 4:at + 8])[0]
-            picture = content[at + 8:at + length]
-            self.assertEqual(picture[:8], b"\x89PNG\r\n\x1a\n")
-            sizes[name] = struct.unpack(">II", picture[16:24])
-            at += length
-        expected = {b"ic11": 32, b"ic12": 64, b"ic07": 128, b"ic08": 256, b"ic09": 512, b"ic10": 1024}
-        self.assertEqual(sizes, {name: (size, size) for name, size in expected.items()})
+        with PIL.Image.open(ICON) as icon:
+            sizes = sorted(icon.info["sizes"])
+        self.assertEqual(sizes, [(16, 16, 2), (32, 32, 2), (128, 128, 1), (256, 256, 1), (512, 512, 1), (512, 512, 2)])
+        for width, height, scale in sizes:
+            with PIL.Image.open(ICON) as icon:
+                icon.size = width, height, scale
+                icon.load()
+                self.assertEqual(icon.size, (width * scale, height * scale))
+        self.assertEqual(ICON.read_bytes().count(PNG), len(sizes))
 
 
 if __name__ == "__main__":

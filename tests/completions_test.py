@@ -10,20 +10,21 @@ import pty
 import select
 import shutil
 import subprocess
-import sys
 import tempfile
 import time
 import unittest
 
 import option_table
+from project import ROOT
+from skipping import skip_file
 
-COMPLETIONS = pathlib.Path(__file__).resolve().parents[1] / "share/completions"
+COMPLETIONS = ROOT / "share/completions"
 PROGRAM = "halvik-diagnostic"
 GUARD_SECONDS = 60  # ends a shell that hangs; no test waits for it otherwise
 
 PROMPT = b"ready> "
 NOTED = b"words noted"
-STAND_IN = """#!/bin/sh
+FAKE_PROGRAM = """#!/bin/sh
 printf '%s\\n' "$@" >"$HOME/words"
 echo words noted
 """
@@ -82,7 +83,7 @@ class ShellTest:
         folder = tempfile.TemporaryDirectory()
         self.addCleanup(folder.cleanup)
         self.home = pathlib.Path(folder.name)
-        (self.home / PROGRAM).write_text(STAND_IN)
+        (self.home / PROGRAM).write_text(FAKE_PROGRAM)
         (self.home / PROGRAM).chmod(0o755)
         (self.home / "report.txt").touch()
         (self.home / "my report.txt").touch()
@@ -168,6 +169,5 @@ class FishTest(ShellTest, unittest.TestCase):
 
 if __name__ == "__main__":
     if not any(map(shutil.which, ("zsh", "fish"))):
-        print("SKIPPED: neither zsh nor fish is installed")
-        sys.exit(77)
+        skip_file("neither zsh nor fish is installed")
     unittest.main()

@@ -12,13 +12,14 @@ import xml.etree.ElementTree
 
 import option_table
 import page
+import skipping
 from project import ROOT, version
 
 METAINFO = ROOT / "share/linux/example.halvik.Diagnostic.metainfo.xml"
 
 
 class Options(unittest.TestCase):
-    """Each place tells of each option, in every way to write it, and of no other."""
+    """Each place lists each option, in every way to write it, and of no other."""
 
     def assert_complete(self, written):
         self.assertEqual(sorted(map(sorted, written)), sorted(map(sorted, option_table.signatures())))
@@ -96,5 +97,5 @@ class Releases(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    page.require_reader()
+    skipping.require_tools("mandoc")
     unittest.main()

@@ -1,16 +1,17 @@
 # SPDX-FileCopyrightText: 2026 Halvik
 # SPDX-License-Identifier: Apache-2.0
 
-"""The options as the program itself knows them: what it is told in other places is held against these."""
+"""The options as the program itself knows them: what is written in other places is held against these."""
 
-import os
 import re
 import subprocess
+
+import builds
 
 
 def signatures():
     """For each option the ways to write it, in the order of the program's own table."""
-    usage = subprocess.run([os.environ["HALVIK_DIAGNOSTIC"], "-h"], capture_output=True, check=True, text=True).stderr
+    usage = subprocess.run([builds.program(), "-h"], capture_output=True, check=True, text=True).stderr
     found = [tuple(written.split()) for written in re.findall(r"^(-\S+(?: -\S+)*), ", usage, re.MULTILINE)]
     if len(found) < 2:
         raise AssertionError(f"no table of options in the usage: {usage!r}")

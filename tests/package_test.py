@@ -8,17 +8,16 @@ import pathlib
 import re
 import shutil
 import subprocess
-import sys
 import tempfile
 import unittest
 
-sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent / "program"))
-
+import builds
 import endpoints
 import plan
 import project
+import skipping
 
-BUILD = pathlib.Path(os.environ["HALVIK_DIAGNOSTIC"]).parent
+BUILD = builds.folder()
 LIBRARIES = "usr/lib/*/qt6/plugins"
 
 FILES = """
@@ -102,7 +101,7 @@ class Contents(unittest.TestCase):
         self.assertEqual(sorted(str(path.relative_to(folder / "tree")) for path in found), FILES)
 
     def test_no_file_grants_rights(self):
-        """All are root's, and nobody else's to change; none lends its owner's rights."""
+        """All are root's, and nobody else's to change; none is setuid."""
         listed = output("dpkg-deb", "--contents", package).decode().splitlines()
         self.assertGreater(len(listed), len(FILES))
         for line in listed:
@@ -212,8 +211,5 @@ class HardeningOfTheWindow(Hardening):
 
 
 if __name__ == "__main__":
-    missing = [tool for tool in ("cpack", "dpkg-shlibdeps", "file", "lintian") if not shutil.which(tool)]
-    if missing:
-        print("SKIPPED: not installed:", ", ".join(missing))
-        sys.exit(77)
+    skipping.require_tools("cpack", "dpkg-shlibdeps", "file", "lintian")
     unittest.main()

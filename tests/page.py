@@ -3,22 +3,14 @@
 
 """The manual page of this build, taken apart."""
 
-import os
-import pathlib
 import re
-import shutil
 import subprocess
-import sys
+
+import builds
 
 
 def path():
-    return pathlib.Path(os.environ["HALVIK_DIAGNOSTIC"]).parent / "halvik-diagnostic.1"
-
-
-def require_reader():
-    if not shutil.which("mandoc"):
-        print("SKIPPED: not installed: mandoc")
-        sys.exit(77)
+    return builds.folder() / "halvik-diagnostic.1"
 
 
 def section(name):

@@ -8,14 +8,15 @@ import pathlib
 import re
 import shutil
 import subprocess
-import sys
 import tempfile
 import unittest
 
+import builds
+import skipping
 from project import ROOT
 
 PLAYBOOKS = ROOT / "share/ansible"
-BUILD = pathlib.Path(os.environ["HALVIK_DIAGNOSTIC"]).parent
+BUILD = builds.folder()
 
 # A system of its own over the machine's, for what is installed in it: it goes with the process. apt knows no source
 # there.
@@ -93,9 +94,5 @@ class InstallTest(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    missing = [tool for tool in ("ansible-playbook", "ansible-lint", "cpack", "dpkg-scanpackages", "unshare")
-               if not shutil.which(tool)]
-    if missing:
-        print("SKIPPED: not installed:", ", ".join(missing))
-        sys.exit(77)
+    skipping.require_tools("ansible-playbook", "ansible-lint", "cpack", "dpkg-scanpackages", "unshare")
     unittest.main()

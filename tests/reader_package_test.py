@@ -3,7 +3,6 @@
 
 """The Debian package of the reader of reports, which needs no Qt and works from where it is unpacked."""
 
-import os
 import pathlib
 import re
 import shutil
@@ -11,9 +10,10 @@ import subprocess
 import tempfile
 import unittest
 
+import builds
 from project import ROOT
 
-BUILD = pathlib.Path(os.environ["HALVIK_REPORT"]).parent
+BUILD = builds.folder()
 FILES = """
 usr/bin/halvik-report
 usr/share/bash-completion/completions/halvik-report
@@ -65,7 +65,7 @@ class ManualPage(unittest.TestCase):
                                         text=True).stdout, "")
 
     def test_options_are_those_of_the_program(self):
-        usage = output(os.environ["HALVIK_REPORT"], "--help")
+        usage = output(builds.report_reader(), "--help")
         options = set(re.findall(r"(?<![\w-])--[a-z]+", usage))
         self.assertIn("--json", options)
         page = (ROOT / "docs/halvik-report.1.in").read_text()

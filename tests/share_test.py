@@ -1,23 +1,19 @@
 # SPDX-FileCopyrightText: 2026 Halvik
 # SPDX-License-Identifier: Apache-2.0
-"""What a desktop is told about the program: its entry in the menu, its description and its icon."""
+"""What a desktop knows about the program: its entry in the menu, its description and its icon."""
 
 import configparser
 import io
-import shutil
 import subprocess
-import sys
 import unittest
 import xml.etree.ElementTree
 
-try:
-    import PIL.Image
-    import PIL.ImageChops
-except ImportError:
-    print("SKIPPED: not installed: python3-pil")
-    sys.exit(77)
-
 import project
+import skipping
+
+skipping.require_modules("PIL")
+import PIL.Image
+import PIL.ImageChops
 
 SHARE = project.ROOT / "share/linux"
 PROGRAM = "halvik-diagnostic"
@@ -110,8 +106,5 @@ class Icon(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    missing = [tool for tool in ("desktop-file-validate", "appstreamcli", "rsvg-convert") if not shutil.which(tool)]
-    if missing:
-        print("SKIPPED: not installed:", ", ".join(missing))
-        sys.exit(77)
+    skipping.require_tools("desktop-file-validate", "appstreamcli", "rsvg-convert")
     unittest.main()

@@ -12,15 +12,16 @@ import tempfile
 from clean_room_lib.summary import LOGS, ROOT, Failure
 from clean_room_lib.tree import USER
 
-sys.path.insert(0, str(ROOT / "tests/program"))
+sys.path.insert(0, str(ROOT / "tests/lib"))
 
-import support
+import isolation
+import report_text
 import tls
 from clean_room_lib import window
 
 
 def try_program(summary, tree, with_window):
-    support.raise_loopback()
+    isolation.raise_loopback()
     with tempfile.TemporaryDirectory() as name:
         folder = pathlib.Path(name)
         authority = tls.Authority(folder)
@@ -66,7 +67,7 @@ def check_delivery(receiver, printed):
     report, _, url = printed.rpartition(b"\nurl=")
     if [content for _, _, content in receiver.files[-1:]] != [report]:
         raise Failure("what was received is not what was printed")
-    blocks = support.blocks(report)
-    if len(blocks) != support.PLAN_LENGTH:
+    blocks = report_text.blocks(report)
+    if len(blocks) != report_text.PLAN_LENGTH:
         raise Failure(f"{len(blocks)} commands in the report")
     return f"{len(blocks)} commands, {len(report):,} bytes, {url.decode().strip()}"

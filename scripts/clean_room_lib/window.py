@@ -4,20 +4,19 @@
 """Starts a run in the window of the installed program, by the keyboard, and waits for the link to its results."""
 
 import subprocess
-import tempfile
 
-import PIL.Image
 import Xlib.X
 
+import virtual_screen
 import windows
 from clean_room_lib.summary import LOGS, Failure
 from clean_room_lib.tree import USER
 
 
 def use(tree, receiver):
-    windows.use_own_sockets()
-    with tempfile.TemporaryDirectory() as memory, open(LOGS / "window.log", "wb") as log:
-        screen = windows.Screen(memory, options=["-ac"])
+    virtual_screen.use_own_sockets()
+    with open(LOGS / "window.log", "wb") as log:
+        screen = virtual_screen.Screen(options=["-ac"])
         variables = {"DISPLAY": screen.name, "DBUS_SESSION_BUS_ADDRESS": "disabled:"}
         process = subprocess.Popen(tree.command(["halvik-diagnostic"], USER, variables), stdin=subprocess.DEVNULL,
                                    stdout=log, stderr=log)
@@ -36,7 +35,7 @@ def start_tests(screen, process, receiver):
     window = screen.wait_for_window(windows.TITLE, process)
     window.fill(account="acme-office", ticket="48151")
     window.press("alt+s")
-    save(window.wait_for(lambda picture: picture.link, "the link is shown"))
+    window.wait_for(lambda picture: picture.link, "the link is shown").image.save(LOGS / "window.png")
     icon = screen.display.intern_atom("_NET_WM_ICON")
     if window.window.get_full_property(icon, Xlib.X.AnyPropertyType) is None:
         raise Failure("the window has no icon")
@@ -47,8 +46,3 @@ def start_tests(screen, process, receiver):
     window.close()
     if process.wait(60) != 0:
         raise Failure(f"status {process.returncode} after the window was closed")
-
-
-def save(picture):
-    PIL.Image.frombytes("RGB", (len(picture.rows[0]) // 3, len(picture.rows)), b"".join(picture.rows), "raw",
-                        "BGR").save(LOGS / "window.png")

@@ -97,7 +97,7 @@ class Suites:
         environment.update(HALVIK_DIAGNOSTIC=str(folder / "halvik-diagnostic"),
                            HALVIK_STAND_IN=str(folder / "stand_in_diagnostic"),
                            HALVIK_ENDPOINTS=str(root / "diagnostics/endpoints_built_in.cpp"),
-                           HALVIK_PLATFORM="linux")
+                           HALVIK_PLATFORM="linux", PYTHONPATH=str(root / "tests/lib"))
         test = root / "tests/program" / f"{step.words[0]}_test.py"
         return [*isolation.prefix(step.limit), "/usr/bin/python3", str(test), "--failfast"], environment
 

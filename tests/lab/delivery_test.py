@@ -7,9 +7,10 @@ import html
 import os
 import re
 
-import labs  # before all that it finds
+import labs
+import program_tests
+import report_text
 import skivra
-import support
 import upload_form
 
 # Results pages show each report as it came, not the page that halvik-report makes.
@@ -72,7 +73,7 @@ def setUpModule():
     observed = labs.SideBySide({"twice": submit_twice, "options": deliver, "large": submit_large})
 
 
-class DeliveryTest(support.ProgramTest):
+class DeliveryTest(program_tests.ProgramTest):
     def test_two_uploads_after_each_other(self):
         runs, pages, uploads = observed["twice"]
         self.assertEqual(len(uploads), 2)
@@ -112,12 +113,12 @@ class DeliveryTest(support.ProgramTest):
             reports.append(stdout.removesuffix(b"".join([b"\n", *lines])))
         else:
             self.assertEqual(stdout, b"".join(lines))
-        self.assertEqual(len(support.blocks(reports[0])), support.PLAN_LENGTH)
+        self.assertEqual(len(report_text.blocks(reports[0])), report_text.PLAN_LENGTH)
         for other in reports[1:]:
             self.assert_same_text(other, reports[0])
 
 
-class LargeReportTest(support.ProgramTest):
+class LargeReportTest(program_tests.ProgramTest):
     def test_it_arrives_trimmed(self):
         ended, report, (upload,) = observed["large"]
         self.assertEqual((ended.status, ended.messages), (0, []))
@@ -147,7 +148,7 @@ def cut(content, excess):
 def blocks_by_end(report):
     """The contents of blocks, by the last word of their names without its path."""
     # Not by lines: a block that was cut does not end in a line feed.
-    blocks = (part.partition(b"\n") for part in report.split(support.SEPARATOR + b"Results for: ")[1:])
+    blocks = (part.partition(b"\n") for part in report.split(report_text.SEPARATOR + b"Results for: ")[1:])
     return {re.split("[ /|]", name.decode())[-1]: content for name, _, content in blocks}
 
 

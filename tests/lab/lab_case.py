@@ -13,8 +13,8 @@ import tempfile
 import time
 import unittest
 
-import labs  # before all that it finds
-import support
+import labs
+import polling
 
 # Where a lab, or one of its servers, could leave something.
 PLACES = ["/run", "/etc", "/var/lib/knot", "/var/lib/nginx", "/var/lib/unbound", "/var/log", "/", labs.FOLDER,
@@ -79,7 +79,7 @@ class LabTest(unittest.TestCase):
         self.addCleanup(end_leftovers, self.before["processes"])
 
     def assert_nothing_left(self):
-        support.wait_until(lambda: processes() == self.before["processes"], "all processes of the lab have ended")
+        polling.wait_until(lambda: processes() == self.before["processes"], "all processes of the lab have ended")
         self.assertEqual(what_there_is(), self.before)
 
     def assert_ran(self, *words, stdout="", **others):

@@ -8,7 +8,7 @@ import pathlib
 import signal
 import tempfile
 
-import labs  # before all that it finds
+import labs
 import lab_case
 
 

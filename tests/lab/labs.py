@@ -23,10 +23,10 @@ import unittest
 
 FOLDER = pathlib.Path(__file__).resolve().parents[2] / "lab"
 LAB = FOLDER / "lab"
-sys.path.insert(0, str(FOLDER))
-sys.path.append(str(FOLDER.parent / "tests/program"))
+import builds
+import isolation
+import program_tests
 import reaper
-import support
 import scenarios
 
 DOMAIN = "shop.example"  # the one that some scenarios are about
@@ -61,8 +61,8 @@ def permits_namespaces():
 
 
 def run_isolated():
-    if support.PLATFORM == "posix":
-        support.place_planned_tools()
+    if builds.PLATFORM == "posix":
+        isolation.place_planned_tools()
     attempt = run("shell", "true")
     if attempt.returncode == UNABLE:
         skip_file(attempt.stderr.strip())
@@ -205,4 +205,4 @@ def ended(process):
     process = finish(process)
     stamp = re.match(rb"\S+ \S+ \S+\[(\d+)\] ", process.stderr)
     pid = int(stamp[1]) if stamp else 0
-    return support.Ended(support.program(), pid, process.returncode, process.stdout, process.stderr)
+    return program_tests.Ended(builds.program(), pid, process.returncode, process.stdout, process.stderr)

@@ -8,7 +8,7 @@ import shutil
 import subprocess
 import unittest
 
-import labs  # before all that it finds
+import labs
 import office_example
 import reader
 import scenarios

@@ -5,7 +5,6 @@
 
 import os
 
-import labs  # before all that it finds
 import namespaces
 
 DEVICE = "outside"

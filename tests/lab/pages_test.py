@@ -6,7 +6,7 @@
 import re
 import unittest
 
-import labs  # before all that it finds
+import labs
 import expected_outcomes
 import expected_signs
 import office_example

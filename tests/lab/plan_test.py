@@ -8,11 +8,11 @@ has an answer for each of them.
 import re
 import unittest
 
-import labs  # before all that it finds
 import endpoints
+import labs
 import plan
+import report_text
 import skivra
-import support
 
 DOMAIN = "shop.example"
 LOG_FOLDER = f"/{skivra.FOLDER}/beacon-logs"
@@ -84,7 +84,7 @@ def run_until_all_are_answered():
         contents = {}
         for _ in range(ATTEMPTS):
             ended, = run_in(lab, WHOLE)
-            for name, content in support.blocks(ended.stdout):
+            for name, content in report_text.blocks(ended.stdout):
                 if not is_answered(name.decode(), contents.get(name.decode(), "")):
                     contents[name.decode()] = content.decode()
             if all(is_answered(*block) for block in contents.items()):
@@ -118,7 +118,7 @@ class PlanTest(unittest.TestCase):
         for (options, count, facts), ended in zip(rows, runs_of_rows, strict=True):
             with self.subTest(options, logs=len(logs)):
                 self.assertEqual((ended.status, ended.messages), (0, []))
-                names = [name.decode() for name, _ in support.blocks(ended.stdout)]
+                names = [name.decode() for name, _ in report_text.blocks(ended.stdout)]
                 paths = [path for path, _ in logs] if "skivra" in facts else []
                 self.assertEqual(names, plan.display_names(endpoints.roles(), beacon_logs=paths, **facts))
                 self.assertEqual(len(names), count + len(paths))

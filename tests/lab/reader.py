@@ -9,8 +9,8 @@ import pathlib
 import subprocess
 import tempfile
 
-import labs  # before all that it finds
-import support
+import builds
+import labs
 import scenarios
 
 EXPECTED = json.loads(pathlib.Path(__file__).with_name("expected_findings.json").read_text(encoding="utf-8"))
@@ -27,7 +27,7 @@ CLEAR_RUNS = {
 
 def program():
     """Beside the program that writes the reports, unless HALVIK_REPORT names another."""
-    return pathlib.Path(os.environ.get("HALVIK_REPORT") or pathlib.Path(support.program()).with_name("halvik-report"))
+    return pathlib.Path(os.environ.get("HALVIK_REPORT") or pathlib.Path(builds.program()).with_name("halvik-report"))
 
 
 def expected(scenario):

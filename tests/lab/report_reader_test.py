@@ -6,7 +6,7 @@
 import functools
 import unittest
 
-import labs  # before all that it finds
+import labs
 import reader
 import scenarios
 

@@ -7,11 +7,11 @@ import html.parser
 import subprocess
 import unittest
 
-import labs  # before all that it finds
+import labs
 import reader
-import support
+import skipping
 
-support.require_tools("chromium")
+skipping.require_tools("chromium")
 
 SCENARIO = "small-mtu+slow-city"
 BROWSER = ["chromium", "--headless", "--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run",

@@ -6,7 +6,7 @@
 import re
 import unittest
 
-import labs  # before all that it finds
+import labs
 import scenarios
 
 

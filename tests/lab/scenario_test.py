@@ -11,13 +11,14 @@ import itertools
 import socket
 import unittest
 
-import labs  # before all that it finds
 import endpoints
+import labs
 import outside
 import plan
+import program_tests
+import report_text
 import scenarios
 import skivra
-import support
 import upload_form
 from expected_outcomes import OUTCOMES
 from expected_signs import SIGNS
@@ -36,7 +37,7 @@ SUBMIT_URL = endpoints.roles()["submitUrl"]
 
 @dataclasses.dataclass(frozen=True)
 class Run:
-    ended: support.Ended
+    ended: program_tests.Ended
     report: bytes  # what was written to the file that the options named
     files_before: dict
     files: dict
@@ -48,7 +49,7 @@ class Run:
 
     @property
     def blocks(self):
-        return support.blocks(self.report)
+        return report_text.blocks(self.report)
 
 
 def observe(scenario):

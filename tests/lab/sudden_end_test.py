@@ -6,16 +6,16 @@
 import os
 import signal
 
-import labs  # before all that it finds
 import lab_case
-import support
+import labs
+import polling
 
 
 class SuddenEndTest(lab_case.LabTest):
     def start_and_wait(self, *words, until):
         process = labs.start(*words)
         self.addCleanup(process.kill)
-        support.wait_until(lambda: lab_case.find(until), f"{until} runs", process)
+        polling.wait_until(lambda: lab_case.find(until), f"{until} runs", process)
         return process
 
     def test_killed_while_it_starts(self):
@@ -37,7 +37,7 @@ class SuddenEndTest(lab_case.LabTest):
     def test_ctrl_c_at_the_terminal(self):
         process = labs.start("shell", "sleep", "1h", start_new_session=True)
         self.addCleanup(process.kill)
-        support.wait_until(lambda: lab_case.find("sleep"), "the command runs", process)
+        polling.wait_until(lambda: lab_case.find("sleep"), "the command runs", process)
         os.killpg(process.pid, signal.SIGINT)
         labs.finish(process)
         self.assertEqual(process.returncode, 128 + signal.SIGINT)
@@ -47,7 +47,7 @@ class SuddenEndTest(lab_case.LabTest):
         self.assert_ran("up")
         number = lab_case.find("knotd", "root.conf")[0]
         process = labs.start("down")
-        support.wait_until(lambda: not os.path.exists(f"/proc/{number}"), "the lab is ending", process)
+        polling.wait_until(lambda: not os.path.exists(f"/proc/{number}"), "the lab is ending", process)
         process.send_signal(signal.SIGINT)
         self.assertEqual(labs.finish(process).returncode, 0)
         self.assertEqual(lab_case.what_there_is(), self.before)
@@ -57,7 +57,7 @@ class SuddenEndTest(lab_case.LabTest):
         process = self.start_and_wait("shell", "sleep", "1h", until="sleep")
         process.kill()
         labs.finish(process)
-        support.wait_until(lambda: not lab_case.find("sleep"), "the command has ended with who started it")
+        polling.wait_until(lambda: not lab_case.find("sleep"), "the command has ended with who started it")
         self.assert_ran("shell", "dig", "+short", "www.halvik.example", stdout="203.0.113.10\n")
         self.assert_ran("down")
         self.assert_nothing_left()
@@ -93,7 +93,7 @@ class SuddenEndTest(lab_case.LabTest):
     def test_a_server_that_ends_is_named(self):
         self.assert_ran("up")
         os.kill(lab_case.find("knotd", "root.conf")[0], signal.SIGKILL)
-        support.wait_until(lambda: labs.run("scenario", "clear").returncode == 2, "the lab has seen it")
+        polling.wait_until(lambda: labs.run("scenario", "clear").returncode == 2, "the lab has seen it")
         self.assert_refused(2, "knot root has ended", "scenario", "clear")
         self.assert_ran("down")
         self.assert_nothing_left()

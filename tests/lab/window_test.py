@@ -6,21 +6,18 @@
 import html.parser
 import os
 import pathlib
-import sys
 
-import labs
-
-# First, as modules there and in the lab have the same names.
-sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "program"))
+import builds
 import endpoints
+import labs
 import plan
-import support
+import polling
+import report_text
+import skipping
 
-support.require_tools("Xvfb", "xdotool", "xclip", "chromium", "xdg-open", "file")
-try:
-    import windows
-except ModuleNotFoundError as error:
-    support.skip_file(f"not installed: the Python module {error.name}")
+skipping.require_tools("Xvfb", "xdotool", "xclip", "chromium", "xdg-open", "file")
+skipping.require_modules("PIL", "Xlib")
+import windows
 
 import machine
 
@@ -95,13 +92,13 @@ class LabWindowTest(windows.WindowedTest):
     def shown(self, name):
         """What an application has shown, as soon as it has shown something new."""
         path = f"{machine.HOME}/{name}.shown"
-        support.wait_until(lambda: labs.run("shell", "test", "-e", path).returncode == 0, f"the {name} shows something",
+        polling.wait_until(lambda: labs.run("shell", "test", "-e", path).returncode == 0, f"the {name} shows something",
                            self.process)
         return self.read(path)
 
     def open_program(self):
         self.process = self.start(labs.LAB, ["run"], env={
-            "HALVIK_DIAGNOSTIC": support.program(), "HALVIK_ENDPOINTS": os.environ.get("HALVIK_ENDPOINTS")})
+            "HALVIK_DIAGNOSTIC": builds.program(), "HALVIK_ENDPOINTS": os.environ.get("HALVIK_ENDPOINTS")})
         self.window = self.screen.wait_for_window(windows.TITLE, self.process)
 
     def watch_progress(self, start):
@@ -110,12 +107,12 @@ class LabWindowTest(windows.WindowedTest):
 
         def has_ended():
             picture = self.window.picture()
-            line = [row[:3 * start.left - 3] for row in picture.rows[start.top:start.bottom]]
+            line = picture.image.crop((0, start.top, start.left - 1, start.bottom))
             if line not in seen:
                 seen.append(line)
             return picture.text
 
-        support.wait_until(has_ended, "the outcome is shown", self.process)
+        polling.wait_until(has_ended, "the outcome is shown", self.process)
         return seen
 
     def outcome(self, picture):
@@ -123,13 +120,13 @@ class LabWindowTest(windows.WindowedTest):
         self.screen.copy(b"of another program")
         self.window.click(picture.results)
         self.window.press("ctrl+a", "ctrl+c")
-        support.wait_until(lambda: self.screen.clipboard() not in (None, b"of another program"), "it is copied",
+        polling.wait_until(lambda: self.screen.clipboard() not in (None, b"of another program"), "it is copied",
                            self.process)
         return self.screen.clipboard()
 
     def assert_whole_report(self, report):
         self.assertEqual(report[:len(HEAD)], HEAD)
-        names = [name.decode() for name, _ in support.blocks(report[len(HEAD):])]
+        names = [name.decode() for name, _ in report_text.blocks(report[len(HEAD):])]
         self.assertEqual(names, plan.display_names(endpoints.roles(), domain=DOMAIN))
 
     def test_from_the_fields_to_the_results_page_and_to_the_fallback(self):

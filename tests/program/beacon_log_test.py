@@ -4,95 +4,20 @@
 """The Skivra's beacon logs in the report: every entry of the three folders, oldest first."""
 
 import os
-import pathlib
 import resource
-import socket
-import stat
 import subprocess
 
+import builds
 import endpoints
+import isolation
 import plan
-import roots
-import support
-
-FOLDERS = ["ipblock", "probe", "service"]
-SHOWN_FOLDER = f"{plan.SKIVRA}/beacon-logs"
-NOT_TOLD = ("-", "0", "0.000000000")
-FOLDER = object()  # stands for the content of an entry that is a folder
-SOCKET = object()  # and of one that is a socket
+import polling
+import report_text
+import skipping
+from beacon_logs import FOLDER, FOLDERS, SHOWN_FOLDER, SOCKET, BeaconLogCase, Device, LinkTo, creation_times
 
 
-class LinkTo(str):
-    """The content of an entry that is a symbolic link."""
-
-
-class Device(tuple):
-    """The content of an entry that is a device, by its numbers."""
-
-    def __new__(cls, *numbers):
-        return super().__new__(cls, numbers)
-
-
-def creation_times(paths, **others):
-    """When the entries were created, or, where the program cannot ask for that, when their status last changed."""
-    lines = subprocess.run(["stat", "-c", "%.9W %.9Z", "--", *paths], capture_output=True, check=True, text=True,
-                           **others).stdout
-    times = (line.split() for line in lines.splitlines())
-    asks = support.PLATFORM == "linux"
-    return [birth if asks and birth not in NOT_TOLD else change for birth, change in times]
-
-
-class BeaconLogTest(support.ProgramTest):
-    def setUp(self):
-        super().setUp()
-        library = roots.Library(self)
-        self.prefix = library.prefix
-        self.logs = library.skivra / "beacon-logs"
-        self.logs.mkdir(parents=True)
-        self.newest = ""
-
-    def create(self, folder, name, content):
-        """Creates an entry that is younger than all before it, which takes a while: time stamps move in steps."""
-        path = os.fsencode(self.logs / folder) + b"/" + support.as_bytes(name)
-        while True:
-            if content is FOLDER:
-                os.mkdir(path)
-            elif isinstance(content, LinkTo):
-                os.symlink(content, path)
-            elif content is SOCKET:
-                with socket.socket(socket.AF_UNIX) as listener:
-                    listener.bind(path)
-            elif isinstance(content, Device):
-                os.mknod(path, stat.S_IFCHR | 0o666, os.makedev(*content))
-            else:
-                pathlib.Path(os.fsdecode(path)).write_bytes(support.as_bytes(content))
-            created = creation_times([path])[0]
-            if created > self.newest:
-                self.newest = created
-                return
-            os.rmdir(path) if content is FOLDER else os.remove(path)
-
-    def run_plan(self, *options, prefix=()):
-        ended = self.run_program(["-s", "-c", *options], prefix=[*prefix, *self.prefix])
-        self.assertEqual(ended.messages, [])
-        self.assertEqual(ended.status, 0)
-        return [(name.decode(), content) for name, content in support.blocks(ended.stdout[:-1])]
-
-    def assert_readers(self, entries):
-        """entries: the folder, the shown name and what the reader prints, in the expected order."""
-        blocks = self.run_plan()
-        paths = [f"{SHOWN_FOLDER}/{folder}/{name}" for folder, name, _ in entries]
-        expected = plan.display_names(endpoints.roles(), skivra=True, beacon_logs=paths)
-        self.assertEqual([name for name, _ in blocks], expected)
-        readers = [content for name, content in blocks if name.startswith('/bin/sh -c cat "')]
-        for (folder, name, printed), content in zip(entries, readers, strict=True):
-            with self.subTest(folder=folder, name=name):
-                if callable(printed):
-                    self.assertTrue(printed(content), content)
-                else:
-                    output = support.as_bytes(printed)
-                    self.assertEqual(content, b"stdout:\n" + output + b"\n" if output else b"")
-
+class BeaconLogTest(BeaconLogCase):
     def test_no_logs(self):
         self.assert_readers([])
         for folder in FOLDERS:
@@ -148,7 +73,7 @@ class BeaconLogTest(support.ProgramTest):
         ]
         for name, content, _ in entries:
             self.create("probe", name, content)
-        self.assert_readers([("probe", support.as_bytes(name).decode(errors="replace"), printed)
+        self.assert_readers([("probe", report_text.as_bytes(name).decode(errors="replace"), printed)
                              for name, _, printed in entries])
 
     def test_a_name_with_a_line_feed(self):
@@ -204,9 +129,9 @@ class BeaconLogTest(support.ProgramTest):
         probe = self.logs / "probe"
         probe.mkdir()
         os.mkfifo(probe / "fifo")
-        process = self.start(support.program(), ["-s", "-c"], prefix=self.prefix)
-        writer = support.open_for_writing(probe / "fifo", process)
-        support.wait_until(lambda: not self.others_that_run(process.pid), "only the reader is left", process)
+        process = self.start(builds.program(), ["-s", "-c"], prefix=self.prefix)
+        writer = polling.open_for_writing(probe / "fifo", process)
+        polling.wait_until(lambda: not self.others_that_run(process.pid), "only the reader is left", process)
         self.assertIsNone(process.poll())
         os.write(writer, b"at last\n")
         os.close(writer)
@@ -225,7 +150,7 @@ class BeaconLogTest(support.ProgramTest):
             self.create(folder, "log", "text\n")
             self.addCleanup((self.logs / folder).chmod, 0o755)
         (self.logs / "ipblock").chmod(0o111)  # cannot be listed
-        (self.logs / "probe").chmod(0o444)  # can be listed, but nothing is told of its entries
+        (self.logs / "probe").chmod(0o444)  # can be listed, but its entries cannot be looked at
         (self.logs / "service" / "log").chmod(0)
         # Permissions bind root as well then, and ping can still be run, to which some systems give a privilege.
         self.prefix = [*self.prefix, "setpriv", "--bounding-set=-dac_override,-dac_read_search", "--"]
@@ -253,5 +178,5 @@ class BeaconLogTest(support.ProgramTest):
         self.assertEqual(times, sorted(times), "the logs are not in the order of their creation")
 
 
-support.require_tools("dig", "nslookup", "ping", "traceroute", "curl", "ifconfig", "netstat", "ps")
-support.run_tests(needs_namespaces=True)
+skipping.require_tools("dig", "nslookup", "ping", "traceroute", "curl", "ifconfig", "netstat", "ps")
+isolation.run_tests(needs_namespaces=True)

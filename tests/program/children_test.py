@@ -7,10 +7,12 @@ import os
 import subprocess
 import sys
 
-import support
+import isolation
+import program_tests
+import report_text
 
 DESCRIPTORS = "ls /proc/$$/fd; :"  # the shell's own: the second command keeps it from becoming the first
-ALL = support.PLAN_LENGTH
+ALL = report_text.PLAN_LENGTH
 
 
 def python(code):
@@ -18,13 +20,13 @@ def python(code):
     return [sys.executable, "-I", "-c", f"import os, signal, sys\n{code}\nos.execv(sys.argv[1], sys.argv[1:])"]
 
 
-class ChildrenTest(support.ProgramTest):
+class ChildrenTest(program_tests.ProgramTest):
     def outputs(self, lines, **others):
         """What each command prints on standard output, without its last line feed; nothing else may be printed."""
-        ended = self.run_stand_in(["-s", "-c"], lines, **others)
+        ended = self.run_test_build(["-s", "-c"], lines, **others)
         self.assertEqual(ended.status, 0)
         self.assertEqual(ended.stderr, b"")
-        blocks = support.blocks(ended.stdout[:-1])
+        blocks = report_text.blocks(ended.stdout[:-1])
         self.assertEqual(len(blocks), ALL)
         for _, content in blocks:
             self.assertNotIn(b"stderr:\n", content)
@@ -137,8 +139,8 @@ class EndTest(ChildrenTest):
         expected = "\n".join(["early", "late", *map(str, range(1, 5001)), "last"])
         self.assertEqual(self.outputs([late, "echo beside"]), [expected, "beside"])
 
-        ended = self.run_stand_in(["-s", "-c"], [f"({wait}; echo late >&2) >/dev/null & echo early >&2"])
-        self.assertEqual(support.blocks(ended.stdout)[0][1], b"stderr:\nearly\nlate\n\n")
+        ended = self.run_test_build(["-s", "-c"], [f"({wait}; echo late >&2) >/dev/null & echo early >&2"])
+        self.assertEqual(report_text.blocks(ended.stdout)[0][1], b"stderr:\nearly\nlate\n\n")
 
     def test_a_command_that_closes_its_streams_early_is_waited_for(self):
         line = "exec >&- 2>&-; while ! test -e go; do sleep 0.01; done; touch gone"
@@ -157,10 +159,10 @@ class EndTest(ChildrenTest):
         self.assertEqual(self.outputs(lines), [str(i) for i in range(ALL)])
 
     def test_no_command_is_left_behind(self):
-        ended = self.run_stand_in(["-s", "-c"], ["echo $$"] * ALL)
-        numbers = [content.split()[1].decode() for _, content in support.blocks(ended.stdout)]
+        ended = self.run_test_build(["-s", "-c"], ["echo $$"] * ALL)
+        numbers = [content.split()[1].decode() for _, content in report_text.blocks(ended.stdout)]
         left = subprocess.run(["ps", "-o", "pid=,args=", "-p", ",".join(numbers)], capture_output=True, text=True)
         self.assertNotIn("echo $$", left.stdout)
 
 
-support.run_tests()
+isolation.run_tests()

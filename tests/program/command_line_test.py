@@ -10,7 +10,10 @@ import signal
 import urllib.parse
 
 import endpoints
-import support
+import isolation
+import polling
+import program_tests
+import report_text
 
 
 def usage(roles):
@@ -29,7 +32,7 @@ def usage(roles):
     ])
 
 
-class UsageTest(support.ProgramTest):
+class UsageTest(program_tests.ProgramTest):
     COMMAND_LINES = [
         ["-h"], ["--help"], ["-?"], ["-h", "-?", "--help"],
         ["-s", "-h"], ["-h", "-s", "-c"], ["-s", "-i", "-o=report.txt", "--help"],
@@ -47,7 +50,7 @@ class UsageTest(support.ProgramTest):
                 self.assert_only_files(self.work, [])
 
     def test_no_command_of_the_plan_is_started(self):
-        ended = self.run_stand_in(["-s", "-c", "-h"], ["touch started"])
+        ended = self.run_test_build(["-s", "-c", "-h"], ["touch started"])
         self.assertEqual(ended.status, 0)
         self.assertEqual(ended.stdout, b"")
         self.assert_only_files(self.work, [])
@@ -62,13 +65,13 @@ class UsageTest(support.ProgramTest):
                 self.assertEqual(ended.status, 0)
 
 
-class EmptyArgumentTest(support.ProgramTest):
+class EmptyArgumentTest(program_tests.ProgramTest):
     COMMAND_LINES = [[""], ["-h", ""], ["", "-s", "-c"], ["-s", "-c", ""], ["-s", "", "-c"]]
 
     def test_an_empty_argument_ends_the_program_with_a_reason(self):
         for options in self.COMMAND_LINES:
             with self.subTest(options):
-                ended = self.run_stand_in(options, ["touch started"])
+                ended = self.run_test_build(options, ["touch started"])
                 self.assertEqual(ended.status, -signal.SIGABRT)
                 self.assertEqual(ended.stdout, b"")
                 self.assertEqual(len(ended.messages), 1)
@@ -76,12 +79,12 @@ class EmptyArgumentTest(support.ProgramTest):
                 self.assert_only_files(self.work, [])
 
 
-class OwnPathTest(support.ProgramTest):
+class OwnPathTest(program_tests.ProgramTest):
     """The program's own path, which its caller chooses, is an argument like any other."""
 
     def run_as(self, name, *options):
         prefix = ["bash", "-c", 'exec -a "$0" "$@"', name]
-        return self.run_stand_in(options, ["echo here"], prefix=prefix)
+        return self.run_test_build(options, ["echo here"], prefix=prefix)
 
     def test_a_path_that_asks_for_the_usage(self):
         for name in ("-h", "--help", "-?"):
@@ -93,7 +96,7 @@ class OwnPathTest(support.ProgramTest):
 
     def test_a_path_that_is_an_option(self):
         ended = self.run_as("-c", "-s")
-        self.assertEqual(ended.stdout, support.report([("echo here", "here\n")]) + b"\n")
+        self.assertEqual(ended.stdout, report_text.report([("echo here", "here\n")]) + b"\n")
         self.assertEqual(ended.status, 0)
         ended = self.run_as("-o=report.txt", "-s")
         self.assertEqual(ended.stdout, b"outputFile=report.txt\n")
@@ -106,7 +109,7 @@ class OwnPathTest(support.ProgramTest):
         self.assertRegex(ended.stderr, b"(?i)empty.*argument|argument.*empty")
 
 
-class RunModeTest(support.ProgramTest):
+class RunModeTest(program_tests.ProgramTest):
     HEADLESS = [
         ["-s", "-c"], ["-c", "-s"], ["--silent", "--console"], ["-s", "-c", "-psn"], ["-ps", "-s", "-c"],
         ["-s", "-c", "-PSN_0_1"], ["-s", "-c", "-x", "--unknown=1", "word"], ["-s", "-c", "-help", "-H"],
@@ -120,10 +123,10 @@ class RunModeTest(support.ProgramTest):
     ]
 
     def test_headless_runs_need_no_display(self):
-        expected = support.report([("echo here", "here\n")]) + b"\n"
+        expected = report_text.report([("echo here", "here\n")]) + b"\n"
         for options in self.HEADLESS:
             with self.subTest(options):
-                ended = self.run_stand_in(options, ["echo here"])
+                ended = self.run_test_build(options, ["echo here"])
                 self.assertEqual(ended.stdout, expected)
                 self.assertEqual(ended.stderr, b"")
                 self.assertEqual(ended.status, 0)
@@ -132,28 +135,28 @@ class RunModeTest(support.ProgramTest):
     def test_windowed_runs_wait_for_the_user(self):
         for options in self.WINDOWED:
             with self.subTest(options):
-                process = self.start_stand_in(options, ["touch started"], env={"QT_QPA_PLATFORM": "offscreen"})
+                process = self.start_test_build(options, ["touch started"], env={"QT_QPA_PLATFORM": "offscreen"})
                 maps = pathlib.Path(f"/proc/{process.pid}/maps")
-                support.wait_until(lambda: process.poll() is not None or "libqoffscreen" in maps.read_text(),
+                polling.wait_until(lambda: process.poll() is not None or "libqoffscreen" in maps.read_text(),
                                    "the window system is in use")
                 self.assertIsNone(process.poll(), "the program has ended by itself")
-                support.wait_until_idle(process.pid)
+                polling.wait_until_idle(process.pid)
                 process.terminate()
                 ended = self.finish(process)
                 self.assertEqual(ended.stdout, b"")
                 self.assert_only_files(self.work, [])
 
 
-class OutputPathTest(support.ProgramTest):
+class OutputPathTest(program_tests.ProgramTest):
     def run_with_output(self, *options, **others):
-        return self.run_stand_in(["-s", *options], ["echo here"], **others)
+        return self.run_test_build(["-s", *options], ["echo here"], **others)
 
     def assert_saved(self, ended, path, line):
-        self.assertEqual(ended.stdout, b"outputFile=" + support.as_bytes(line) + b"\n")
+        self.assertEqual(ended.stdout, b"outputFile=" + report_text.as_bytes(line) + b"\n")
         self.assertEqual(ended.status, 0)
         self.assertEqual(ended.stderr, b"")
         with open(path, "rb") as file:
-            self.assertEqual(file.read(), support.report([("echo here", "here\n")]))
+            self.assertEqual(file.read(), report_text.report([("echo here", "here\n")]))
 
     def test_paths(self):
         (self.work / "folder").mkdir()
@@ -214,4 +217,4 @@ class OutputPathTest(support.ProgramTest):
                 self.assert_only_files(self.work, [])
 
 
-support.run_tests()
+isolation.run_tests()

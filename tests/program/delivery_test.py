@@ -6,13 +6,15 @@
 import os
 import select
 
-import servers
-import support
+import http_server
+import isolation
+import program_tests
+import report_text
 
 RESULTS_URL = b"http://results.halvik.example/1234"
 
 
-class DestinationTest(support.ProgramTest):
+class DestinationTest(program_tests.ProgramTest):
     # options, report printed, file written, uploaded
     COMBINATIONS = [
         ([], False, False, True),
@@ -38,11 +40,11 @@ class DestinationTest(support.ProgramTest):
 
     def test_every_combination_of_destinations(self):
         commands = [line for line, *_ in self.OUTPUTS]
-        report = support.report(self.OUTPUTS)
+        report = report_text.report(self.OUTPUTS)
         for options, printed, written, uploaded in self.COMBINATIONS:
             with self.subTest(options):
-                server = servers.Server(servers.reply(RESULTS_URL))
-                ended = self.run_stand_in(["-s", *options], commands, submit=server.url())
+                server = http_server.Server(http_server.reply(RESULTS_URL))
+                ended = self.run_test_build(["-s", *options], commands, submit=server.url())
                 server.close()
                 expected = b""
                 if printed:
@@ -61,7 +63,7 @@ class DestinationTest(support.ProgramTest):
                 self.assert_only_files(self.home, [])
 
     def test_console_and_file_are_complete_before_the_upload_starts(self):
-        report = support.report([("echo first", "first\n")])
+        report = report_text.report([("echo first", "first\n")])
         expected = report + b"\n" + b"outputFile=F\n"
         reader, writer = os.pipe()
         seen = {}
@@ -71,10 +73,10 @@ class DestinationTest(support.ProgramTest):
             seen["printed"] = b""
             while len(seen["printed"]) < len(expected) and select.select([reader], [], [], 20)[0]:
                 seen["printed"] += os.read(reader, 65536)
-            servers.reply(RESULTS_URL)(exchange)
+            http_server.reply(RESULTS_URL)(exchange)
 
-        server = servers.Server(look)
-        ended = self.run_stand_in(["-s", "-i", "-c", "-o=F"], ["echo first"], submit=server.url(), stdout=writer)
+        server = http_server.Server(look)
+        ended = self.run_test_build(["-s", "-i", "-c", "-o=F"], ["echo first"], submit=server.url(), stdout=writer)
         server.close()
         os.close(writer)
         with open(reader, "rb") as rest:
@@ -83,9 +85,9 @@ class DestinationTest(support.ProgramTest):
         self.assertEqual(seen, {"file": report, "printed": expected})
 
     def test_a_failed_upload_leaves_the_other_deliveries_as_they_were(self):
-        report = support.report([("echo first", "first\n")])
-        submit = f"http://127.0.0.1:{servers.unreachable_port(self)}/diagnosticsubmit"
-        ended = self.run_stand_in(["-s", "-i", "-c", "-o=F"], ["echo first"], submit=submit)
+        report = report_text.report([("echo first", "first\n")])
+        submit = f"http://127.0.0.1:{http_server.unreachable_port(self)}/diagnosticsubmit"
+        ended = self.run_test_build(["-s", "-i", "-c", "-o=F"], ["echo first"], submit=submit)
         self.assert_submission_failed(ended, report, report + b"\noutputFile=F\n")
         self.assert_same_text((self.work / "F").read_bytes(), report)
 
@@ -93,28 +95,28 @@ class DestinationTest(support.ProgramTest):
         for reply in (b"http://a.example/1\n", b"http://a.example/1\r\n\r\n", b"  two words  ", b"%s%d%n",
                       "http://\u00e4.example/\U0001f600".encode(), b"\n"):
             with self.subTest(reply):
-                server = servers.Server(servers.reply(reply))
-                ended = self.run_stand_in(["-s"], submit=server.url())
+                server = http_server.Server(http_server.reply(reply))
+                ended = self.run_test_build(["-s"], submit=server.url())
                 server.close()
                 self.assertEqual(ended.stdout, b"url=" + reply + b"\n")
                 self.assertEqual(ended.status, 0)
 
 
-class TextTest(support.ProgramTest):
+class TextTest(program_tests.ProgramTest):
     def test_a_nul_ends_console_and_upload_but_not_the_files(self):
         outputs = [("echo before", "before\n"), ("printf 'left\\0right\\0'", "left\0right\0"),
                    ("echo after", "after\n")]
         commands = [line for line, *_ in outputs]
-        report = support.report(outputs)
+        report = report_text.report(outputs)
         shown = report[:report.index(b"\0")]
         self.assertTrue(shown.endswith(b"left"))
 
-        server = servers.Server(servers.reply(RESULTS_URL), servers.reply(b""))
-        ended = self.run_stand_in(["-s", "-c", "-i", "-o=F"], commands, submit=server.url())
+        server = http_server.Server(http_server.reply(RESULTS_URL), http_server.reply(b""))
+        ended = self.run_test_build(["-s", "-c", "-i", "-o=F"], commands, submit=server.url())
         self.assertEqual(ended.stdout, shown + b"\noutputFile=F\nurl=" + RESULTS_URL + b"\n")
         self.assert_same_text((self.work / "F").read_bytes(), report)
 
-        ended = self.run_stand_in(["-s"], commands, submit=server.url())
+        ended = self.run_test_build(["-s"], commands, submit=server.url())
         server.close()
         self.assert_submission_failed(ended, report)
         self.assertEqual([request.submitted for request in server.requests], [shown, shown])
@@ -131,22 +133,22 @@ class TextTest(support.ProgramTest):
             shown = text if text in good else b""
             outputs.append((f"cat text-{i}; echo errors {i} >&2", shown, f"errors {i}\n"))
             outputs.append((f"echo out {i}; cat text-{i} >&2", f"out {i}\n", shown))
-        ended = self.run_stand_in(["-s", "-c"], [line for line, *_ in outputs])
-        self.assert_same_text(ended.stdout, support.report(outputs) + b"\n")
+        ended = self.run_test_build(["-s", "-c"], [line for line, *_ in outputs])
+        self.assert_same_text(ended.stdout, report_text.report(outputs) + b"\n")
         self.assertEqual(ended.status, 0)
 
     def test_output_that_looks_like_the_report_itself(self):
-        text = support.block("/bin/false", "made up\n") + support.SEPARATOR * 3
+        text = report_text.block("/bin/false", "made up\n") + report_text.SEPARATOR * 3
         text += b"\nstdout:\nurl=none\noutputFile=none\n"
         (self.work / "text").write_bytes(text)
         outputs = [("cat text", text), ("cat text >&2", "", text)]
-        ended = self.run_stand_in(["-s", "-c"], ["cat text", "cat text >&2"])
-        self.assert_same_text(ended.stdout, support.report(outputs) + b"\n")
+        ended = self.run_test_build(["-s", "-c"], ["cat text", "cat text >&2"])
+        self.assert_same_text(ended.stdout, report_text.report(outputs) + b"\n")
 
 
-class AmountTest(support.ProgramTest):
+class AmountTest(program_tests.ProgramTest):
     def test_every_byte_of_many_talkative_commands(self):
-        """Each command writes a megabyte to either stream, to both at once and in the pieces that pipes make of it."""
+        """Each command writes a megabyte to either stream, to both at once and in the chunks that pipes make of it."""
         def numbers(first):
             return range(first, first + 130000)
 
@@ -154,22 +156,22 @@ class AmountTest(support.ProgramTest):
             return "".join(f"{number}\n" for number in numbers(first))
 
         outputs = []
-        for i in range(support.PLAN_LENGTH):
+        for i in range(report_text.PLAN_LENGTH):
             out, err = 1000000 + 1000 * i, 3000000 + 1000 * i
             line = f"seq {out} {numbers(out)[-1]} & seq {err} {numbers(err)[-1]} >&2; wait"
             outputs.append((line, text(out), text(err)))
-        ended = self.run_stand_in(["-s", "-c", "-o=F"], [line for line, *_ in outputs])
-        expected = support.report(outputs)
+        ended = self.run_test_build(["-s", "-c", "-o=F"], [line for line, *_ in outputs])
+        expected = report_text.report(outputs)
         self.assertGreater(len(expected), 100_000_000)
         self.assert_same_text((self.work / "F").read_bytes(), expected)
         self.assert_same_text(ended.stdout, expected + b"\noutputFile=F\n")
         self.assertEqual(ended.status, 0)
 
     def test_pieces_that_end_inside_characters(self):
-        pieces = "; ".join(f"printf '\\{byte:o}'; /bin/true" for byte in "\u00e9\u20ac\U0001f600".encode() * 20)
-        outputs = [(pieces, "\u00e9\u20ac\U0001f600" * 20), ("exec >&2; " + pieces, "", "\u00e9\u20ac\U0001f600" * 20)]
-        ended = self.run_stand_in(["-s", "-c"], [line for line, *_ in outputs])
-        self.assert_same_text(ended.stdout, support.report(outputs) + b"\n")
+        chunks = "; ".join(f"printf '\\{byte:o}'; /bin/true" for byte in "\u00e9\u20ac\U0001f600".encode() * 20)
+        outputs = [(chunks, "\u00e9\u20ac\U0001f600" * 20), ("exec >&2; " + chunks, "", "\u00e9\u20ac\U0001f600" * 20)]
+        ended = self.run_test_build(["-s", "-c"], [line for line, *_ in outputs])
+        self.assert_same_text(ended.stdout, report_text.report(outputs) + b"\n")
 
 
-support.run_tests()
+isolation.run_tests()

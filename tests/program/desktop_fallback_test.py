@@ -7,19 +7,21 @@ import os
 import pathlib
 import pwd
 
-import servers
-import support
+import http_server
+import isolation
+import program_tests
+import report_text
 
 OUTPUTS = [("echo first; echo m\u00fcll >&2", "first\n", "m\u00fcll\n")]
-REPORT = support.report(OUTPUTS)
+REPORT = report_text.report(OUTPUTS)
 FAILURE = "could not save diagnostic_results.txt"
 FALLBACK = "could not send log, saved to Desktop"
 
 
-class DesktopTest(support.ProgramTest):
+class DesktopTest(program_tests.ProgramTest):
     def fail_to_submit(self, **others):
-        submit = f"http://127.0.0.1:{servers.unreachable_port(self)}/diagnosticsubmit"
-        ended = self.run_stand_in(["-s"], [line for line, *_ in OUTPUTS], submit=submit, **others)
+        submit = f"http://127.0.0.1:{http_server.unreachable_port(self)}/diagnosticsubmit"
+        ended = self.run_test_build(["-s"], [line for line, *_ in OUTPUTS], submit=submit, **others)
         self.assertEqual(ended.stdout, b"")
         self.assertIn(FALLBACK, ended.messages)
         self.assertEqual(ended.status, 1)
@@ -55,7 +57,7 @@ class DesktopTest(support.ProgramTest):
             home.chmod(0o555)
 
         for prepare, prefix in ((pathlib.Path.rmdir, []), (file_in_place_of_the_folder, []),
-                                (no_permission, support.UNPRIVILEGED)):
+                                (no_permission, program_tests.UNPRIVILEGED)):
             with self.subTest(prepare.__name__):
                 home = self.folder / prepare.__name__
                 home.mkdir()
@@ -113,23 +115,23 @@ class DesktopTest(support.ProgramTest):
         self.assertTrue(self.desktop_file.is_dir())
         self.assert_only_files(self.desktop_file.parent, [self.desktop_file.name])
 
-    @support.needs_namespaces
+    @isolation.needs_namespaces
     def test_a_full_home_loses_no_report(self):
         temporary = self.folder / "temporary"
         temporary.mkdir()
-        support.mount("-t", "tmpfs", "-o", "size=4k", "none", self.home)
-        self.addCleanup(support.uncover, self.home)
+        isolation.mount("-t", "tmpfs", "-o", "size=4k", "none", self.home)
+        self.addCleanup(isolation.uncover, self.home)
         self.desktop_file.parent.mkdir()
         (self.home / "fills it").write_bytes(b"x" * 4096)
         self.assert_saved_elsewhere(self.fail_to_submit(env={"TMPDIR": temporary}), temporary)
         self.assert_only_files(self.desktop_file.parent, [])
 
-    @support.needs_namespaces
+    @isolation.needs_namespaces
     def test_no_room_anywhere_leaves_nothing_behind(self):
         full = self.folder / "full"
         full.mkdir()
-        support.mount("-t", "tmpfs", "-o", "size=4k", "none", full)
-        self.addCleanup(support.uncover, full)
+        isolation.mount("-t", "tmpfs", "-o", "size=4k", "none", full)
+        self.addCleanup(isolation.uncover, full)
         (full / "Desktop").mkdir()
         (full / "temporary").mkdir()
         (full / "fills it").write_bytes(b"x" * 4096)
@@ -138,7 +140,7 @@ class DesktopTest(support.ProgramTest):
         self.assert_only_files(full / "temporary", [])
         self.assert_only_files(full / "Desktop", [])
 
-    @support.needs_namespaces
+    @isolation.needs_namespaces
     def test_without_a_home_variable_the_account_tells(self):
         account = pwd.getpwuid(os.getuid())
         home = self.folder / "account"
@@ -146,8 +148,8 @@ class DesktopTest(support.ProgramTest):
         accounts = self.folder / "passwd"
         accounts.write_text(":".join([account.pw_name, "x", str(account.pw_uid), str(account.pw_gid), "", str(home),
                                       "/bin/sh"]) + "\n")
-        support.cover("/etc/passwd", accounts)
-        self.addCleanup(support.uncover, "/etc/passwd")
+        isolation.cover("/etc/passwd", accounts)
+        self.addCleanup(isolation.uncover, "/etc/passwd")
         for value in (None, ""):
             with self.subTest(value):
                 path = home / "Desktop" / "diagnostic_results.txt"
@@ -156,4 +158,4 @@ class DesktopTest(support.ProgramTest):
         self.assert_only_files(self.home, [])
 
 
-support.run_tests()
+isolation.run_tests()

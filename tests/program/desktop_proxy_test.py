@@ -9,26 +9,28 @@ import signal
 import time
 import unittest
 
-import servers
-import support
+import http_server
+import isolation
+import program_tests
+import report_text
 
 HOST = "diagnostic.halvik.example"
 COMMAND = pathlib.Path("/usr/bin/proxy")
 
 
 @unittest.skipUnless(COMMAND.exists(), "the command proxy of libproxy-tools is not installed")
-class DesktopProxyTest(support.ProgramTest):
+class DesktopProxyTest(program_tests.ProgramTest):
     def setUp(self):
         super().setUp()
         (self.folder / "hosts").write_text(f"127.0.0.1 localhost {HOST}\n")
-        support.cover("/etc/hosts", self.folder / "hosts")
-        self.addCleanup(support.uncover, "/etc/hosts")
+        isolation.cover("/etc/hosts", self.folder / "hosts")
+        self.addCleanup(isolation.uncover, "/etc/hosts")
         self.direct = self.serve(b"direct")
         self.proxy = self.serve(b"by proxy")
         self.url = f"http://{HOST}:{self.direct.port}/diagnosticsubmit"
 
     def serve(self, reply):
-        server = servers.Server(servers.reply(reply))
+        server = http_server.Server(http_server.reply(reply))
         self.addCleanup(server.close)
         return server
 
@@ -39,11 +41,11 @@ class DesktopProxyTest(support.ProgramTest):
         path.write_text(f"#!/bin/sh\n{script}\n")
         path.chmod(0o755)
         if not is_covered:
-            support.cover(COMMAND, path)
-            self.addCleanup(support.uncover, COMMAND)
+            isolation.cover(COMMAND, path)
+            self.addCleanup(isolation.uncover, COMMAND)
 
     def submit(self, **variables):
-        return self.run_stand_in(["-s"], submit=self.url, env=variables)
+        return self.run_test_build(["-s"], submit=self.url, env=variables)
 
     def assert_sent(self, ended, reply):
         self.assertEqual((ended.stdout, ended.stderr, ended.status), (b"url=" + reply + b"\n", b"", 0))
@@ -55,7 +57,7 @@ class DesktopProxyTest(support.ProgramTest):
         self.answer(f'echo "$@" > {self.folder}/asked; echo http://127.0.0.1:{self.proxy.port} direct://')
         self.assert_sent(self.submit(), b"by proxy")
         self.assertEqual((self.folder / "asked").read_text(), self.url + "\n")
-        self.assertEqual([request.submitted for request in self.proxy.requests], [support.report()])
+        self.assertEqual([request.submitted for request in self.proxy.requests], [report_text.report()])
         self.assertEqual(self.proxy.requests[0].target, self.url)
 
     def test_what_is_no_proxy(self):
@@ -65,14 +67,14 @@ class DesktopProxyTest(support.ProgramTest):
                 self.assert_sent(self.submit(), b"direct")
 
     def test_a_proxy_that_cannot_be_used_is_a_failed_upload(self):
-        for answer in ("nonsense://", f"http://127.0.0.1:{servers.unreachable_port(self)}"):
+        for answer in ("nonsense://", f"http://127.0.0.1:{http_server.unreachable_port(self)}"):
             with self.subTest(answer):
                 self.answer(f"echo {answer}")
-                self.assert_submission_failed(self.submit(), support.report())
+                self.assert_submission_failed(self.submit(), report_text.report())
                 self.desktop_file.unlink()
 
     def test_the_environment_counts_first(self):
-        self.answer(f"touch {self.folder}/asked; echo http://127.0.0.1:{servers.unreachable_port(self)}")
+        self.answer(f"touch {self.folder}/asked; echo http://127.0.0.1:{http_server.unreachable_port(self)}")
         self.assert_sent(self.submit(http_proxy=f"http://127.0.0.1:{self.proxy.port}"), b"by proxy")
         self.assert_sent(self.submit(http_proxy=""), b"direct")
         self.assertFalse((self.folder / "asked").exists())
@@ -91,4 +93,4 @@ class DesktopProxyTest(support.ProgramTest):
         os.kill(int((self.folder / "sleeper").read_text()), signal.SIGKILL)
 
 
-support.run_tests(needs_namespaces=True)
+program_tests.run_tests(needs_namespaces=True)

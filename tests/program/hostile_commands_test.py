@@ -9,18 +9,22 @@ import shutil
 import signal
 import sys
 
-import support
+import builds
+import isolation
+import polling
+import program_tests
+import report_text
 
-ALL = support.PLAN_LENGTH
+ALL = report_text.PLAN_LENGTH
 MEGABYTE = 1 << 20
 
 
-class HostileCommandTest(support.ProgramTest):
+class HostileCommandTest(program_tests.ProgramTest):
     def contents(self, lines, **others):
         """What stands in the report for each of these commands. All others have printed nothing."""
-        ended = self.run_stand_in(["-s", "-c"], lines, **others)
+        ended = self.run_test_build(["-s", "-c"], lines, **others)
         self.assertEqual((ended.status, ended.stderr), (0, b""))
-        found = [content for _, content in support.blocks(ended.stdout[:-1])]
+        found = [content for _, content in report_text.blocks(ended.stdout[:-1])]
         self.assertEqual(len(found), ALL)
         self.assertEqual(set(found[len(lines):]) - {b""}, set())
         return found[:len(lines)]
@@ -34,23 +38,23 @@ class OutputTest(HostileCommandTest):
         # Measured while all but the last pipe full of it has been read.
         line = f"head -c {kept} /dev/zero; grep VmHWM /proc/$PPID/status >{peak}"
         with open("/dev/null", "wb") as nowhere:
-            ended = self.run_stand_in(["-s", "-c"], [line], stdout=nowhere)
+            ended = self.run_test_build(["-s", "-c"], [line], stdout=nowhere)
         self.assertEqual((ended.status, ended.stderr), (0, b""))
         used = int(re.search(r"(\d+) kB", peak.read_text())[1]) * 1024
-        self.assertLess(used, 1.1 * kept + (400 if support.is_sanitized() else 96) * MEGABYTE)
+        self.assertLess(used, 1.1 * kept + (400 if builds.is_sanitized() else 96) * MEGABYTE)
 
     def test_a_writer_that_never_ends_is_read_until_it_is_ended(self):
         """The others do not wait for it meanwhile."""
-        process = self.start_stand_in(["-s", "-o=F"], ["echo $$ >pid; exec yes", *["echo >>ended"] * (ALL - 1)])
+        process = self.start_test_build(["-s", "-o=F"], ["echo $$ >pid; exec yes", *["echo >>ended"] * (ALL - 1)])
         number, ended = self.work / "pid", self.work / "ended"
         for path, size in ((ended, ALL - 1), (number, 1)):
-            support.wait_until(lambda: path.exists() and path.stat().st_size >= size, "the others have ended",
+            polling.wait_until(lambda: path.exists() and path.stat().st_size >= size, "the others have ended",
                                process)
         self.assertIsNone(process.poll())
         os.kill(int(number.read_text()), signal.SIGTERM)
         ended = self.finish(process)
         self.assertEqual((ended.status, ended.stdout, ended.stderr), (0, b"outputFile=F\n", b""))
-        content = support.blocks((self.work / "F").read_bytes())[0][1]
+        content = report_text.blocks((self.work / "F").read_bytes())[0][1]
         self.assertEqual(set(content.removeprefix(b"stdout:\n").splitlines()) - {b"y", b""}, set())
 
     def test_streams_that_are_closed_and_opened_again(self):
@@ -69,8 +73,8 @@ class OutputTest(HostileCommandTest):
     def test_a_report_within_a_report(self):
         """What a command prints may look like a block of the report, and is kept as it is."""
         fake = "-" * 45 + "Results for: fake"
-        ended = self.run_stand_in(["-s", "-c"], [f"echo {fake}"])
-        self.assert_same_text(ended.stdout, support.report([(f"echo {fake}", f"{fake}\n")]) + b"\n")
+        ended = self.run_test_build(["-s", "-c"], [f"echo {fake}"])
+        self.assert_same_text(ended.stdout, report_text.report([(f"echo {fake}", f"{fake}\n")]) + b"\n")
 
 
 class DescendantTest(HostileCommandTest):
@@ -112,36 +116,36 @@ class FileTest(HostileCommandTest):
     def test_the_program_itself_is_removed_while_it_runs(self):
         """As when a package is upgraded in the middle of a run."""
         copy = self.folder / "copy"
-        shutil.copy(support.stand_in(), copy)
+        shutil.copy(builds.test_build(), copy)
         lines = self.folder / "commands"
         lines.write_text(f"rm {copy}; echo removed\n")
         ended = self.finish(self.start(copy, ["-s", "-c"], env={"STAND_IN_COMMANDS": lines}))
         self.assertEqual((ended.status, ended.stderr), (0, b""))
-        self.assertEqual(support.blocks(ended.stdout)[0][1], b"stdout:\nremoved\n\n")
+        self.assertEqual(report_text.blocks(ended.stdout)[0][1], b"stdout:\nremoved\n\n")
 
     def test_the_working_directory_is_removed_while_it_runs(self):
         """The output file has no place any more, which is said."""
         inner = self.work / "inner"
         inner.mkdir()
-        ended = self.run_stand_in(["-s", "-c", "-o=F"], ["rmdir ../inner; echo removed"], cwd=inner)
+        ended = self.run_test_build(["-s", "-c", "-o=F"], ["rmdir ../inner; echo removed"], cwd=inner)
         self.assertEqual(ended.status, 0)
         self.assertEqual(ended.messages, ["could not save diagnostic_results.txt"])
-        self.assertEqual(support.blocks(ended.stdout)[0][1], b"stdout:\nremoved\n\n")
+        self.assertEqual(report_text.blocks(ended.stdout)[0][1], b"stdout:\nremoved\n\n")
 
 
 class FifoTest(HostileCommandTest):
     def test_a_fifo_without_a_writer_is_waited_for(self):
         os.mkfifo(self.work / "fifo")
-        process = self.start_stand_in(["-s", "-c"], ["cat fifo", "echo beside"])
-        writer = support.open_for_writing(self.work / "fifo", process)
-        support.wait_until_idle(process.pid)
+        process = self.start_test_build(["-s", "-c"], ["cat fifo", "echo beside"])
+        writer = polling.open_for_writing(self.work / "fifo", process)
+        polling.wait_until_idle(process.pid)
         self.assertIsNone(process.poll())
         os.write(writer, b"at last\n")
         os.close(writer)
         ended = self.finish(process)
         self.assertEqual(ended.status, 0)
-        contents = [content for _, content in support.blocks(ended.stdout)]
+        contents = [content for _, content in report_text.blocks(ended.stdout)]
         self.assertEqual(contents[:2], [b"stdout:\nat last\n\n", b"stdout:\nbeside\n\n"])
 
 
-support.run_tests()
+isolation.run_tests()

@@ -1,100 +1,35 @@
 # SPDX-FileCopyrightText: 2026 Halvik
 # SPDX-License-Identifier: Apache-2.0
 
-"""Servers that mean harm, or are broken as if they did: no lie, no lost report, no end of time or memory."""
+"""Servers that never come to an end or contradict themselves: no lost report, no end of time or memory."""
 
 import gzip
 import os
-import socket
 import zlib
 
-import servers
-import support
-
-RESULTS_URL = b"https://results.halvik.example/1"
-STALL = {"STAND_IN_STALL_MS": 300}
-PATIENCE = {"STAND_IN_STALL_MS": 1500}  # for what does move, and by a server that has to wait for a processor, too
-OK = b"HTTP/1.1 200 OK\r\n"
-CUT = "transfer closed with outstanding read data remaining"
-CHUNKED = OK + b"Transfer-Encoding: chunked\r\n\r\n"
-MEMORY_KB_MAX = 32 * 1024  # that a run may need beyond one that is answered well
-
-
-def sends(data):
-    """A script that sends these bytes and closes."""
-    def script(exchange):
-        exchange.send(data)
-        exchange.close()
-    return script
-
-
-def floods(start, piece):
-    """A script that sends a piece for ever, as fast as the client takes it."""
-    block = piece * max(1, 65536 // len(piece))
-
-    def script(exchange):
-        exchange.send(start)
-        while True:
-            exchange.send(block)
-    return script
-
-
-def trickles(start, piece):
-    """A script that sends a piece for ever, several times in each time without progress that ends an upload."""
-    def script(exchange):
-        exchange.send(start)
-        while not closed_after(exchange, 0.05):
-            exchange.send(piece)
-    return script
-
-
-def closed_after(exchange, seconds):
-    """Waits for so long; whether the client has closed by then."""
-    exchange.connection.settimeout(seconds)
-    try:
-        return not exchange.connection.recv(65536)
-    except TimeoutError:
-        return False
-
-
-class HostileTest(support.ProgramTest):
-    def serve(self, *scripts, **others):
-        server = servers.Server(*scripts, **others)
-        self.addCleanup(server.close)
-        return server
-
-    def submit(self, script, **others):
-        self.server = self.serve(script)
-        return self.run_stand_in(["-s"], submit=self.server.url(), **others)
-
-    def assert_refused(self, ended, reason, connections=1):
-        """The upload failed for that reason, which is told, and was tried once."""
-        self.assert_submission_failed(ended, support.report())
-        self.desktop_file.unlink()
-        failed, saved, told = ended.messages
-        self.assertRegex(failed, "^sending to http://127.0.0.1:[0-9]+/diagnosticsubmit failed: " + reason + "$")
-        self.assertRegex(saved, "^saving the report to ")
-        self.assertEqual(self.server.connections, connections)
-
-    def assert_accepted(self, ended, reply):
-        self.assertEqual((ended.stdout, ended.stderr, ended.status), (b"url=" + reply + b"\n", b"", 0))
-        self.assert_only_files(self.home, [])
+import http_server
+import isolation
+import polling
+import program_tests
+import report_text
+from hostile_servers import (CHUNKED, CUT, MEMORY_KB_MAX, OK, PATIENCE, RESULTS_URL, STALL, HostileTest, floods, sends,
+                             trickles)
 
 
 class EndlessTest(HostileTest):
     """The memory is the most that the program had at any time, as the system measured it."""
 
     def memory_of(self, script, **others):
-        """Runs the stand-in; how it ended, and the most memory that it had, in KiB."""
+        """Runs the test build; how it ended, and the most memory that it had, in KiB."""
         server = self.server = self.serve(script)
-        process = self.start_stand_in(["-s"], submit=server.url(), **others)
+        process = self.start_test_build(["-s"], submit=server.url(), **others)
         stdout, stderr = process.stdout.read(), process.stderr.read()
         _, status, usage = os.wait4(process.pid, 0)
         process.returncode = os.waitstatus_to_exitcode(status)
-        return support.Ended(process.path, process.pid, process.returncode, stdout, stderr), usage.ru_maxrss
+        return program_tests.Ended(process.path, process.pid, process.returncode, stdout, stderr), usage.ru_maxrss
 
     def test_what_never_ends(self):
-        _, usual = self.memory_of(servers.reply(RESULTS_URL))
+        _, usual = self.memory_of(http_server.reply(RESULTS_URL))
         long_head = "no usable reply: its head is too long"
         long_body = "no usable reply: it is longer than 1048576 bytes"
         for name, start, piece, reason in [
@@ -129,9 +64,9 @@ class EndlessTest(HostileTest):
                 self.assert_refused(self.submit(trickles(start, piece), env=env), reason)
 
     def test_a_whole_reply_byte_by_byte(self):
-        for data in (servers.head(200, 3) + b"url", CHUNKED + b"3\r\nurl\r\n0\r\n\r\n"):
+        for data in (http_server.head(200, 3) + b"url", CHUNKED + b"3\r\nurl\r\n0\r\n\r\n"):
             def script(exchange):
-                support.wait_until(lambda: self.process, "the program is known")
+                polling.wait_until(lambda: self.process, "the program is known")
                 for byte in data:
                     exchange.wait_until_taken(self.process.pid)
                     exchange.send(bytes([byte]))
@@ -139,17 +74,17 @@ class EndlessTest(HostileTest):
             self.process = None
             server = self.serve(script)
             # Whole heads have come late on a busy machine, as each byte waits until the last one is taken.
-            self.process = self.start_stand_in(["-s"], submit=server.url(), env={"STAND_IN_STALL_MS": 600_000})
+            self.process = self.start_test_build(["-s"], submit=server.url(), env={"STAND_IN_STALL_MS": 600_000})
             self.assert_accepted(self.finish(self.process), b"l")
 
     def test_compressed_bombs(self):
-        _, usual = self.memory_of(servers.reply(RESULTS_URL))
+        _, usual = self.memory_of(http_server.reply(RESULTS_URL))
         packer = zlib.compressobj(9, zlib.DEFLATED, 31)
         bomb = b"".join(packer.compress(bytes(1 << 20)) for _ in range(1024)) + packer.flush()
         for coding, body in (("gzip", bomb), ("deflate", bomb), ("br", bomb), ("zstd", bomb), ("rot13", b"abc"),
                              ("gzip", gzip.compress(RESULTS_URL)), ("gzip, gzip", bomb)):
             with self.subTest(coding):
-                ended, memory = self.memory_of(servers.reply(body, fields=[f"Content-Encoding: {coding}"]))
+                ended, memory = self.memory_of(http_server.reply(body, fields=[f"Content-Encoding: {coding}"]))
                 self.assert_refused(ended, "no usable reply: it is compressed, which nobody asked for")
                 self.assertLess(memory, usual + MEMORY_KB_MAX)
                 self.assertEqual(self.server.requests[0].headers["accept-encoding"], "identity")
@@ -185,7 +120,7 @@ class LyingTest(HostileTest):
                 self.assert_refused(self.submit(sends(data)), reason)
 
     def test_more_than_the_head_says(self):
-        """What stands behind the end of the reply is not part of it. A length that is no number at all does not count."""
+        """What stands behind the end of the reply is not part of it. A length beyond all numbers does not count."""
         for data in (OK + b"Content-Length: 3\r\n\r\nurl and more", CHUNKED + b"3\r\nurl\r\n0\r\n\r\nand more",
                      OK + b"Content-Length: 9\r\nTransfer-Encoding: chunked\r\n\r\n3\r\nurl\r\n0\r\n\r\n",
                      OK + b"Content-Length: 3\r\ncontent-length: 3\r\nX: 1\r\nX: 2\r\n\r\nurl",
@@ -194,164 +129,28 @@ class LyingTest(HostileTest):
                 self.assert_accepted(self.submit(sends(data)), b"url")
 
     def test_an_empty_reply(self):
-        self.assert_refused(self.submit(servers.reply(b"")), "the reply is empty")
+        self.assert_refused(self.submit(http_server.reply(b"")), "the reply is empty")
 
     def test_an_answer_before_the_report_was_read(self):
         """One that refuses it counts; no other can be about this report."""
         (self.work / "filler").write_bytes(b"x" * 16_000_000)
-        report = support.report([("cat filler", b"x" * 16_000_000)])
+        report = report_text.report([("cat filler", b"x" * 16_000_000)])
         for status, then, reason in [
-            (200, servers.Exchange.close, ""),
-            (200, servers.Exchange.wait_until_closed_by_client, "the server answered before it had the whole request"),
-            (413, servers.Exchange.wait_until_closed_by_client, "server replied: 413 Reply"),
+            (200, http_server.Exchange.close, ""),
+            (200, http_server.Exchange.wait_until_closed_by_client,
+             "the server answered before it had the whole request"),
+            (413, http_server.Exchange.wait_until_closed_by_client, "server replied: 413 Reply"),
         ]:
             with self.subTest(status=status, then=then.__name__):
                 def script(exchange):
                     exchange.connection.recv(100)
-                    exchange.send(servers.head(status, len(RESULTS_URL)) + RESULTS_URL)
+                    exchange.send(http_server.head(status, len(RESULTS_URL)) + RESULTS_URL)
                     then(exchange)
 
                 server = self.serve(script, at_connect=True)
-                ended = self.run_stand_in(["-s"], ["cat filler"], submit=server.url())
+                ended = self.run_test_build(["-s"], ["cat filler"], submit=server.url())
                 self.assert_submission_failed(ended, report)
                 self.assertRegex(ended.messages[0], reason + "$")
 
 
-class RedirectTest(HostileTest):
-    def test_a_hundred_redirects(self):
-        ended = self.submit(servers.reply(b"", 302, ["Location: /again"]))
-        self.assert_refused(ended, r"the redirect to /again is refused: Maximum \(20\) redirects followed", connections=21)
-
-    def test_a_circle_that_asks_for_the_report_each_time(self):
-        ended = self.submit(servers.reply(b"", 307, ["Location: /diagnosticsubmit"]))
-        self.assert_refused(ended, "the redirect to .* is refused: .*", connections=21)
-
-    def test_to_other_protocols(self):
-        for target in ("file:///etc/hostname", "data:text/plain,https://a", "ftp://127.0.0.1/a", "javascript:alert(1)",
-                       "http://", "mailto:a@halvik.example", "qrc:/a"):
-            for status in (302, 307):
-                with self.subTest(target, status=status):
-                    ended = self.submit(servers.reply(b"", status, ["Location: " + target]))
-                    self.assert_refused(ended, "the redirect to .* is refused: .*")
-
-    def test_two_targets(self):
-        """The first one counts."""
-        server = self.serve(servers.reply(b"", 302, ["Location: /a", "Location: /b"]), servers.reply(RESULTS_URL))
-        self.assert_accepted(self.run_stand_in(["-s"], submit=server.url()), RESULTS_URL)
-        self.assertEqual(server.requests[1].target, "/a")
-
-    def test_a_target_that_would_add_lines_to_the_request(self):
-        target = "/a%0d%0aX-Added: 1 ?b=c d"
-        server = self.serve(servers.reply(b"", 302, ["Location: " + target]), servers.reply(RESULTS_URL))
-        self.assert_accepted(self.run_stand_in(["-s"], submit=server.url()), RESULTS_URL)
-        self.assertEqual(server.requests[1].target, "/a%0d%0aX-Added:%201%20?b=c+d")
-        self.assertNotIn("x-added", server.requests[1].headers)
-
-    def test_a_target_with_a_control(self):
-        ended = self.submit(servers.reply(b"", 302, ["Location: /a\x01"]))
-        self.assert_refused(ended, "the redirect to /a is refused: .*")
-
-    def test_what_another_server_gets(self):
-        """The report only where the same request is asked for again."""
-        for status, method in ((302, "GET"), (303, "GET"), (307, "POST"), (308, "POST")):
-            with self.subTest(status=status):
-                other = self.serve(servers.reply(RESULTS_URL))
-                ended = self.submit(servers.reply(b"", status, ["Location: " + other.url("/there")]))
-                self.assert_accepted(ended, RESULTS_URL)
-                request, = other.requests
-                self.assertEqual(request.method, method)
-                self.assertEqual(request.headers["host"], f"127.0.0.1:{other.port}")
-                if method == "POST":
-                    self.assertEqual(request.submitted, support.report())
-                else:
-                    self.assertEqual(request.body, b"")
-
-
-class ReplyTextTest(HostileTest):
-    """What the line url= holds is what the server sent, for better or worse: whoever reads it must not trust it."""
-
-    def test_whatever_stands_in_it(self):
-        for reply in (b"file:///etc/passwd", b"javascript:alert(1)", b"\x1b]0;title\x07\x1b[2J", b"a\r\nurl=b\r\n",
-                      "https://a/\u202egpj.exe".encode(), "\u2066\u200b\ufeff".encode(), b"\x01\x08\x7f",
-                      b"$(touch x) `x` ; x", b" \t "):
-            with self.subTest(reply):
-                self.assert_accepted(self.submit(servers.reply(reply)), reply)
-
-    def test_a_long_one(self):
-        """Sent in pieces as the network likes, it is represented by its end."""
-        reply = b"https://a/" + b"x" * 60000
-        ended = self.submit(servers.reply(reply))
-        self.assertEqual((ended.stderr, ended.status), (b"", 0))
-        self.assertTrue(ended.stdout.startswith(b"url=") and ended.stdout.endswith(b"x\n"))
-        self.assertTrue(reply.endswith(ended.stdout[4:-1]))
-
-    def test_up_to_a_nul(self):
-        self.assert_accepted(self.submit(servers.reply(b"https://a/\0b")), b"https://a/")
-
-    def test_what_is_no_utf8_is_left_out(self):
-        for reply in (b"https://a/\xff", b"\xc3", b"\xed\xa0\x80"):
-            self.assert_accepted(self.submit(servers.reply(reply)), b"")
-
-    def test_the_log_holds_nothing_that_a_terminal_obeys(self):
-        words = "\x1b[31mred\x07\x9b31m\u202e\u2066\u200b\x7f".encode() + b"\x9b"
-        ended = self.submit(sends(b"HTTP/1.1 500 " + words + b"\r\nContent-Length: 1\r\n\r\nx"))
-        self.assert_refused(ended, "server replied: 500 \\[31mred31m")
-        target = "ftp://a/".encode() + words[:-1]
-        ended = self.submit(sends(b"HTTP/1.1 302 F\r\nLocation: " + target + b"\r\nContent-Length: 0\r\n\r\n"))
-        self.assert_refused(ended, r"the redirect to [ -~]*")
-
-
-class FamilyTest(support.ProgramTest):
-    """The two families of addresses, of which a host may have one or both, and only one may lead anywhere."""
-
-    NAME = "families.halvik.example"
-
-    def submit(self, *addresses, family, prepare=lambda server: None):
-        hosts = self.folder / "hosts"
-        hosts.write_text("".join(f"{address} {self.NAME}\n" for address in addresses))
-        support.cover("/etc/hosts", hosts)
-        self.addCleanup(support.uncover, "/etc/hosts")
-        server = servers.Server(servers.reply(RESULTS_URL), family=family)
-        self.addCleanup(server.close)
-        prepare(server)
-        ended = self.run_stand_in(["-s"], submit=f"http://{self.NAME}:{server.port}/diagnosticsubmit")
-        self.assertEqual((ended.stdout, ended.stderr, ended.status), (b"url=" + RESULTS_URL + b"\n", b"", 0))
-        self.assertEqual(server.requests[0].headers["host"], f"{self.NAME}:{server.port}")
-
-    @support.needs_namespaces
-    def test_a_host_with_addresses_of_one_family(self):
-        self.submit("::1", family=socket.AF_INET6)
-        self.submit("127.0.0.1", family=socket.AF_INET)
-
-    @support.needs_namespaces
-    def test_a_host_that_refuses_by_one_family(self):
-        for family in (socket.AF_INET, socket.AF_INET6):
-            with self.subTest(family):
-                self.submit("::1", "127.0.0.1", family=family)
-
-    @support.needs_namespaces
-    def test_a_host_that_swallows_what_is_sent_by_one_family(self):
-        """Its queue is full, so that connection requests are dropped without a word: a moment lost, not the upload."""
-        def swallow(server):
-            listener = socket.socket(socket.AF_INET6)
-            self.addCleanup(listener.close)
-            listener.setsockopt(socket.IPPROTO_IPV6, socket.IPV6_V6ONLY, 1)
-            listener.bind(("::1", server.port))
-            listener.listen(0)
-            for _ in range(4):
-                waiting = socket.socket(socket.AF_INET6)
-                self.addCleanup(waiting.close)
-                waiting.setblocking(False)
-                waiting.connect_ex(listener.getsockname())
-
-        self.submit("::1", "127.0.0.1", family=socket.AF_INET, prepare=swallow)
-
-    def test_an_address_in_place_of_a_name(self):
-        server = servers.Server(servers.reply(RESULTS_URL), family=socket.AF_INET6)
-        self.addCleanup(server.close)
-        ended = self.run_stand_in(["-s"], submit=f"http://[::1]:{server.port}/diagnosticsubmit")
-        self.assertEqual((ended.stdout, ended.status), (b"url=" + RESULTS_URL + b"\n", 0))
-        self.assertEqual(server.requests[0].headers["host"], f"[::1]:{server.port}")
-
-
-support.run_tests()
+isolation.run_tests()

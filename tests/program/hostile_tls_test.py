@@ -12,13 +12,14 @@ import tempfile
 import unittest
 import warnings
 
-import servers
-import support
+import http_server
+import isolation
+import program_tests
+import report_text
+import skipping
 
-try:
-    import tls
-except ImportError:
-    support.skip_file("the form parser (python3-werkzeug) is not installed")
+skipping.require_modules("werkzeug")
+import tls
 
 OTHER = "other.halvik.example"
 SUBMIT = f"https://{tls.HOST}/diagnosticsubmit"
@@ -39,29 +40,29 @@ def setUpModule():
         (folder / name).mkdir()
     trusted = tls.Authority(folder / "trusted")
     trusted.trust(folder)
-    unittest.addModuleCleanup(support.uncover, tls.MACHINE_CERTIFICATES)
+    unittest.addModuleCleanup(isolation.uncover, tls.MACHINE_CERTIFICATES)
     good = trusted.issue(folder / "good")
     other = trusted.issue(folder / "other", host=OTHER)
     unknown = tls.Authority(folder / "unknown").issue(folder / "bad")
     (folder / "hosts").write_text(f"127.0.0.1 localhost {tls.HOST} {OTHER}\n")
-    support.cover("/etc/hosts", folder / "hosts")
-    unittest.addModuleCleanup(support.uncover, "/etc/hosts")
+    isolation.cover("/etc/hosts", folder / "hosts")
+    unittest.addModuleCleanup(isolation.uncover, "/etc/hosts")
 
 
-class TlsTest(support.ProgramTest):
+class TlsTest(program_tests.ProgramTest):
     def serve(self, *scripts, context, port=443):
-        server = servers.Server(*scripts, context=context, port=port)
+        server = http_server.Server(*scripts, context=context, port=port)
         self.addCleanup(server.close)
         return server
 
     def submit(self, **others):
-        return self.run_stand_in(["-s"], submit=SUBMIT, **others)
+        return self.run_test_build(["-s"], submit=SUBMIT, **others)
 
     def assert_accepted(self, ended):
         self.assertEqual((ended.stdout, ended.stderr, ended.status), (b"url=" + RESULTS_URL + b"\n", b"", 0))
 
     def assert_refused(self, ended, reason):
-        self.assert_submission_failed(ended, support.report())
+        self.assert_submission_failed(ended, report_text.report())
         self.desktop_file.unlink()
         self.assertRegex(ended.messages[0], f"^sending to {SUBMIT} failed: " + reason)
 
@@ -76,7 +77,7 @@ class ProtocolTest(TlsTest):
                 with warnings.catch_warnings():
                     warnings.simplefilter("ignore", DeprecationWarning)
                     settings.minimum_version = settings.maximum_version = version
-                server = self.serve(servers.reply(RESULTS_URL), context=settings)
+                server = self.serve(http_server.reply(RESULTS_URL), context=settings)
                 ended = self.submit()
                 if taken:
                     self.assert_accepted(ended)
@@ -87,10 +88,10 @@ class ProtocolTest(TlsTest):
 
     def test_what_comes_without_tls_counts_for_nothing(self):
         """Least of all where it asks for the report to be sent elsewhere."""
-        second = self.serve(servers.reply(RESULTS_URL), context=context(other), port=8443)
+        second = self.serve(http_server.reply(RESULTS_URL), context=context(other), port=8443)
         for status in (200, 307, 400):
-            plain = servers.reply(RESULTS_URL, status, [f"Location: https://{OTHER}:8443/"])
-            first = servers.Server(plain, at_connect=True, port=443)
+            plain = http_server.reply(RESULTS_URL, status, [f"Location: https://{OTHER}:8443/"])
+            first = http_server.Server(plain, at_connect=True, port=443)
             self.addCleanup(first.close)
             self.assert_refused(self.submit(), "(?!server replied)")
             first.close()
@@ -103,7 +104,7 @@ class ProtocolTest(TlsTest):
 
         def script(exchange):
             chosen.append(exchange.connection.selected_alpn_protocol())
-            servers.reply(RESULTS_URL)(exchange)
+            http_server.reply(RESULTS_URL)(exchange)
 
         server = self.serve(script, context=settings)
         self.assert_accepted(self.submit())
@@ -113,7 +114,7 @@ class ProtocolTest(TlsTest):
 class CertificateTest(TlsTest):
     def test_one_that_changes_between_two_runs(self):
         """Each run judges by itself; nothing is remembered."""
-        server = self.serve(servers.reply(RESULTS_URL), context=context(good))
+        server = self.serve(http_server.reply(RESULTS_URL), context=context(good))
         self.assert_accepted(self.submit())
         server.context = context(unknown)
         self.assert_refused(self.submit(), ".*certificate")
@@ -126,7 +127,7 @@ class CertificateTest(TlsTest):
         for bad in (unknown, other):
             def script(exchange):
                 server.context = context(bad)
-                servers.reply(b"", 307, ["Location: /again"])(exchange)
+                http_server.reply(b"", 307, ["Location: /again"])(exchange)
 
             server = self.serve(script, context=context(good))
             self.assert_refused(self.submit(), ".*(certificate|host name)")
@@ -136,12 +137,12 @@ class CertificateTest(TlsTest):
     def test_another_host_shows_its_own(self):
         target = f"https://{OTHER}:8443/page"
         for certificate, taken in ((other, True), (good, False)):
-            second = self.serve(servers.reply(RESULTS_URL), context=context(certificate), port=8443)
-            first = self.serve(servers.reply(b"", 307, ["Location: " + target]), context=context(good))
+            second = self.serve(http_server.reply(RESULTS_URL), context=context(certificate), port=8443)
+            first = self.serve(http_server.reply(b"", 307, ["Location: " + target]), context=context(good))
             ended = self.submit()
             if taken:
                 self.assert_accepted(ended)
-                self.assertEqual([request.submitted for request in second.requests], [support.report()])
+                self.assertEqual([request.submitted for request in second.requests], [report_text.report()])
             else:
                 self.assert_refused(ended, "SSL: no alternative certificate subject name matches")
                 self.assertEqual(second.requests, [])
@@ -150,7 +151,7 @@ class CertificateTest(TlsTest):
 
     def test_the_environment_names_no_authorities(self):
         """Not even one that other programs would believe on the word of a variable."""
-        self.serve(servers.reply(RESULTS_URL), context=context(unknown))
+        self.serve(http_server.reply(RESULTS_URL), context=context(unknown))
         authority = unknown.parent / "unknown/authority.pem"
         asked = subprocess.run(["openssl", "s_client", "-verify_return_error", "-connect", f"{tls.HOST}:443"],
                                env={**os.environ, "SSL_CERT_FILE": str(authority)}, stdin=subprocess.DEVNULL,
@@ -165,8 +166,9 @@ class CutTest(TlsTest):
 
     def test_replies_that_are_cut(self):
         chunked = b"HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n"
-        for data in (servers.head(200, 99) + b"https://r", chunked + b"20\r\nhttps://r", chunked + b"5\r\nhttps\r\n"):
-            for end in (servers.Exchange.close, servers.Exchange.reset):
+        for data in (http_server.head(200, 99) + b"https://r", chunked + b"20\r\nhttps://r",
+                     chunked + b"5\r\nhttps\r\n"):
+            for end in (http_server.Exchange.close, http_server.Exchange.reset):
                 with self.subTest(data, end=end.__name__):
                     def script(exchange):
                         exchange.send(data)
@@ -182,7 +184,7 @@ class CutTest(TlsTest):
         for fields in ([f"Content-Length: {len(body)}"], []):
             with self.subTest(fields):
                 def script(exchange):
-                    exchange.send(servers.head(200, fields=fields) + body)
+                    exchange.send(http_server.head(200, fields=fields) + body)
                     exchange.close()
 
                 server = self.serve(script, context=context(good))
@@ -193,7 +195,7 @@ class CutTest(TlsTest):
 
     def test_an_endless_reply(self):
         def script(exchange):
-            exchange.send(servers.head(200))
+            exchange.send(http_server.head(200))
             while True:
                 exchange.send(b"x" * 65536)
 
@@ -201,5 +203,5 @@ class CutTest(TlsTest):
         self.assert_refused(self.submit(), "no usable reply: it is longer than 1048576 bytes")
 
 
-support.require_tools("openssl")
-support.run_tests(needs_namespaces=True)
+skipping.require_tools("openssl")
+isolation.run_tests(needs_namespaces=True)

@@ -7,9 +7,13 @@ import importlib.util
 import shutil
 import unittest
 
-import failing_calls
-import support
+import builds
+import isolation
+import skipping
+
+skipping.require_modules("seccomp")
 import system_calls
+from failing_calls import runs, scenarios, stages, sweep
 
 RUNS = 70  # of each scenario
 RUNS_WITH_WINDOW = 12  # which take longer
@@ -25,13 +29,13 @@ needs_screen = unittest.skipUnless(shutil.which("Xvfb") and importlib.util.find_
 
 
 class InjectedFailuresTest(unittest.TestCase):
-    def sweep(self, name, runs=RUNS, watched=WATCHED):
-        with failing_calls.scenario(name) as scenario:
-            plan = list(failing_calls.failures(scenario, failing_calls.count(scenario)))
+    def sweep(self, name, size=RUNS, watched=WATCHED):
+        with stages.scenario(name) as scenario:
+            plan = list(sweep.failures(scenario, sweep.count(scenario)))
             chosen = [(failure, phase) for failure, phase in plan if failure.name in watched and failure.number <= 2]
-            for failure, phase in chosen + failing_calls.sample(plan, runs, SEED):
-                result = failing_calls.attempt(scenario, failure)
-                self.assertNotEqual(result.verdict, failing_calls.BAD, failing_calls.describe(result, phase))
+            for failure, phase in chosen + sweep.sample(plan, size, SEED):
+                result = sweep.attempt(scenario, failure)
+                self.assertNotEqual(result.verdict, runs.BAD, sweep.describe(result, phase))
 
     def test_a_report_to_be_printed(self):
         self.sweep("print")
@@ -39,7 +43,7 @@ class InjectedFailuresTest(unittest.TestCase):
     def test_a_report_to_be_written(self):
         self.sweep("file")
 
-    @support.needs_namespaces
+    @isolation.needs_namespaces
     @unittest.skipUnless(shutil.which("nginx") and shutil.which("openssl"), "nginx or openssl is not installed")
     @unittest.skipUnless(importlib.util.find_spec("werkzeug"), "python3-werkzeug is not installed")
     def test_a_report_to_be_uploaded(self):
@@ -48,7 +52,7 @@ class InjectedFailuresTest(unittest.TestCase):
     def test_an_upload_that_is_refused(self):
         self.sweep("fallback")
 
-    @support.needs_namespaces
+    @isolation.needs_namespaces
     @needs_screen
     def test_a_report_uploaded_from_the_window(self):
         self.sweep("window", RUNS_WITH_WINDOW, WATCHED_WITH_WINDOW)
@@ -58,59 +62,59 @@ class JudgeTest(unittest.TestCase):
     """The judge is not to be fooled by a run that looks good."""
 
     def judge(self, name, spoil):
-        class Spoilt(failing_calls.SCENARIOS[name]):
+        class Spoilt(scenarios.SCENARIOS[name]):
             def prepare(self, folder):
                 super().prepare(folder)
                 spoil(folder)
 
-        return failing_calls.Run(Spoilt(), lambda call: 0)
+        return runs.Run(Spoilt(), lambda call: 0)
 
     def test_missing_bytes(self):
         for name in ("print", "file", "fallback"):
             with self.subTest(name):
-                run = self.judge(name, lambda folder: (folder / "work/big").write_text(failing_calls.BIG[:-1]))
-                self.assertEqual(run.verdict, failing_calls.BAD, run.detail)
+                run = self.judge(name, lambda folder: (folder / "work/big").write_text(scenarios.BIG[:-1]))
+                self.assertEqual(run.verdict, runs.BAD, run.detail)
 
     def test_a_file_that_is_left_behind(self):
         run = self.judge("file", lambda folder: (folder / "work/.halvik-diagnostic-Xa1b2c").write_text("x"))
-        self.assertEqual(run.verdict, failing_calls.BAD, run.detail)
+        self.assertEqual(run.verdict, runs.BAD, run.detail)
 
     def test_a_report_that_the_desktop_does_not_take(self):
         in_the_way = "home/Desktop/diagnostic_results.txt"
         run = self.judge("fallback", lambda folder: (folder / in_the_way).mkdir(parents=True))
-        self.assertEqual(run.verdict, failing_calls.KEPT, run.detail)
+        self.assertEqual(run.verdict, runs.KEPT, run.detail)
 
-    @support.needs_namespaces
+    @isolation.needs_namespaces
     @needs_screen
     def test_missing_bytes_from_a_window(self):
-        with failing_calls.scenario("window") as scenario:
+        with stages.scenario("window") as scenario:
             prepare = scenario.prepare
 
             def spoil(folder):
                 prepare(folder)
-                (folder / "work/big").write_text(failing_calls.BIG[:-1])
+                (folder / "work/big").write_text(scenarios.BIG[:-1])
 
             scenario.prepare = spoil
-            run = failing_calls.Run(scenario, lambda call: 0)
-            self.assertEqual(run.verdict, failing_calls.BAD, run.detail)
+            run = runs.Run(scenario, lambda call: 0)
+            self.assertEqual(run.verdict, runs.BAD, run.detail)
 
-    @support.needs_namespaces
+    @isolation.needs_namespaces
     @needs_screen
     def test_an_upload_that_fails_in_a_window(self):
-        with failing_calls.scenario("window") as scenario:
-            failure = failing_calls.Failure(scenario.name, "socket", by_child=False, number=1, error="EMFILE",
-                                            forever=True, closing=False)
-            result = failing_calls.attempt(scenario, failure)
-            self.assertEqual(result.verdict, failing_calls.KEPT, result.detail)
+        with stages.scenario("window") as scenario:
+            failure = sweep.Failure(scenario.name, "socket", by_child=False, number=1, error="EMFILE",
+                                    forever=True, closing=False)
+            result = sweep.attempt(scenario, failure)
+            self.assertEqual(result.verdict, runs.KEPT, result.detail)
             self.assertEqual(scenario.outcomes, ["failure", "link"])
 
     def test_nothing_wrong(self):
         run = self.judge("print", lambda folder: None)
-        self.assertEqual(run.verdict, failing_calls.WHOLE, run.detail)
+        self.assertEqual(run.verdict, runs.WHOLE, run.detail)
 
 
-if support.is_sanitized():
-    support.skip_file("the sanitizer makes calls of its own, and does not promise to survive that they fail")
+if builds.is_sanitized():
+    skipping.skip_file("the sanitizer makes calls of its own, and does not promise to survive that they fail")
 if not system_calls.is_permitted():
-    support.skip_file("this machine permits no filter that asks about system calls")
-support.run_tests()
+    skipping.skip_file("this machine permits no filter that asks about system calls")
+isolation.run_tests()

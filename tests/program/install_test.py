@@ -6,7 +6,11 @@
 import os
 import subprocess
 
-import support
+import builds
+import isolation
+import program_tests
+import report_text
+import skipping
 
 FILES = """
 bin/halvik-diagnostic
@@ -39,27 +43,27 @@ share/zsh/site-functions/_halvik-diagnostic
 """.split()
 
 
-class InstallTest(support.ProgramTest):
+class InstallTest(program_tests.ProgramTest):
     def setUp(self):
         super().setUp()
         self.prefix = self.folder / "any place"
-        subprocess.run(["cmake", "--install", os.path.dirname(support.program()), "--prefix", self.prefix], check=True,
+        subprocess.run(["cmake", "--install", os.path.dirname(builds.program()), "--prefix", self.prefix], check=True,
                        stdout=subprocess.DEVNULL)
 
     def test_files(self):
         found = [str(path.relative_to(self.prefix)) for path in self.prefix.rglob("*") if not path.is_dir()]
         scripts = [f"libexec/halvik-diagnostic/{name}" for name in ("open_in_text_editor", "scutil", "system_profiler")]
-        self.assertEqual(sorted(found), [name for name in FILES if name not in scripts or support.PLATFORM == "linux"])
+        self.assertEqual(sorted(found), [name for name in FILES if name not in scripts or builds.PLATFORM == "linux"])
 
-    @support.needs_namespaces
+    @isolation.needs_namespaces
     def test_the_program_finds_what_came_with_it(self):
         ended = self.finish(self.start(str(self.prefix / "bin/halvik-diagnostic"), ["-s", "-c"]))
         self.assertEqual((ended.status, ended.messages), (0, []))
-        outputs = dict(support.blocks(ended.stdout))
-        self.assertEqual(len(support.blocks(ended.stdout)), support.PLAN_LENGTH)
+        outputs = dict(report_text.blocks(ended.stdout))
+        self.assertEqual(len(report_text.blocks(ended.stdout)), report_text.PLAN_LENGTH)
         self.assertIn(b"DNS configuration", outputs[b"/usr/sbin/scutil --dns"])
         self.assertIn(b"System Software Overview:", outputs[b"/usr/sbin/system_profiler SPSoftwareDataType"])
 
 
-support.require_tools("cmake")
-support.run_tests()
+skipping.require_tools("cmake")
+isolation.run_tests()

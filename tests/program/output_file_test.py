@@ -5,17 +5,19 @@
 
 import subprocess
 
-import servers
-import support
+import http_server
+import isolation
+import program_tests
+import report_text
 
 OUTPUTS = [("seq 20000", "".join(f"{number}\n" for number in range(1, 20001)))]
-REPORT = support.report(OUTPUTS)
+REPORT = report_text.report(OUTPUTS)
 FAILURE = "could not save diagnostic_results.txt"
 
 
-class OutputFileTest(support.ProgramTest):
+class OutputFileTest(program_tests.ProgramTest):
     def save(self, path, options=("-s",), **others):
-        return self.run_stand_in([*options, f"-o={path}"], ["seq 20000"], **others)
+        return self.run_test_build([*options, f"-o={path}"], ["seq 20000"], **others)
 
     def assert_saved(self, ended, path):
         self.assertEqual(ended.stdout, f"outputFile={path}\n".encode())
@@ -76,20 +78,20 @@ class OutputFileTest(support.ProgramTest):
         (folder / "F").write_text("old")
         folder.chmod(0o555)
         self.addCleanup(folder.chmod, 0o755)
-        if subprocess.run([*support.UNPRIVILEGED, "touch", folder / "x"], capture_output=True).returncode == 0:
+        if subprocess.run([*program_tests.UNPRIVILEGED, "touch", folder / "x"], capture_output=True).returncode == 0:
             self.skipTest("permissions do not bind this user")
-        self.assert_not_saved(self.save("folder/F", prefix=support.UNPRIVILEGED), "folder/F")
+        self.assert_not_saved(self.save("folder/F", prefix=program_tests.UNPRIVILEGED), "folder/F")
         self.assertEqual((folder / "F").read_text(), "old")
         self.assert_only_files(folder, ["F"])
 
     def test_a_write_protected_file_in_a_writable_folder_is_replaced(self):
         (self.work / "F").write_text("old")
         (self.work / "F").chmod(0o444)
-        self.assert_saved(self.save("F", prefix=support.UNPRIVILEGED), "F")
+        self.assert_saved(self.save("F", prefix=program_tests.UNPRIVILEGED), "F")
         self.assert_only_files(self.work, ["F"])
 
     def test_the_upload_follows_a_failed_save(self):
-        server = servers.Server(servers.reply(b"http://results.halvik.example/1"))
+        server = http_server.Server(http_server.reply(b"http://results.halvik.example/1"))
         ended = self.save("none/F", ["-s", "-i", "-c"], submit=server.url())
         server.close()
         self.assert_same_text(ended.stdout,
@@ -99,17 +101,17 @@ class OutputFileTest(support.ProgramTest):
         self.assertEqual([request.submitted for request in server.requests], [REPORT])
 
 
-@support.needs_namespaces
-class FullDiskTest(support.ProgramTest):
+@isolation.needs_namespaces
+class FullDiskTest(program_tests.ProgramTest):
     def mount_disk(self, limits):
         self.disk = self.folder / "disk"
         self.disk.mkdir()
-        support.mount("-t", "tmpfs", "-o", limits, "none", self.disk)
-        self.addCleanup(support.uncover, self.disk)
+        isolation.mount("-t", "tmpfs", "-o", limits, "none", self.disk)
+        self.addCleanup(isolation.uncover, self.disk)
 
     def assert_nothing_changes(self):
         before = {path.name: path.read_bytes() for path in self.disk.iterdir()}
-        ended = self.run_stand_in(["-s", f"-o={self.disk}/F"], ["seq 20000"])
+        ended = self.run_test_build(["-s", f"-o={self.disk}/F"], ["seq 20000"])
         self.assertEqual(ended.stdout, f"outputFile={self.disk}/F\n".encode())
         self.assertEqual(ended.messages, [FAILURE])
         self.assertEqual(ended.status, 0)
@@ -138,8 +140,8 @@ class FullDiskTest(support.ProgramTest):
     def test_a_disk_that_is_only_read(self):
         self.mount_disk("size=1m")
         (self.disk / "F").write_text("old")
-        support.mount("-o", "remount,bind,ro", self.disk)
+        isolation.mount("-o", "remount,bind,ro", self.disk)
         self.assert_nothing_changes()
 
 
-support.run_tests()
+isolation.run_tests()

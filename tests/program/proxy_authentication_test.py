@@ -7,8 +7,9 @@ import base64
 import hashlib
 import re
 
-import servers
-import support
+import http_server
+import program_tests
+import report_text
 
 URL = "http://diagnostic.halvik.example/diagnosticsubmit"
 USER, PASSWORD = "ann", "secret"
@@ -20,7 +21,7 @@ def md5(text):
     return hashlib.md5(text.encode()).hexdigest()
 
 
-class ProxyAuthenticationTest(support.ProgramTest):
+class ProxyAuthenticationTest(program_tests.ProgramTest):
     def submit(self, judge):
         """Uploads by a proxy that answers each request by what `judge` makes of its credentials: None to let it pass, or
         the challenge that it answers by. The programs' credentials, in order, and how it ended."""
@@ -31,21 +32,21 @@ class ProxyAuthenticationTest(support.ProgramTest):
             challenge = judge(seen[-1], exchange.request)
             if challenge is None:
                 passed.append(exchange.request)
-                servers.reply(RESULTS_URL)(exchange)
+                http_server.reply(RESULTS_URL)(exchange)
             else:
                 # On a connection that stays open, which NTLM needs.
-                exchange.send(servers.head(407, 4, [f"Proxy-Authenticate: {challenge}"]) + b"who?")
+                exchange.send(http_server.head(407, 4, [f"Proxy-Authenticate: {challenge}"]) + b"who?")
 
         passed = []
-        server = servers.Server(script)
+        server = http_server.Server(script)
         self.addCleanup(server.close)
         proxy = server.url("").replace("http://", f"http://{USER}:{PASSWORD}@")
-        ended = self.run_stand_in(["-s"], submit=URL, env={"http_proxy": proxy})
+        ended = self.run_test_build(["-s"], submit=URL, env={"http_proxy": proxy})
         return seen, passed, ended
 
     def assert_passed_once(self, passed, ended):
         self.assertEqual((ended.stdout, ended.stderr, ended.status), (b"url=" + RESULTS_URL + b"\n", b"", 0))
-        self.assertEqual([request.submitted for request in passed], [support.report()])
+        self.assertEqual([request.submitted for request in passed], [report_text.report()])
 
     def test_basic(self):
         expected = "Basic " + base64.b64encode(f"{USER}:{PASSWORD}".encode()).decode()
@@ -89,9 +90,9 @@ class ProxyAuthenticationTest(support.ProgramTest):
         for scheme in ('Basic realm="here"', 'Digest realm="here", nonce="n", qop="auth"', "NTLM", "Negotiate"):
             with self.subTest(scheme):
                 _, passed, ended = self.submit(lambda *_: scheme)
-                self.assert_submission_failed(ended, support.report())
+                self.assert_submission_failed(ended, report_text.report())
                 self.desktop_file.unlink()
                 self.assertEqual(passed, [])
 
 
-support.run_tests()
+program_tests.run_tests()

@@ -5,13 +5,17 @@
 
 import signal
 
+import builds
 import endpoints
+import isolation
 import plan
+import program_tests
+import report_text
 import roots
-import support
+import skipping
 
 
-class PlanTest(support.ProgramTest):
+class PlanTest(program_tests.ProgramTest):
     """Starts a run for each row at once, since most of a run is waiting, and looks at one after the other."""
 
     def setUp(self):
@@ -21,14 +25,14 @@ class PlanTest(support.ProgramTest):
 
     def check(self, rows):
         """Each row: the options, how many commands are expected, and what the expected plan depends on."""
-        running = [self.start(support.program(), ["-s", "-c", *options], prefix=self.library.prefix)
+        running = [self.start(builds.program(), ["-s", "-c", *options], prefix=self.library.prefix)
                    for options, *_ in rows]
         for process, (options, count, facts) in zip(running, rows):
             with self.subTest(options):
                 ended = self.finish(process)
                 self.assertEqual(ended.messages, [])
                 self.assertEqual(ended.status, 0)
-                names = [name.decode() for name, _ in support.blocks(ended.stdout)]
+                names = [name.decode() for name, _ in report_text.blocks(ended.stdout)]
                 self.assertEqual(names, plan.display_names(self.roles, **facts))
                 self.assertEqual(len(names), count)
 
@@ -77,7 +81,7 @@ class PlanTest(support.ProgramTest):
         self.check([([], 67, {"skivra": True})])
 
 
-class CommandTest(support.ProgramTest):
+class CommandTest(program_tests.ProgramTest):
     """What some commands of the plan print, to see that they were really run."""
 
     def test_what_the_commands_print(self):
@@ -87,7 +91,7 @@ class CommandTest(support.ProgramTest):
         (library.skivra / "resolv_orig.conf").write_text("nameserver 192.0.2.77\n")
         (library.skivra / "localdomains").write_text("lan.example\n")
         ended = self.run_program(["-s", "-c"], prefix=library.prefix)
-        contents = {name.decode(): content.decode() for name, content in support.blocks(ended.stdout)}
+        contents = {name.decode(): content.decode() for name, content in report_text.blocks(ended.stdout)}
         listing = "stdout:\nlocaldomains\nresolv_orig.conf\nskv_state.plist\n\n"
         for name, content in [
             (f"/bin/cat {plan.SKIVRA}/skv_state.plist", "stdout:\nthe state\n\n"),
@@ -109,7 +113,7 @@ class CommandTest(support.ProgramTest):
             self.assertIn(part, contents[name], name)
 
 
-class LaunchFailureTest(support.ProgramTest):
+class LaunchFailureTest(program_tests.ProgramTest):
     def assert_launch_fails(self, script, path, reason):
         prefix = ["unshare", "--mount", "sh", "-e", "-c", script + '; exec "$@"', "sh"]
         ended = self.run_program(["-s", "-c"], prefix=prefix)
@@ -133,5 +137,5 @@ class LaunchFailureTest(support.ProgramTest):
         self.assert_launch_fails(f"mount --bind {self.folder}/dig /usr/bin/dig", "/usr/bin/dig", "Exec format error")
 
 
-support.require_tools("dig", "nslookup", "ping", "traceroute", "curl", "ifconfig", "netstat", "ps")
-support.run_tests(needs_namespaces=True)
+skipping.require_tools("dig", "nslookup", "ping", "traceroute", "curl", "ifconfig", "netstat", "ps")
+isolation.run_tests(needs_namespaces=True)

@@ -3,74 +3,17 @@
 
 """Signals to a run, at each of its stages: who ends, who is left, and what becomes of the report."""
 
-import ctypes
 import os
 import pty
-import select
 import signal
 import socket
-import subprocess
 import unittest
 
-import servers
-import support
-
-ALL = support.PLAN_LENGTH
-ENDING = [signal.SIGTERM, signal.SIGINT, signal.SIGHUP]
-WAIT = "echo >>started; exec cat"  # until standard input ends
-LARGE_BYTES = 100_000_000
-libc = ctypes.CDLL(None)
-IGNORING = ["sh", "-c", "trap '' HUP INT QUIT; exec \"$@\"", "sh"]
-
-
-def children(pid):
-    """Those that have not ended."""
-    listed = subprocess.run(["ps", "-o", "pid=,stat=", "--ppid", str(pid)], capture_output=True, text=True).stdout
-    return [int(child) for child, state in map(str.split, listed.splitlines()) if not state.startswith("Z")]
-
-
-class SignalTest(support.ProgramTest):
-    """The program's standard input is a pipe, which everyone whom it starts inherits and holds until the end."""
-
-    def setUp(self):
-        super().setUp()
-        self.renew_input()
-
-    def renew_input(self):
-        reader, self.input = os.pipe()
-        self.reader = os.fdopen(reader)
-        self.addCleanup(self.reader.close)
-        self.addCleanup(self.close_input)
-
-    def close_input(self):
-        """Ends what waits for its standard input to end."""
-        if self.input is not None:
-            os.close(self.input)
-            self.input = None
-
-    process = None  # the program, where it is a child of the test's own
-
-    def start_run(self, options, commands, **others):
-        (self.work / "started").unlink(missing_ok=True)
-        self.process = self.start_stand_in(options, commands, stdin=self.reader, process_group=0, **others)
-        return self.process
-
-    def wait_for_commands(self, count):
-        started = self.work / "started"
-        support.wait_until(lambda: started.exists() and started.stat().st_size >= count, f"{count} commands run",
-                           self.process)
-
-    def assert_nobody_is_left(self):
-        self.reader.close()
-        poll = select.poll()
-        poll.register(self.input, 0)
-        events = poll.poll(support.GUARD_SECONDS * 1000)
-        self.assertTrue(events and events[0][1] & select.POLLERR, "somebody still holds the standard input")
-
-    def assert_ended_by(self, process, number, stdout=b""):
-        ended = self.finish(process)
-        self.assertEqual((ended.status, ended.stdout, ended.stderr), (-number, stdout, b""))
-        self.assert_only_files(self.home, [])
+import builds
+import http_server
+import isolation
+import polling
+from signal_runs import ALL, ENDING, IGNORING, LARGE_BYTES, WAIT, SignalTest, children, libc
 
 
 class EndTest(SignalTest):
@@ -89,7 +32,7 @@ class EndTest(SignalTest):
                     self.assert_nobody_is_left()
                     self.assertFalse((self.work / "F").exists())
 
-    @unittest.skipUnless(support.PLATFORM == "linux", "only Linux tells children of the end of their parent")
+    @unittest.skipUnless(builds.PLATFORM == "linux", "only Linux signals the end of a parent to its children")
     def test_an_end_without_a_warning(self):
         process = self.start_run(["-s", "-o=F"], [WAIT] * ALL)
         self.wait_for_commands(ALL)
@@ -116,9 +59,9 @@ class EndTest(SignalTest):
         """The command has ended, and what it left behind keeps its output open."""
         process = self.start_run(["-s", "-c"], ["exec 3<&0; cat <&3 2>/dev/null & echo >>started"])
         self.wait_for_commands(1)
-        support.wait_until_idle(process.pid)
+        polling.wait_until_idle(process.pid)
         process.terminate()
-        self.assertEqual(process.wait(support.GUARD_SECONDS), -signal.SIGTERM)
+        self.assertEqual(process.wait(polling.GUARD_SECONDS), -signal.SIGTERM)
         self.close_input()
 
     def test_while_nobody_reads_the_report(self):
@@ -127,7 +70,7 @@ class EndTest(SignalTest):
         process = self.start_run(["-s", "-c", "-o=F"], ["seq 100000"], stdout=writer)
         os.close(writer)
         os.read(reader, 1)
-        support.wait_until_idle(process.pid)
+        polling.wait_until_idle(process.pid)
         process.terminate()
         self.assert_ended_by(process, signal.SIGTERM, None)
         self.assert_nobody_is_left()
@@ -143,27 +86,27 @@ class EndTest(SignalTest):
                     exchange.wait_until_closed_by_client()
                     gone.append(exchange)
 
-                server = servers.Server(wait)
+                server = http_server.Server(wait)
                 process = self.start_run(["-s"], ["echo one"], submit=server.url())
-                support.wait_until(lambda: server.requests, "the report has been received", process)
+                polling.wait_until(lambda: server.requests, "the report has been received", process)
                 process.send_signal(number)
                 self.assert_ended_by(process, number)
                 self.assert_nobody_is_left()
-                support.wait_until(lambda: gone, "the connection is closed")
+                polling.wait_until(lambda: gone, "the connection is closed")
                 server.close()
 
-    @support.needs_namespaces
+    @isolation.needs_namespaces
     def test_while_the_name_of_the_server_is_looked_up(self):
-        """That is done by a thread of the toolkit's, which the system may choose to hand the signal to."""
+        """That is done by a thread of Qt's, which the system may choose to hand the signal to."""
         self.look_up_names_at_port_53()
         for number in ENDING:
             with self.subTest(number.name), socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as mute:
                 self.renew_input()
                 mute.bind(("127.0.0.1", 53))
-                mute.settimeout(support.GUARD_SECONDS)
+                mute.settimeout(polling.GUARD_SECONDS)
                 process = self.start_run(["-s"], ["echo one"], submit="http://server.halvik.example/diagnosticsubmit")
                 mute.recv(512)
-                others = support.thread_states(process.pid).keys() - {str(process.pid)}
+                others = polling.thread_states(process.pid).keys() - {str(process.pid)}
                 self.assertTrue(others, "the name is looked up by the only thread")
                 libc.tgkill(process.pid, int(others.pop()), number)
                 self.assert_ended_by(process, number)
@@ -177,8 +120,8 @@ class EndTest(SignalTest):
         for path, text in settings.items():
             own = self.folder / os.path.basename(path)
             own.write_text(text)
-            support.cover(path, own)
-            self.addCleanup(support.uncover, path)
+            isolation.cover(path, own)
+            self.addCleanup(isolation.uncover, path)
 
     def test_while_the_output_file_is_written(self):
         """The old file stays, and the new one that was being filled beside it goes."""
@@ -226,7 +169,7 @@ class ShellTest(SignalTest):
         path.write_text('"$@"\necho not reached\n')
         lines = self.folder / "commands"
         lines.write_text("echo >>started; exec sleep 1000\n" * ALL)
-        program = support.stand_in()
+        program = builds.test_build()
         pid, terminal = pty.fork()
         if pid == 0:
             os.chdir(self.work)
@@ -266,83 +209,4 @@ class IgnoredTest(SignalTest):
         self.assert_nobody_is_left()
 
 
-class SuspendTest(SignalTest):
-    OUTPUTS = [("echo >>started; cat; echo after", "typed\nafter\n"),
-               ("echo >>started; until test -e continued; do sleep 0.01; done; seq 1000",
-                "".join(f"{number}\n" for number in range(1, 1001)))]
-
-    def suspend(self, number, whole_group):
-        process = self.start_run(["-s", "-c"], [line for line, _ in self.OUTPUTS])
-        self.wait_for_commands(2)
-        support.wait_until(lambda: len(children(process.pid)) == 2, "no command is being started any more",
-                           process)
-        support.wait_until_idle(process.pid)
-        send = os.killpg if whole_group else os.kill
-        send(process.pid, number)
-        os.waitid(os.P_PID, process.pid, os.WSTOPPED | os.WNOWAIT)
-        return process, send
-
-    def test_a_run_that_is_suspended_and_continued(self):
-        for number in (signal.SIGSTOP, signal.SIGTSTP):
-            for whole_group in (True, False):
-                with self.subTest(number.name, whole_group=whole_group):
-                    self.renew_input()
-                    (self.work / "continued").unlink(missing_ok=True)
-                    process, send = self.suspend(number, whole_group)
-                    os.write(self.input, b"typed\n")
-                    self.close_input()
-                    (self.work / "continued").touch()
-                    if not whole_group:
-                        # The commands end while the program is stopped.
-                        support.wait_until(lambda: not children(process.pid), "all commands have ended")
-                    send(process.pid, signal.SIGCONT)
-                    ended = self.finish(process)
-                    self.assertEqual((ended.status, ended.stderr), (0, b""))
-                    self.assert_same_text(ended.stdout, support.report(self.OUTPUTS) + b"\n")
-
-    def test_a_command_that_stops_itself_is_waited_for(self):
-        process = self.start_run(["-s", "-c"], ["echo $$ >pid; echo before; kill -STOP $$; echo after"])
-        number = self.work / "pid"
-        support.wait_until(lambda: number.exists() and number.stat().st_size, "the command runs", process)
-        pid = int(number.read_text())
-        support.wait_until(lambda: support.thread_states(pid)[str(pid)][0] == "T", "the command is stopped")
-        support.wait_until_idle(process.pid)
-        self.assertIsNone(process.poll())
-        os.kill(pid, signal.SIGCONT)
-        ended = self.finish(process)
-        self.assertEqual(ended.status, 0)
-        self.assertEqual(support.blocks(ended.stdout)[0][1], b"stdout:\nbefore\nafter\n\n")
-
-    def test_a_reply_that_came_during_a_suspension_counts(self):
-        """It arrived in time; that nobody looked for longer than an upload may stand still is not the line's fault."""
-        url = b"http://results.halvik.example/1"
-        replied = []
-
-        def reply_to_a_sleeper(exchange):
-            process.send_signal(signal.SIGSTOP)
-            os.waitid(os.P_PID, process.pid, os.WSTOPPED | os.WNOWAIT)
-            servers.reply(url)(exchange)
-            replied.append(exchange)
-
-        server = servers.Server(reply_to_a_sleeper)
-        process = self.start_run(["-s"], ["echo one"], submit=server.url(), env={"STAND_IN_STALL_MS": 3000})
-        support.wait_until(lambda: replied, "the server has replied", process)
-        with self.assertRaises(subprocess.TimeoutExpired):
-            process.wait(4)  # longer than the limit
-        process.send_signal(signal.SIGCONT)
-        ended = self.finish(process)
-        server.close()
-        self.assertEqual((ended.status, ended.stdout, ended.stderr), (0, b"url=" + url + b"\n", b""))
-
-
-class GroupTest(SignalTest):
-    def test_a_command_that_ends_its_whole_group(self):
-        """The program is one of them: it ends by the signal like the others, and nothing passes for a report."""
-        last = f"until test $(wc -c <started) = {ALL - 1}; do :; done; kill -TERM 0"
-        process = self.start_run(["-s", "-c", "-o=F"], [WAIT] * (ALL - 1) + [last])
-        self.assert_ended_by(process, signal.SIGTERM)
-        self.assert_nobody_is_left()
-        self.assertFalse((self.work / "F").exists())
-
-
-support.run_tests()
+isolation.run_tests()

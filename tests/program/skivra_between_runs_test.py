@@ -3,14 +3,14 @@
 
 """The Skivra is installed, and removed, while the window is open: each run looks for it anew."""
 
+import isolation
+import report_text
 import roots
-import support
+import skipping
 
-support.require_tools("Xvfb", "xdotool")
-try:
-    import windows
-except ModuleNotFoundError as error:
-    support.skip_file(f"not installed: the Python module {error.name}")
+skipping.require_tools("Xvfb", "xdotool")
+skipping.require_modules("PIL", "Xlib")
+import windows
 
 
 class SkivraBetweenRunsTest(windows.WindowedTest):
@@ -22,8 +22,8 @@ class SkivraBetweenRunsTest(windows.WindowedTest):
         for change in (lambda: None, lambda: library.skivra.mkdir(parents=True), library.skivra.rmdir):
             change()
             self.run_once()
-            counts.append(len(support.blocks(server.requests[-1].submitted)))
+            counts.append(len(report_text.blocks(server.requests[-1].submitted)))
         self.assertEqual(counts, [52, 66, 52])
 
 
-support.run_tests(needs_namespaces=True)
+isolation.run_tests(needs_namespaces=True)

@@ -7,20 +7,22 @@ import os
 import signal
 import socket
 
-import servers
-import support
+import http_server
+import isolation
+import program_tests
+import report_text
 
 RESULTS_URL = b"http://results.halvik.example/1234"
 LARGE = [("head -c 3000000 /dev/zero | tr '\\0' x", b"x" * 3000000)]
 
 
-class ReaderGoneTest(support.ProgramTest):
+class ReaderGoneTest(program_tests.ProgramTest):
     def run_with_reader(self, options, bytes_read, prefix=()):
         """Runs with a reader on standard output that takes a few bytes and closes."""
-        report = support.report(LARGE)
-        server = servers.Server(servers.reply(RESULTS_URL))
+        report = report_text.report(LARGE)
+        server = http_server.Server(http_server.reply(RESULTS_URL))
         reader, writer = os.pipe()
-        process = self.start_stand_in(options, [LARGE[0][0]], submit=server.url(), stdout=writer, prefix=prefix)
+        process = self.start_test_build(options, [LARGE[0][0]], submit=server.url(), stdout=writer, prefix=prefix)
         os.close(writer)
         if bytes_read:
             os.read(reader, bytes_read)
@@ -50,24 +52,24 @@ class ReaderGoneTest(support.ProgramTest):
                 self.assertEqual(len(server.requests), uploads)
 
 
-class FullDeviceTest(support.ProgramTest):
+class FullDeviceTest(program_tests.ProgramTest):
     OUTPUTS = [("echo here", "here\n")]
 
     def run_with_full_output(self, options, reply):
-        server = servers.Server(reply)
+        server = http_server.Server(reply)
         with open("/dev/full", "wb") as full:
-            ended = self.run_stand_in(options, ["echo here"], submit=server.url(), stdout=full)
+            ended = self.run_test_build(options, ["echo here"], submit=server.url(), stdout=full)
         server.close()
         self.assertEqual(ended.status, -signal.SIGABRT)
         self.assertRegex("\n".join(ended.messages), "(?i)cannot write to standard output: no space left on device")
         return ended, server
 
     def test_a_write_error_costs_the_printed_copy_only(self):
-        report = support.report(self.OUTPUTS)
+        report = report_text.report(self.OUTPUTS)
         for options, uploads in ((["-s", "-o=F"], 0), (["-s", "-c", "-o=F"], 0), (["-s", "-i", "-o=F"], 1),
                                  (["-s", "-c", "-i", "-o=F"], 1)):
             with self.subTest(options):
-                _, server = self.run_with_full_output(options, servers.reply(RESULTS_URL))
+                _, server = self.run_with_full_output(options, http_server.reply(RESULTS_URL))
                 self.assert_same_text((self.work / "F").read_bytes(), report)
                 (self.work / "F").unlink()
                 self.assertEqual([request.submitted for request in server.requests], [report] * uploads)
@@ -78,17 +80,17 @@ class FullDeviceTest(support.ProgramTest):
         for options, uploads in ((["-s", "-c"], 0), (["-s"], 1), (["-s", "-c", "-i"], 1),
                                  (["-s", "-c", "-o=missing/F"], 0)):
             with self.subTest(options):
-                ended, server = self.run_with_full_output(options, servers.reply(RESULTS_URL))
+                ended, server = self.run_with_full_output(options, http_server.reply(RESULTS_URL))
                 self.assertEqual(len(server.requests), uploads)
                 self.assertIn(str(self.desktop_file), "\n".join(ended.messages))
-                self.assert_same_text(self.desktop_file.read_bytes(), support.report(self.OUTPUTS))
+                self.assert_same_text(self.desktop_file.read_bytes(), report_text.report(self.OUTPUTS))
                 self.desktop_file.unlink()
 
     def test_an_upload_that_fails_as_well(self):
-        ended, server = self.run_with_full_output(["-s", "-c", "-i"], servers.reply(b"no", status=500))
+        ended, server = self.run_with_full_output(["-s", "-c", "-i"], http_server.reply(b"no", status=500))
         self.assertEqual(len(server.requests), 1)
         self.assertIn("could not send log, saved to Desktop", ended.messages)
-        self.assert_same_text(self.desktop_file.read_bytes(), support.report(self.OUTPUTS))
+        self.assert_same_text(self.desktop_file.read_bytes(), report_text.report(self.OUTPUTS))
         self.assertEqual("\n".join(ended.messages).count("saving the report"), 1)
 
     def test_each_line_that_can_be_printed_is_printed(self):
@@ -98,49 +100,49 @@ class FullDeviceTest(support.ProgramTest):
                                (["-s", "-c", "-i", "-o=F"], [b"outputFile=F\n", url]),
                                (["-s", "-c", "-i"], [url])):
             with self.subTest(options):
-                server = servers.Server(servers.reply(RESULTS_URL))
+                server = http_server.Server(http_server.reply(RESULTS_URL))
                 reader, writer = socket.socketpair(socket.AF_UNIX, socket.SOCK_DGRAM)
                 with reader:
                     with writer:
-                        ended = self.run_stand_in(options, [LARGE[0][0]], submit=server.url(), stdout=writer)
+                        ended = self.run_test_build(options, [LARGE[0][0]], submit=server.url(), stdout=writer)
                     reader.setblocking(False)
                     self.assertEqual([reader.recv(1000) for _ in lines], lines)
                 server.close()
                 self.assertEqual(ended.status, -signal.SIGABRT)
                 self.assertRegex(ended.messages[0], "cannot write to standard output: Message too long")
                 if "-o=F" in options:
-                    self.assert_same_text((self.work / "F").read_bytes(), support.report(LARGE))
+                    self.assert_same_text((self.work / "F").read_bytes(), report_text.report(LARGE))
                 self.assert_only_files(self.home, [])
 
     def test_a_full_device_for_the_log_changes_nothing_else(self):
-        submit = f"http://127.0.0.1:{servers.unreachable_port(self)}/diagnosticsubmit"
+        submit = f"http://127.0.0.1:{http_server.unreachable_port(self)}/diagnosticsubmit"
         with open("/dev/full", "wb") as full:
-            ended = self.run_stand_in(["-s"], ["echo here"], submit=submit, stderr=full)
+            ended = self.run_test_build(["-s"], ["echo here"], submit=submit, stderr=full)
         self.assertEqual(ended.status, 1)
-        self.assert_same_text(self.desktop_file.read_bytes(), support.report([("echo here", "here\n")]))
+        self.assert_same_text(self.desktop_file.read_bytes(), report_text.report([("echo here", "here\n")]))
 
     def test_a_log_that_nobody_reads_changes_nothing_else(self):
-        submit = f"http://127.0.0.1:{servers.unreachable_port(self)}/diagnosticsubmit"
+        submit = f"http://127.0.0.1:{http_server.unreachable_port(self)}/diagnosticsubmit"
         reader, writer = os.pipe()
         os.close(reader)
-        ended = self.run_stand_in(["-s"], ["echo here"], submit=submit, stderr=writer)
+        ended = self.run_test_build(["-s"], ["echo here"], submit=submit, stderr=writer)
         os.close(writer)
         self.assertEqual(ended.status, 1)
-        self.assert_same_text(self.desktop_file.read_bytes(), support.report([("echo here", "here\n")]))
+        self.assert_same_text(self.desktop_file.read_bytes(), report_text.report([("echo here", "here\n")]))
 
 
-class ClosedStreamTest(support.ProgramTest):
+class ClosedStreamTest(program_tests.ProgramTest):
     """Started without one of the three standard streams, the program puts nothing of its own in that place."""
 
     LOOK = "ls /proc/$$/fd; readlink /proc/$$/fd/0; echo complaint >&2; :"
 
     def run_without(self, redirection, options):
-        return self.run_stand_in(options, [self.LOOK] * support.PLAN_LENGTH,
-                                 prefix=["sh", "-c", f'exec "$@" {redirection}', "sh"])
+        return self.run_test_build(options, [self.LOOK] * report_text.PLAN_LENGTH,
+                                   prefix=["sh", "-c", f'exec "$@" {redirection}', "sh"])
 
     def assert_commands_saw_only_their_own(self, report):
-        contents = [content for _, content in support.blocks(report)]
-        self.assertEqual(len(contents), support.PLAN_LENGTH)
+        contents = [content for _, content in report_text.blocks(report)]
+        self.assertEqual(len(contents), report_text.PLAN_LENGTH)
         for content in contents:
             stdout, _, stderr = content.partition(b"stderr:\n")
             self.assertEqual(stderr, b"complaint\n\n")
@@ -173,4 +175,4 @@ class ClosedStreamTest(support.ProgramTest):
         self.assert_only_files(self.home, [])
 
 
-support.run_tests()
+isolation.run_tests()

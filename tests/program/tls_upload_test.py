@@ -10,13 +10,14 @@ import tempfile
 import threading
 import unittest
 
-import servers
-import support
+import http_server
+import isolation
+import program_tests
+import report_text
+import skipping
 
-try:
-    import tls
-except ImportError:
-    support.skip_file("the form parser (python3-werkzeug) is not installed")
+skipping.require_modules("werkzeug")
+import tls
 
 SUBMIT = f"https://{tls.HOST}/diagnosticsubmit"
 
@@ -30,13 +31,13 @@ def setUpModule():
         (folder / name).mkdir()
     trusted, unknown = tls.Authority(folder / "trusted"), tls.Authority(folder / "unknown")
     trusted.trust(folder)
-    unittest.addModuleCleanup(support.uncover, tls.MACHINE_CERTIFICATES)
+    unittest.addModuleCleanup(isolation.uncover, tls.MACHINE_CERTIFICATES)
     (folder / "hosts").write_text(f"127.0.0.1 localhost {tls.HOST}\n")
-    support.cover("/etc/hosts", folder / "hosts")
-    unittest.addModuleCleanup(support.uncover, "/etc/hosts")
+    isolation.cover("/etc/hosts", folder / "hosts")
+    unittest.addModuleCleanup(isolation.uncover, "/etc/hosts")
 
 
-class TlsTest(support.ProgramTest):
+class TlsTest(program_tests.ProgramTest):
     def serve(self, certificate, extra=""):
         self.receiver = tls.Receiver()
         self.addCleanup(self.receiver.close)
@@ -60,13 +61,13 @@ class TrustTest(TlsTest):
         (field, name, content), = self.receiver.files
         self.assertEqual((field, name), ("file", "test.bin"))
         self.assert_same_text(content, report)
-        self.assertEqual(len(support.blocks(report)), support.PLAN_LENGTH)
+        self.assertEqual(len(report_text.blocks(report)), report_text.PLAN_LENGTH)
 
     def assert_refused(self, certificate):
         self.serve(certificate)
         ended = self.run_program(["-s", "-c", "-i"])
         report = ended.stdout[:-1]
-        self.assertEqual(len(support.blocks(report)), support.PLAN_LENGTH)
+        self.assertEqual(len(report_text.blocks(report)), report_text.PLAN_LENGTH)
         self.assert_submission_failed(ended, report, report + b"\n")
         self.assertEqual(self.receiver.files, [])
 
@@ -85,20 +86,20 @@ class TrustTest(TlsTest):
 
 class SecureTransportTest(TlsTest):
     def submit(self, commands=(), **others):
-        return self.run_stand_in(["-s"], commands, submit=SUBMIT, **others)
+        return self.run_test_build(["-s"], commands, submit=SUBMIT, **others)
 
     def test_the_form_as_a_parser_sees_it(self):
         self.serve(self.certificate())
         ended = self.submit(["seq 100000", "printf '\\303\\244\\r\\n--\\n'"])
         self.assertEqual(ended.status, 0)
-        report = support.report([("seq 100000", "".join(f"{i}\n" for i in range(1, 100001))),
-                                 ("printf '\\303\\244\\r\\n--\\n'", "\u00e4\r\n--\n")])
+        report = report_text.report([("seq 100000", "".join(f"{i}\n" for i in range(1, 100001))),
+                                     ("printf '\\303\\244\\r\\n--\\n'", "\u00e4\r\n--\n")])
         self.assertEqual([file[:2] for file in self.receiver.files], [("file", "test.bin")])
         self.assert_same_text(self.receiver.files[0][2], report)
 
     def test_a_report_of_the_largest_size(self):
         self.serve(self.certificate())
-        (self.work / "filler").write_bytes(b"x" * (1_000_000 - len(support.report([("cat filler", "x")])) + 1))
+        (self.work / "filler").write_bytes(b"x" * (1_000_000 - len(report_text.report([("cat filler", "x")])) + 1))
         ended = self.submit(["cat filler"])
         self.assertEqual(ended.status, 0)
         self.assertEqual(len(self.receiver.files[0][2]), 1_000_000)
@@ -110,28 +111,28 @@ class SecureTransportTest(TlsTest):
         self.assertEqual(self.receiver.pages, 1)
 
     def test_a_redirect_to_plain_http_is_refused(self):
-        plain = servers.Server(servers.reply(b"page"))
+        plain = http_server.Server(http_server.reply(b"page"))
         self.addCleanup(plain.close)
         self.serve(self.certificate(), f"location = /diagnosticsubmit {{ return 302 {plain.url('/page')}; }}")
-        self.assert_submission_failed(self.submit(), support.report())
+        self.assert_submission_failed(self.submit(), report_text.report())
         self.assertEqual(plain.connections, 0)
 
     def test_a_server_without_tls(self):
-        plain = servers.Server(lambda exchange: exchange.send(b"HTTP/1.1 400 Bad\r\n\r\n"), at_connect=True)
+        plain = http_server.Server(lambda exchange: exchange.send(b"HTTP/1.1 400 Bad\r\n\r\n"), at_connect=True)
         self.addCleanup(plain.close)
-        ended = self.run_stand_in(["-s"], submit=f"https://127.0.0.1:{plain.port}/diagnosticsubmit")
-        self.assert_submission_failed(ended, support.report())
+        ended = self.run_test_build(["-s"], submit=f"https://127.0.0.1:{plain.port}/diagnosticsubmit")
+        self.assert_submission_failed(ended, report_text.report())
 
     def test_a_handshake_that_never_ends(self):
-        silent = servers.Server(lambda exchange: exchange.wait_until_closed_by_client(), at_connect=True)
+        silent = http_server.Server(lambda exchange: exchange.wait_until_closed_by_client(), at_connect=True)
         self.addCleanup(silent.close)
-        ended = self.run_stand_in(["-s"], submit=f"https://127.0.0.1:{silent.port}/diagnosticsubmit",
-                                  env={"STAND_IN_STALL_MS": 300})
-        self.assert_submission_failed(ended, support.report())
+        ended = self.run_test_build(["-s"], submit=f"https://127.0.0.1:{silent.port}/diagnosticsubmit",
+                                    env={"STAND_IN_STALL_MS": 300})
+        self.assert_submission_failed(ended, report_text.report())
 
     def test_through_a_proxy(self):
         self.serve(self.certificate())
-        proxy = servers.Server(tunnel)
+        proxy = http_server.Server(tunnel)
         self.addCleanup(proxy.close)
         for variables, requests in [
             ({"https_proxy": f"http://127.0.0.1:{proxy.port}"}, 1),
@@ -143,7 +144,7 @@ class SecureTransportTest(TlsTest):
                 self.receiver.files.clear()
                 ended = self.submit(env=variables)
                 self.assertEqual((ended.stdout, ended.status), (f"url=https://{tls.HOST}/results/1\n".encode(), 0))
-                self.assertEqual([content for _, _, content in self.receiver.files], [support.report()])
+                self.assertEqual([content for _, _, content in self.receiver.files], [report_text.report()])
                 self.assertEqual([(request.method, request.target) for request in proxy.requests],
                                  [("CONNECT", f"{tls.HOST}:443")] * requests)
 
@@ -167,5 +168,5 @@ def tunnel(exchange):
         back.join()
 
 
-support.require_tools("nginx", "openssl")
-support.run_tests(needs_namespaces=True)
+skipping.require_tools("nginx", "openssl")
+isolation.run_tests(needs_namespaces=True)

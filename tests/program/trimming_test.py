@@ -5,31 +5,34 @@
 
 import signal
 
-import servers
-import support
+import http_server
+import isolation
+import program_tests
+import report_text
+from report_text import SEPARATOR
 
 LIMIT = 1_000_000
 MARKER = b"<This log has been trimmed>"
 RESULTS_URL = b"http://results.halvik.example/1"
 
 
-class TrimmingTest(support.ProgramTest):
+class TrimmingTest(program_tests.ProgramTest):
     def setUp(self):
         super().setUp()
-        self.server = servers.Server(servers.reply(RESULTS_URL))
+        self.server = http_server.Server(http_server.reply(RESULTS_URL))
         self.addCleanup(self.server.close)
 
     def outputs_of_size(self, size, *outputs):
         """Outputs for a report of exactly that many bytes: the given ones, and a filler before them."""
-        missing = size - len(support.report([("cat filler", "x"), *outputs])) + 1
+        missing = size - len(report_text.report([("cat filler", "x"), *outputs])) + 1
         self.assertGreater(missing, 0)
         return [("cat filler", "x" * missing), *outputs]
 
     def submit(self, outputs, options=("-s",)):
         for name, text in ((line.split()[1], text) for line, text in outputs):
-            (self.work / name).write_bytes(support.as_bytes(text))
-        ended = self.run_stand_in(options, [line for line, _ in outputs], submit=self.server.url())
-        return ended, support.report(outputs)
+            (self.work / name).write_bytes(report_text.as_bytes(text))
+        ended = self.run_test_build(options, [line for line, _ in outputs], submit=self.server.url())
+        return ended, report_text.report(outputs)
 
     def submitted(self, outputs, size):
         """What arrives for these outputs, whose report has the given size; the file gets the whole of it."""
@@ -55,7 +58,7 @@ class TrimmingTest(support.ProgramTest):
         self.assert_same_text(sent, report[:end - 28] + MARKER + report[end:])
         self.assertEqual(len(sent), LIMIT)
         # What goes: the closing line feed, the two last lines, and seven bytes of the line before them.
-        self.assertIn(b"line 0996\nlin" + MARKER + support.SEPARATOR, sent)
+        self.assertIn(b"line 0996\nlin" + MARKER + SEPARATOR, sent)
 
     def test_without_a_section_to_cut_all_of_it_is_sent(self):
         for excess in (1, 500_000):
@@ -80,7 +83,7 @@ class TrimmingTest(support.ProgramTest):
             with self.subTest(length):
                 log = (line, "z" * (length - around))
                 sent, report = self.submitted(self.outputs_of_size(LIMIT + 100, log), LIMIT + 100)
-                section = report[report.index(b"Results for: /bin/sh -c cat log # tail"):].split(support.SEPARATOR)[0]
+                section = report[report.index(b"Results for: /bin/sh -c cat log # tail"):].split(SEPARATOR)[0]
                 self.assertEqual(len(section), length)
                 self.assert_same_text(sent, report.replace(section, b"R" + MARKER) if cut else report)
 
@@ -94,7 +97,7 @@ class TrimmingTest(support.ProgramTest):
         hyphens = "-" * 45
         text = "head tail" + "a" * 500 + hyphens + hyphens + "b" * 500 + hyphens + "-----" + "c" * 500 + "tail"
         sent, report = self.submitted(self.outputs_of_size(LIMIT + 10, ("cat log", text)), LIMIT + 10)
-        expected = report.replace(b"a" * 500 + support.SEPARATOR * 2, b"a" * (500 - 37) + MARKER + support.SEPARATOR)
+        expected = report.replace(b"a" * 500 + SEPARATOR * 2, b"a" * (500 - 37) + MARKER + SEPARATOR)
         expected = expected.replace(b"c" * 500 + b"tail\n", b"c" * (500 - 32) + MARKER)
         self.assert_same_text(sent, expected)
 
@@ -132,4 +135,4 @@ class TrimmingTest(support.ProgramTest):
         self.assertEqual(self.server.requests, [])
 
 
-support.run_tests()
+isolation.run_tests()

@@ -3,25 +3,28 @@
 
 """The upload on the wire, and what the program makes of each kind of answer."""
 
-import servers
-import support
+import http_server
+import isolation
+import polling
+import program_tests
+import report_text
 import upload_form
 
 RESULTS_URL = b"http://results.halvik.example/1"
 OUTPUTS = [("echo first", "first\n"),
            ("printf '%s\\r\\n' --0xKhTmLbOuNdArY-- '\u00e4'", "--0xKhTmLbOuNdArY--\r\n\u00e4\r\n")]
 COMMANDS = [line for line, *_ in OUTPUTS]
-REPORT = support.report(OUTPUTS)
+REPORT = report_text.report(OUTPUTS)
 
 
-class UploadTest(support.ProgramTest):
+class UploadTest(program_tests.ProgramTest):
     def serve(self, *scripts, **others):
-        server = servers.Server(*scripts, **others)
+        server = http_server.Server(*scripts, **others)
         self.addCleanup(server.close)
         return server
 
     def submit(self, server, **others):
-        return self.run_stand_in(["-s"], COMMANDS, submit=server.url(), **others)
+        return self.run_test_build(["-s"], COMMANDS, submit=server.url(), **others)
 
     def assert_accepted(self, ended, reply):
         self.assertEqual(ended.stdout, b"url=" + reply + b"\n")
@@ -36,7 +39,7 @@ class UploadTest(support.ProgramTest):
 
 class RequestTest(UploadTest):
     def test_the_request(self):
-        server = self.serve(servers.reply(RESULTS_URL))
+        server = self.serve(http_server.reply(RESULTS_URL))
         self.assert_accepted(self.submit(server), RESULTS_URL)
         request, = server.requests
         self.assertEqual((request.method, request.target), ("POST", "/diagnosticsubmit"))
@@ -50,10 +53,10 @@ class RequestTest(UploadTest):
 
     def test_a_large_request(self):
         (self.work / "filler").write_bytes(b"x" * 20_000_000)
-        server = self.serve(servers.reply(RESULTS_URL), receive_buffer=4096)
-        ended = self.run_stand_in(["-s"], ["cat filler"], submit=server.url())
+        server = self.serve(http_server.reply(RESULTS_URL), receive_buffer=4096)
+        ended = self.run_test_build(["-s"], ["cat filler"], submit=server.url())
         self.assert_accepted(ended, RESULTS_URL)
-        self.assert_same_text(server.requests[0].submitted, support.report([("cat filler", b"x" * 20_000_000)]))
+        self.assert_same_text(server.requests[0].submitted, report_text.report([("cat filler", b"x" * 20_000_000)]))
 
 
 class ReplyTest(UploadTest):
@@ -68,9 +71,9 @@ class ReplyTest(UploadTest):
         ]:
             with self.subTest(status=status, body=body):
                 fields = ['WWW-Authenticate: Basic realm="here"'] if status == 401 else []
-                script = servers.reply(body, status, fields)
+                script = http_server.reply(body, status, fields)
                 if body is None:
-                    script = lambda exchange: (exchange.send(servers.head(204)), exchange.close())
+                    script = lambda exchange: (exchange.send(http_server.head(204)), exchange.close())
                 server = self.serve(script)
                 ended = self.submit(server)
                 if accepted:
@@ -82,23 +85,23 @@ class ReplyTest(UploadTest):
 
     def test_forms_of_a_whole_body(self):
         def until_closed(exchange):
-            exchange.send(servers.head() + RESULTS_URL)
+            exchange.send(http_server.head() + RESULTS_URL)
             exchange.close()
 
         def kept_alive(exchange):
-            exchange.send(servers.head(200, len(RESULTS_URL)) + RESULTS_URL)
+            exchange.send(http_server.head(200, len(RESULTS_URL)) + RESULTS_URL)
 
         def one_chunk(exchange):
-            exchange.send(servers.head(200, fields=["Transfer-Encoding: chunked"])
+            exchange.send(http_server.head(200, fields=["Transfer-Encoding: chunked"])
                           + b"%x\r\n%s\r\n0\r\n\r\n" % (len(RESULTS_URL), RESULTS_URL))
 
         def head_first(exchange):
-            exchange.send(servers.head(200, len(RESULTS_URL)))
+            exchange.send(http_server.head(200, len(RESULTS_URL)))
             exchange.wait_until_taken(self.process.pid)
             exchange.send(RESULTS_URL)
 
         def continued(exchange):
-            exchange.send(b"HTTP/1.1 100 Continue\r\n\r\n" + servers.head(200, len(RESULTS_URL)) + RESULTS_URL)
+            exchange.send(b"HTTP/1.1 100 Continue\r\n\r\n" + http_server.head(200, len(RESULTS_URL)) + RESULTS_URL)
 
         for script in (until_closed, kept_alive, one_chunk, head_first, continued):
             with self.subTest(script.__name__):
@@ -107,18 +110,18 @@ class ReplyTest(UploadTest):
     def submit_watched(self, script):
         """Submits to a script that looks at the running program, too."""
         def script_with_process(exchange):
-            support.wait_until(lambda: self.process, "the program is known")
+            polling.wait_until(lambda: self.process, "the program is known")
             script(exchange)
 
         self.process = None
         server = self.serve(script_with_process)
-        self.process = self.start_stand_in(["-s"], COMMANDS, submit=server.url())
+        self.process = self.start_test_build(["-s"], COMMANDS, submit=server.url())
         return self.finish(self.process)
 
     def test_of_a_body_in_pieces_the_last_one_is_the_reply(self):
         def in_pieces(*pieces):
             def script(exchange):
-                exchange.send(servers.head(200, sum(map(len, pieces))))
+                exchange.send(http_server.head(200, sum(map(len, pieces))))
                 for piece in pieces:
                     exchange.wait_until_taken(self.process.pid)
                     exchange.send(piece)
@@ -126,7 +129,7 @@ class ReplyTest(UploadTest):
 
         def in_chunks(*pieces):
             def script(exchange):
-                exchange.send(servers.head(200, fields=["Transfer-Encoding: chunked"]))
+                exchange.send(http_server.head(200, fields=["Transfer-Encoding: chunked"]))
                 for piece in pieces:
                     exchange.wait_until_taken(self.process.pid)
                     exchange.send(b"%x\r\n%s\r\n" % (len(piece), piece))
@@ -140,7 +143,7 @@ class ReplyTest(UploadTest):
                     self.assert_accepted(self.submit_watched(send(*pieces)), pieces[-1])
 
     def test_a_reply_that_is_not_utf8_still_counts(self):
-        server = self.serve(servers.reply(b"caf\xe9"))
+        server = self.serve(http_server.reply(b"caf\xe9"))
         ended = self.submit(server)
         self.assertRegex(ended.stdout, rb"^url=[ -~]*\n$")
         self.assertEqual(ended.status, 0)
@@ -154,7 +157,8 @@ class RedirectTest(UploadTest):
         for status, method in ((301, "GET"), (302, "GET"), (303, "GET"), (307, "POST"), (308, "POST")):
             for body in (b"", b"moved"):
                 with self.subTest(status=status, body=body):
-                    server = self.serve(servers.reply(body, status, ["Location: /page"]), servers.reply(self.PAGE))
+                    server = self.serve(http_server.reply(body, status, ["Location: /page"]),
+                                        http_server.reply(self.PAGE))
                     self.assert_accepted(self.submit(server), self.PAGE)
                     first, second = server.requests
                     self.assertEqual((first.method, first.target), ("POST", "/diagnosticsubmit"))
@@ -162,23 +166,23 @@ class RedirectTest(UploadTest):
                     self.assertEqual(second.body, first.body if method == "POST" else b"")
 
     def test_to_another_server(self):
-        other = self.serve(servers.reply(self.PAGE))
-        server = self.serve(servers.reply(b"", 302, ["Location: " + other.url("/there?x=1")]))
+        other = self.serve(http_server.reply(self.PAGE))
+        server = self.serve(http_server.reply(b"", 302, ["Location: " + other.url("/there?x=1")]))
         self.assert_accepted(self.submit(server), self.PAGE)
         self.assertEqual([request.target for request in other.requests], ["/there?x=1"])
 
     def test_without_a_place_to_go_to_it_is_a_reply_like_any_other(self):
-        self.assert_accepted(self.submit(self.serve(servers.reply(RESULTS_URL, 302))), RESULTS_URL)
-        self.assert_refused(self.submit(self.serve(servers.reply(b"", 302))))
+        self.assert_accepted(self.submit(self.serve(http_server.reply(RESULTS_URL, 302))), RESULTS_URL)
+        self.assert_refused(self.submit(self.serve(http_server.reply(b"", 302))))
 
     def test_redirects_that_lead_nowhere(self):
-        port = servers.unreachable_port(self)
+        port = http_server.unreachable_port(self)
         for name, *scripts in [
-            ("a circle", servers.reply(b"", 302, ["Location: /diagnosticsubmit"])),
-            ("a missing page", servers.reply(b"", 302, ["Location: /page"]), servers.reply(b"not here", 404)),
-            ("an empty page", servers.reply(b"moved", 302, ["Location: /page"]), servers.reply(b"")),
-            ("nobody there", servers.reply(b"", 302, [f"Location: http://127.0.0.1:{port}/"])),
-            ("another protocol", servers.reply(b"", 302, ["Location: file:///etc/hostname"])),
+            ("a circle", http_server.reply(b"", 302, ["Location: /diagnosticsubmit"])),
+            ("a missing page", http_server.reply(b"", 302, ["Location: /page"]), http_server.reply(b"not here", 404)),
+            ("an empty page", http_server.reply(b"moved", 302, ["Location: /page"]), http_server.reply(b"")),
+            ("nobody there", http_server.reply(b"", 302, [f"Location: http://127.0.0.1:{port}/"])),
+            ("another protocol", http_server.reply(b"", 302, ["Location: file:///etc/hostname"])),
         ]:
             with self.subTest(name):
                 self.assert_refused(self.submit(self.serve(*scripts)))
@@ -186,16 +190,16 @@ class RedirectTest(UploadTest):
 
 class BrokenConnectionTest(UploadTest):
     def test_nobody_there(self):
-        submit = f"http://127.0.0.1:{servers.unreachable_port(self)}/diagnosticsubmit"
-        self.assert_refused(self.run_stand_in(["-s"], COMMANDS, submit=submit))
+        submit = f"http://127.0.0.1:{http_server.unreachable_port(self)}/diagnosticsubmit"
+        self.assert_refused(self.run_test_build(["-s"], COMMANDS, submit=submit))
 
     def test_closed_at_once(self):
-        for end in (servers.Exchange.close, servers.Exchange.reset):
+        for end in (http_server.Exchange.close, http_server.Exchange.reset):
             with self.subTest(end.__name__):
                 self.assert_refused(self.submit(self.serve(end, at_connect=True)))
 
     def test_closed_inside_the_reply(self):
-        whole = servers.head(200, 100)
+        whole = http_server.head(200, 100)
         for name, sent in [
             ("before the head", b""),
             ("inside the first line", b"HTTP/1."),
@@ -203,10 +207,10 @@ class BrokenConnectionTest(UploadTest):
             ("before the end of the head", whole[:-2]),
             ("after the head", whole),
             ("inside the body", whole + b"http://results.halvik.example/"),
-            ("inside an error's body", servers.head(500, 100) + b"broken"),
+            ("inside an error's body", http_server.head(500, 100) + b"broken"),
             ("not a reply at all", b"220 mail.halvik.example ESMTP\r\n"),
         ]:
-            for end in (servers.Exchange.close, servers.Exchange.reset):
+            for end in (http_server.Exchange.close, http_server.Exchange.reset):
                 with self.subTest(name, end=end.__name__):
                     self.assert_refused(self.submit(self.serve(self.breaks_off(sent, end))))
 
@@ -217,4 +221,4 @@ class BrokenConnectionTest(UploadTest):
         return script
 
 
-support.run_tests()
+isolation.run_tests()

@@ -3,26 +3,16 @@
 
 """The window as a screen reader meets it: names, roles and states of its controls in each phase of a run."""
 
-import os
-import re
 import shutil
-import subprocess
-import tempfile
 import unittest
 
-import servers
-import support
-
-support.require_tools("Xvfb", "xdotool", "xclip", "dbus-daemon")
-try:
-    import gi
-    gi.require_version("Atspi", "2.0")
-    from gi.repository import Atspi, GLib
-    import windows
-except (ImportError, ValueError) as error:
-    support.skip_file(f"not installed: {error}")
-if not os.path.exists("/usr/share/dbus-1/services/org.a11y.Bus.service"):
-    support.skip_file("not installed: the bus of the assistive technologies")
+import accessibility  # first, as it skips the file where something is missing
+import http_server
+import isolation
+import polling
+import report_text
+import windows
+from accessibility import Atspi, Control, children
 
 URL = windows.RESULT.decode()
 PURPOSE = "Runs network tests on this computer and sends\nwhat they print to Halvik support."
@@ -36,87 +26,10 @@ BUTTONS = [("Copy link", "push button"), ("Open link", "push button")]
 
 
 def status(done):
-    return f"Please wait. Finished {done} out of {support.PLAN_LENGTH} tests."
+    return f"Please wait. Finished {done} out of {report_text.PLAN_LENGTH} tests."
 
 
-def setUpModule():
-    """A session bus, on which the bus of the assistive technologies starts as soon as it is asked for."""
-    runtime = tempfile.TemporaryDirectory(prefix="halvik-")
-    unittest.addModuleCleanup(runtime.cleanup)
-    os.environ["XDG_RUNTIME_DIR"] = runtime.name
-    for name in ("DISPLAY", "WAYLAND_DISPLAY", "AT_SPI_BUS_ADDRESS"):
-        os.environ.pop(name, None)
-    bus = subprocess.Popen(["dbus-daemon", "--session", "--nofork", "--print-address"], stdout=subprocess.PIPE,
-                           stderr=subprocess.DEVNULL, text=True)
-    unittest.addModuleCleanup(bus.communicate)
-    unittest.addModuleCleanup(bus.terminate)
-    os.environ["DBUS_SESSION_BUS_ADDRESS"] = bus.stdout.readline().strip()
-    Atspi.init()
-
-
-class Control:
-    """What a screen reader knows of one control."""
-
-    def __init__(self, accessible):
-        self.accessible = accessible
-        self.name = accessible.get_name()
-        states = accessible.get_state_set()
-        self.is_showing = states.contains(Atspi.StateType.SHOWING)
-        self.is_enabled = states.contains(Atspi.StateType.ENABLED) and states.contains(Atspi.StateType.SENSITIVE)
-        self.is_focused = states.contains(Atspi.StateType.FOCUSED)
-        self.is_editable = states.contains(Atspi.StateType.EDITABLE)
-        role = accessible.get_role_name()
-        # Of a text that nobody can edit the toolkit says that it is a label, but one with many lines that the keyboard
-        # reaches, and whose text can be read piece by piece.
-        if ("Text" in accessible.get_interfaces() and states.contains(Atspi.StateType.MULTI_LINE)
-                and states.contains(Atspi.StateType.FOCUSABLE) and not self.is_editable):
-            role = "text view"
-        self.role = {"entry": "text", "button": "push button"}.get(role, role)
-
-    @property
-    def labels(self):
-        return [relation.get_target(number).get_name() for relation in self.accessible.get_relation_set()
-                if relation.get_relation_type() == Atspi.RelationType.LABELLED_BY
-                for number in range(relation.get_n_targets())]
-
-    @property
-    def text(self):
-        return Atspi.Text.get_text(self.accessible, 0, Atspi.Text.get_character_count(self.accessible))
-
-    def press(self):
-        if not Atspi.Action.do_action(self.accessible, 0):
-            raise AssertionError(f"{self.name} cannot be pressed")
-
-
-def children(accessible):
-    accessible.clear_cache()
-    found = [accessible.get_child_at_index(number) for number in range(accessible.get_child_count())]
-    return [child for child in found if child]
-
-
-class AccessibilityTest(windows.WindowedTest):
-    def environment(self, changes=None):
-        return super().environment({"QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1",
-                                    "DBUS_SESSION_BUS_ADDRESS": os.environ["DBUS_SESSION_BUS_ADDRESS"],
-                                    **(changes or {})})
-
-    def controls(self, title=windows.TITLE):
-        """The showing controls of the program's window with that title; none while there is no such window."""
-        try:
-            for application in children(Atspi.get_desktop(0)):
-                if application.get_process_id() == self.process.pid:
-                    for window in children(application):
-                        if re.fullmatch(title, window.get_name()):
-                            return [control for control in map(Control, children(window)) if control.is_showing]
-        except GLib.Error:
-            pass  # something has gone while it was looked at
-        return []
-
-    def control(self, name, role):
-        found = [control for control in self.controls() if (control.name, control.role) == (name, role)]
-        self.assertEqual(len(found), 1, f"{name}, {role}")
-        return found[0]
-
+class PhaseCase(accessibility.AccessibleTest):
     def start_run(self):
         """Starts a run of which 30 commands end, and the others when the gate is opened."""
         self.control("Start tests", "push button").press()
@@ -131,7 +44,7 @@ class AccessibilityTest(windows.WindowedTest):
             return sorted((control.name, control.role, control.is_enabled) for control in self.controls())
 
         try:
-            support.wait_until(lambda: present() == everything, "the phase is reached", self.process)
+            polling.wait_until(lambda: present() == everything, "the phase is reached", self.process)
         except AssertionError:
             self.assertEqual(present(), everything)
 
@@ -139,12 +52,12 @@ class AccessibilityTest(windows.WindowedTest):
         return [control.name for control in self.controls() if control.is_focused]
 
 
-class PhaseTest(AccessibilityTest):
+class PhaseTest(PhaseCase):
     def setUp(self):
         super().setUp()
-        self.server = self.serve(servers.reply(windows.RESULT), servers.reply(b"no", status=500))
+        self.server = self.serve(http_server.reply(windows.RESULT), http_server.reply(b"no", status=500))
         self.gate = windows.Gate(self)
-        waiting = [":"] * 30 + [self.gate.line] * (support.PLAN_LENGTH - 30)
+        waiting = [":"] * 30 + [self.gate.line] * (report_text.PLAN_LENGTH - 30)
         self.open_window(commands=waiting, submit=self.server.url())
 
     def finish_run_with(self, controls):
@@ -171,8 +84,8 @@ class PhaseTest(AccessibilityTest):
         self.start_run()
         bar = self.control("Progress", "progress bar").accessible
         self.assertEqual(Atspi.Value.get_minimum_value(bar), 0)
-        step = Atspi.Value.get_maximum_value(bar) / support.PLAN_LENGTH
-        support.wait_until(lambda: Atspi.Value.get_current_value(bar) == 30 * step, "30 are shown",
+        step = Atspi.Value.get_maximum_value(bar) / report_text.PLAN_LENGTH
+        polling.wait_until(lambda: Atspi.Value.get_current_value(bar) == 30 * step, "30 are shown",
                            self.process)
 
     def test_results_can_be_read(self):
@@ -195,7 +108,7 @@ class PhaseTest(AccessibilityTest):
         self.assertEqual(len(self.focused()), 1, "something has the focus after a run that failed")
 
 
-class ActionTest(AccessibilityTest):
+class ActionTest(PhaseCase):
     def test_a_run_without_keys_and_mouse(self):
         server = self.serve()
         self.open_window(submit=server.url())
@@ -209,7 +122,7 @@ class ActionTest(AccessibilityTest):
         head = b"Halvik account: acme\nHalvik ticket: 48151\n"
         report = server.requests[0].submitted
         self.assertEqual(report[:len(head)], head)
-        self.assertEqual(len(support.blocks(report[len(head):])), support.PLAN_LENGTH + 5)
+        self.assertEqual(len(report_text.blocks(report[len(head):])), report_text.PLAN_LENGTH + 5)
         self.screen.copy(b"of another program")
         self.control("Copy link", "push button").press()
         self.screen.wait_for_clipboard(windows.RESULT)
@@ -218,7 +131,7 @@ class ActionTest(AccessibilityTest):
 
 
 @unittest.skipUnless(shutil.which("dig"), "the tools of the plan are not installed")
-class MessageTest(AccessibilityTest):
+class MessageTest(PhaseCase):
     """With the real plan, on a network with no way out."""
 
     def test_the_message_about_a_command_that_cannot_be_launched(self):
@@ -228,7 +141,7 @@ class MessageTest(AccessibilityTest):
         self.open_program(prefix)
         self.wait_for_phase([])
         self.control("Start tests", "push button").press()
-        support.wait_until(lambda: self.controls(windows.MESSAGE_TITLE), "a message is shown", self.process)
+        polling.wait_until(lambda: self.controls(windows.MESSAGE_TITLE), "a message is shown", self.process)
         controls = self.controls(windows.MESSAGE_TITLE)
         text = "".join(control.name for control in controls if control.role == "label")
         self.assertIn("has to end because of an error", text)
@@ -250,4 +163,5 @@ class MessageTest(AccessibilityTest):
         return buttons
 
 
-support.run_tests(needs_namespaces=True)
+setUpModule = accessibility.start_bus
+isolation.run_tests(needs_namespaces=True)

@@ -1,27 +1,24 @@
 # SPDX-FileCopyrightText: 2026 Halvik
 # SPDX-License-Identifier: Apache-2.0
 
-"""A real browser that shows pages of halvik-report from files, and tells of every request and complaint."""
+"""A real browser that shows pages of halvik-report from files, and lists every request and complaint."""
 
 import base64
 import json
 import pathlib
 import shutil
 import subprocess
-import sys
 import tempfile
 import unittest
 
-sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "program"))
-import support
+import polling
+import skipping
 
-support.require_tools("chromium", "chromedriver", "pdftotext")
-try:
-    from selenium import webdriver
-    from selenium.webdriver.chrome.service import Service
-    from selenium.webdriver.support.ui import WebDriverWait
-except ModuleNotFoundError as error:
-    support.skip_file(f"not installed: the Python module {error.name}")
+skipping.require_tools("chromium", "chromedriver", "pdftotext")
+skipping.require_modules("selenium")
+from selenium import webdriver
+from selenium.webdriver.chrome.service import Service
+from selenium.webdriver.support.ui import WebDriverWait
 
 import pages
 
@@ -92,7 +89,7 @@ class BrowserTest(unittest.TestCase):
         return self.driver.execute_script(script, *arguments)
 
     def wait(self, condition, what):
-        WebDriverWait(self.driver, support.GUARD_SECONDS, poll_frequency=0.02).until(lambda _: condition(), what)
+        WebDriverWait(self.driver, polling.GUARD_SECONDS, poll_frequency=0.02).until(lambda _: condition(), what)
 
     def one(self, selector):
         return self.driver.find_element("css selector", selector)

@@ -6,8 +6,9 @@
 import re
 
 import browser
+import isolation
 import pages
-from browser import support
+import report_text
 
 HOSTILE = ["</script><script>window.broken = 1</script>", "<img src=x onerror=window.broken=1>", "<!--<script>", "]]>", "--><b>",
            "javascript:window.broken=1", "https://evil.example/", "\"'><svg/onload=window.broken=1>", "{{1}}${1}", "&lt;b&gt;&#60;",
@@ -57,7 +58,7 @@ class HostileReport(browser.BrowserTest):
 
     def test_bytes_of_a_report_stay_text(self):
         hostile = "\n".join(HOSTILE).encode() + b"\xff\xfe\xc3\n"
-        report = b"".join(support.block(name, hostile) for name in (
+        report = b"".join(report_text.block(name, hostile) for name in (
             "/usr/bin/dig +time=10 myip.halvik.example", "/sbin/ifconfig -a", "<b onclick=x>\u202e", "/usr/sbin/netstat -rn"))
         page = pages.html(report)
         self.assertEqual(len(re.findall("</?script", page)), 4)
@@ -100,4 +101,4 @@ class Policy(browser.BrowserTest):
         self.url = None
 
 
-support.run_tests()
+isolation.run_tests()

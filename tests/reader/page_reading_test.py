@@ -8,12 +8,13 @@ import pathlib
 import unittest
 
 import browser
+import isolation
 import pages
-from browser import support
+from project import ROOT
 from selenium.webdriver.common.keys import Keys
 
-FOLDER = pathlib.Path(__file__).resolve().parent
-AXE = pathlib.Path(os.environ.get("HALVIK_AXE", FOLDER.parents[1] / "build/axe/package/axe.min.js"))
+FOLDER = ROOT / "tests/reader"
+AXE = pathlib.Path(os.environ.get("HALVIK_AXE", ROOT / "build/axe/package/axe.min.js"))
 
 
 class Reading(browser.BrowserTest):
@@ -94,4 +95,4 @@ class Reading(browser.BrowserTest):
                                          "getComputedStyle(document.documentElement).scrollBehavior]"), [0, "auto"])
 
 
-support.run_tests()
+isolation.run_tests()

@@ -4,8 +4,8 @@
 """The page of halvik-report in a real browser: what is on it, its blocks and its search."""
 
 import browser
+import isolation
 import pages
-from browser import support
 from selenium.webdriver.common.keys import Keys
 
 
@@ -208,4 +208,4 @@ class Large(browser.BrowserTest):
         self.assertEqual(self.found(), "1 match in 1 of 1 block.")
 
 
-support.run_tests()
+isolation.run_tests()

@@ -6,10 +6,11 @@
 import copy
 import functools
 import json
-import os
 import pathlib
 import re
 import subprocess
+
+import builds
 
 EXAMPLE = json.loads((pathlib.Path(__file__).parent / "data/example.json").read_text())
 DATA = re.compile(r'(<script type="application/json" id="data">)(.*?)(</script>)', re.DOTALL)
@@ -18,13 +19,9 @@ DATA = re.compile(r'(<script type="application/json" id="data">)(.*?)(</script>)
 WORDS = {"format", "severity", "kind", "key", "id", "marks", "stateFile", "folder", "family", "answer"}
 
 
-def program():
-    return pathlib.Path(os.environ["HALVIK_REPORT"])
-
-
 def html(report):
     """The page of a report, given as it is uploaded or saved."""
-    ended = subprocess.run([program(), "--html"], input=report, capture_output=True)
+    ended = subprocess.run([builds.report_reader(), "--html"], input=report, capture_output=True)
     if ended.stderr:
         raise AssertionError(ended.stderr)
     return ended.stdout.decode()

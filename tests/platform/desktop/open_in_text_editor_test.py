@@ -7,11 +7,13 @@ import os
 import pathlib
 import shutil
 import subprocess
-import sys
 import tempfile
 import unittest
 
-SCRIPT = pathlib.Path(__file__).resolve().parents[3] / "platform" / "linux" / "open_in_text_editor"
+from project import ROOT
+from skipping import require_tools
+
+SCRIPT = ROOT / "platform/linux" / "open_in_text_editor"
 WEB_PAGE = "<!DOCTYPE html>\n<html><body>Hotel network</body></html>\n"
 
 
@@ -85,7 +87,5 @@ class OpenInTextEditorTest(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    if not all(shutil.which(tool) for tool in ("gio", "xdg-mime")):
-        print("not installed: gio or xdg-mime")
-        sys.exit(77)
+    require_tools("gio", "xdg-mime")
     unittest.main()

@@ -10,26 +10,16 @@ import os
 import pathlib
 import shutil
 import subprocess
-import sys
 import tempfile
 import unittest
 
-SCRIPT = pathlib.Path(__file__).resolve().parents[3] / "platform" / "linux" / "scutil"
+from isolation import namespace_prefix
+from project import ROOT
+from skipping import skip_file
+
+SCRIPT = ROOT / "platform/linux" / "scutil"
 NO_CONFIGURATION = "No DNS configuration available\n"
 STUB = "nameserver 127.0.0.53\noptions edns0 trust-ad\nsearch .\n"
-
-
-def namespace_prefix():
-    """The command that starts another one where it may mount, or None where the machine forbids that."""
-    options = ["--mount", "--propagation", "private"]
-    for prefix in (["unshare", *options], ["unshare", "--user", "--map-root-user", *options]):
-        attempt = prefix + ["mount", "-t", "tmpfs", "none", tempfile.gettempdir()]
-        try:
-            if subprocess.run(attempt, capture_output=True).returncode == 0:
-                return prefix
-        except FileNotFoundError:
-            return None
-    return None
 
 
 class ScutilTest(unittest.TestCase):
@@ -243,6 +233,5 @@ class Usage(ScutilTest):
 
 PREFIX = namespace_prefix()
 if PREFIX is None:
-    print("SKIPPED: this machine permits no mount namespace", flush=True)
-    sys.exit(77)
+    skip_file("this machine permits no mount namespace")
 unittest.main()

@@ -10,25 +10,15 @@ import os
 import pathlib
 import shutil
 import subprocess
-import sys
 import tempfile
 import unittest
 
-SCRIPT = pathlib.Path(__file__).resolve().parents[3] / "platform" / "linux" / "system_profiler"
+from isolation import namespace_prefix
+from project import ROOT
+from skipping import skip_file
+
+SCRIPT = ROOT / "platform/linux" / "system_profiler"
 MINUTE, HOUR, DAY = 60, 3600, 86400
-
-
-def namespace_prefix():
-    """The command that starts another one where it may mount, or None where the machine forbids that."""
-    options = ["--mount", "--propagation", "private"]
-    for prefix in (["unshare", *options], ["unshare", "--user", "--map-root-user", *options]):
-        attempt = prefix + ["mount", "-t", "tmpfs", "none", tempfile.gettempdir()]
-        try:
-            if subprocess.run(attempt, capture_output=True).returncode == 0:
-                return prefix
-        except FileNotFoundError:
-            return None
-    return None
 
 
 class SystemProfilerTest(unittest.TestCase):
@@ -152,6 +142,5 @@ class SystemProfilerTest(unittest.TestCase):
 
 PREFIX = namespace_prefix()
 if PREFIX is None:
-    print("SKIPPED: this machine permits no mount namespace", flush=True)
-    sys.exit(77)
+    skip_file("this machine permits no mount namespace")
 unittest.main()

@@ -12,7 +12,7 @@ import struct
 import termios
 import threading
 
-import support
+import polling
 import upload_form
 
 
@@ -36,7 +36,7 @@ class Exchange:
         self.connection = connection
         self.request = None
         self.unread = b""
-        connection.settimeout(support.GUARD_SECONDS)
+        connection.settimeout(polling.GUARD_SECONDS)
         connection.setsockopt(socket.IPPROTO_TCP, socket.TCP_NODELAY, 1)
 
     def receive(self):
@@ -47,22 +47,22 @@ class Exchange:
         head, _, self.unread = self.unread.partition(b"\r\n\r\n")
         length = re.search(rb"^content-length: *(\d+)", head, re.IGNORECASE | re.MULTILINE)
         length = int(length[1]) if length else 0
-        pieces = [self.unread]
+        chunks = [self.unread]
         missing = length - len(self.unread)
         while missing > 0:
-            piece = self.connection.recv(min(missing, 1 << 20))
-            if not piece:
+            chunk = self.connection.recv(min(missing, 1 << 20))
+            if not chunk:
                 return None
-            pieces.append(piece)
-            missing -= len(piece)
-        data = b"".join(pieces)
+            chunks.append(chunk)
+            missing -= len(chunk)
+        data = b"".join(chunks)
         self.request, self.unread = Request(head, data[:length]), data[length:]
         return self.request
 
     def _read_more(self):
-        piece = self.connection.recv(65536)
-        self.unread += piece
-        return piece
+        chunk = self.connection.recv(65536)
+        self.unread += chunk
+        return chunk
 
     def send(self, data):
         self.connection.sendall(data)
@@ -81,8 +81,8 @@ class Exchange:
 
     def wait_until_taken(self, pid):
         """Waits until the client has taken everything sent so far and has done all that follows from it."""
-        support.wait_until(lambda: not self._unacknowledged() and not self._unread_by_client(), "the client has read")
-        support.wait_until_idle(pid)
+        polling.wait_until(lambda: not self._unacknowledged() and not self._unread_by_client(), "the client has read")
+        polling.wait_until_idle(pid)
 
     def _unacknowledged(self):
         count = array.array("i", [0])
@@ -141,7 +141,7 @@ class Server:
             except OSError:
                 pass  # closed already
         for thread in self._threads:
-            thread.join(support.GUARD_SECONDS)
+            thread.join(polling.GUARD_SECONDS)
         self._listener.close()
         if self.errors:
             raise self.errors[0]
@@ -193,7 +193,7 @@ def head(status=200, length=None, fields=()):
 
 
 def reply(body=b"", status=200, fields=()):
-    """A script that sends one whole reply in one piece and closes."""
+    """A script that sends one whole reply at once and closes."""
     def script(exchange):
         exchange.send(head(status, len(body), ["Connection: close", *fields]) + body)
         exchange.close()

@@ -5,42 +5,16 @@
 
 import os
 import re
-import shutil
 import signal
-import subprocess
-import sys
-import unittest
 
-import servers
-import support
-
-ALL = support.PLAN_LENGTH
-ENDED_BY_ERROR = "the program ends after an error:"
-URL = b"http://results.halvik.example/1"
-OUTPUTS = [("echo I i \u0130 \u0131; echo m\u00fcll >&2", "I i \u0130 \u0131\n", "m\u00fcll\n"), ("seq 3", "1\n2\n3\n")]
-LINES = [line for line, *_ in OUTPUTS]
-REPORT = support.report(OUTPUTS)
+import builds
+import isolation
+import polling
+import report_text
+from environment_runs import ALL, ENDED_BY_ERROR, LINES, REPORT, EnvironmentTest
 
 
-class SurroundingsTest(support.ProgramTest):
-    def fail_to_submit(self, **others):
-        submit = f"http://127.0.0.1:{servers.unreachable_port(self)}/diagnosticsubmit"
-        return self.run_stand_in(["-s"], LINES, submit=submit, **others)
-
-    def deliver_everywhere(self, **others):
-        server = servers.Server(servers.reply(URL))
-        ended = self.run_stand_in(["-s", "-c", "-o=F", "-i"], LINES, submit=server.url(), **others)
-        server.close()
-        return ended, server
-
-    def assert_delivered_everywhere(self, ended, server):
-        self.assertEqual((ended.status, ended.stderr), (0, b""))
-        self.assert_same_text(ended.stdout, REPORT + b"\noutputFile=F\nurl=" + URL + b"\n")
-        self.assertEqual([request.submitted for request in server.requests], [REPORT])
-        self.assert_same_text((self.work / "F").read_bytes(), REPORT)
-
-
-class LimitTest(SurroundingsTest):
+class LimitTest(EnvironmentTest):
     @staticmethod
     def descriptors(number):
         return ["sh", "-c", f'ulimit -n {number}; exec "$@"', "sh"]
@@ -50,18 +24,18 @@ class LimitTest(SurroundingsTest):
 
     def test_too_few_descriptors(self):
         """No command more can be started, which is said, and those that were started are not left behind."""
-        if support.is_sanitized():
+        if builds.is_sanitized():
             self.skipTest("the sanitizer needs descriptors of its own")
         reader, writer = os.pipe()
         self.addCleanup(os.close, writer)
         with os.fdopen(reader) as reading:
-            ended = self.run_stand_in(["-s", "-c", "-o=F"], ["exec cat"] * ALL, prefix=self.descriptors(64),
-                                      stdin=reading)
+            ended = self.run_test_build(["-s", "-c", "-o=F"], ["exec cat"] * ALL, prefix=self.descriptors(64),
+                                        stdin=reading)
         self.assertEqual((ended.status, ended.stdout), (-signal.SIGABRT, b""))
         self.assertEqual(ended.messages, [f"{ENDED_BY_ERROR} cannot run /bin/sh: Too many open files"])
         self.assert_only_files(self.home, [])
         self.assert_only_files(self.work, [])
-        support.wait_until(lambda: self.is_unread(writer), "the commands have ended")
+        polling.wait_until(lambda: self.is_unread(writer), "the commands have ended")
 
     @staticmethod
     def is_unread(writer):
@@ -72,88 +46,7 @@ class LimitTest(SurroundingsTest):
         return False
 
 
-@unittest.skipUnless(os.geteuid() == 0, "only root can become a user without any other process")
-class ProcessLimitTest(SurroundingsTest):
-    # Nobody is given numbers as high as this, and every run of this file has its own: no other process counts for the
-    # limits of this user.
-    STRANGER = 2_000_000_000 + os.getpid()
-    BECOME = ["setpriv", f"--reuid={STRANGER}", f"--regid={STRANGER}", "--clear-groups", "--"]
-    # Takes every process that is to be had, from then on when the first one was refused.
-    TAKE_ALL = """
-import os, pathlib, signal
-full = pathlib.Path("full")
-while True:
-    try:
-        if os.fork() == 0:
-            signal.pause()
-    except OSError:
-        if not full.exists():
-            full.touch()
-"""
-
-    def setUp(self):
-        super().setUp()
-        for folder in (self.folder, self.work, self.home):
-            folder.chmod(0o777)
-        for tool in (support.stand_in(), sys.executable):
-            if subprocess.run([*self.BECOME, "test", "-x", tool], capture_output=True).returncode != 0:
-                self.skipTest(f"another user cannot run {tool}")
-        self.assertEqual(self.processes(), [], "there is such a user")
-        self.addCleanup(self.end_all)
-
-    def run_with(self, processes, commands, **others):
-        return self.run_stand_in(["-s"], commands, prefix=[*self.BECOME, "prlimit", f"--nproc={processes}", "--"],
-                                 **others)
-
-    def processes(self):
-        listed = subprocess.run(["ps", "-o", "stat=", "-U", str(self.STRANGER)], capture_output=True, text=True).stdout
-        return [state for state in listed.split() if not state.startswith("Z")]
-
-    def end_all(self):
-        """Ends whatever is run by the user that only this test can be.
-
-        Not by their numbers: these are old as soon as they are listed, and may be those of others by then.
-        """
-        subprocess.run([*self.BECOME, "sh", "-c", 'test "$(id -u)" = "$1" && kill -KILL -1', "sh", str(self.STRANGER)],
-                       check=True)
-        support.wait_until(lambda: not self.processes(), "all processes have ended")
-
-    @unittest.skipIf(support.is_counting_branches(), "another user cannot write the counts")
-    def test_too_few_for_the_commands(self):
-        ended = self.run_with(20, ["exec sleep 1000"] * ALL)
-        self.assertEqual((ended.status, ended.stdout), (-signal.SIGABRT, b""))
-        self.assertEqual(ended.messages, [f"{ENDED_BY_ERROR} cannot run /bin/sh: Resource temporarily unavailable"])
-        self.assert_only_files(self.home, [])
-        support.wait_until(lambda: not self.processes(), "the commands have ended")
-
-    def test_the_rights_of_another_user(self):
-        """Nothing is done with them, whoever has marked the program so."""
-        owned = self.folder / "owned"
-        shutil.copy(support.stand_in(), owned)
-        owned.chmod(0o4755)
-        if os.statvfs(owned).f_flag & os.ST_NOSUID:
-            self.skipTest("no program lends its owner's rights here")
-        ended = self.finish(self.start(str(owned), ["-s", "-c", "-o=F"], prefix=self.BECOME))
-        self.assertNotEqual(ended.status, 0)
-        self.assertEqual(ended.stdout, b"")
-        self.assert_only_files(self.work, [])
-
-    def test_none_for_the_upload(self):
-        """It has a thread of its own. Refused, it is a failed upload, and a process may have become free after all."""
-        server = servers.Server(servers.reply(URL))
-        take_all = self.folder / "take_all"
-        take_all.write_text(self.TAKE_ALL)
-        line = f"{sys.executable} {take_all} >/dev/null 2>&1 & until test -e full; do :; done"
-        ended = self.run_with(120, [":"] * (ALL - 1) + [line], submit=server.url(), env={"STAND_IN_STALL_MS": 300})
-        self.end_all()
-        server.close()
-        if server.requests:
-            self.assertEqual((ended.status, ended.stdout), (0, b"url=" + URL + b"\n"))
-        else:
-            self.assert_submission_failed(ended, support.report([(":",)] * (ALL - 1) + [(line,)]))
-
-
-class FolderTest(SurroundingsTest):
+class FolderTest(EnvironmentTest):
     def assert_saved(self, ended, path):
         self.assertEqual(ended.status, 1)
         self.assert_same_text(path.read_bytes(), REPORT)
@@ -172,12 +65,12 @@ class FolderTest(SurroundingsTest):
         self.assert_saved_among_temporary_files(home)
         self.assertEqual(home.read_text(), "old")
 
-    @support.needs_namespaces
+    @isolation.needs_namespaces
     def test_a_home_that_is_only_read(self):
         home = self.folder / "read-only"
         home.mkdir()
-        support.mount("-t", "tmpfs", "-o", "ro", "none", home)
-        self.addCleanup(support.uncover, home)
+        isolation.mount("-t", "tmpfs", "-o", "ro", "none", home)
+        self.addCleanup(isolation.uncover, home)
         self.assert_saved_among_temporary_files(home)
 
     def test_no_place_for_temporary_files_is_needed_where_there_is_a_home(self):
@@ -191,10 +84,10 @@ class FolderTest(SurroundingsTest):
             with self.subTest(place):
                 ended = self.fail_to_submit(env={"HOME": "/proc", "TMPDIR": place})
                 [saving] = [message for message in ended.messages if message.startswith("saving ")]
-                told = re.fullmatch(r"saving the report to (/(?:var/)?tmp/halvik-diagnostic-\w{6})"
-                                    r"/diagnostic_results\.txt", saving)
-                self.assertTrue(told, saving)
-                folder = told[1]
+                named = re.fullmatch(r"saving the report to (/(?:var/)?tmp/halvik-diagnostic-\w{6})"
+                                     r"/diagnostic_results\.txt", saving)
+                self.assertTrue(named, saving)
+                folder = named[1]
                 self.assertEqual(os.stat(folder).st_mode & 0o777, 0o700)
                 self.assertEqual(os.listdir(folder), ["diagnostic_results.txt"])
                 with open(f"{folder}/diagnostic_results.txt", "rb") as file:
@@ -202,14 +95,14 @@ class FolderTest(SurroundingsTest):
                 os.unlink(f"{folder}/diagnostic_results.txt")
                 os.rmdir(folder)
 
-    @support.needs_namespaces
+    @isolation.needs_namespaces
     def test_no_place_at_all(self):
         """The report is lost, which is said."""
         for place in ("/tmp", "/var/tmp"):
-            support.mount("--bind", place, place)
-            self.addCleanup(support.uncover, place)
-            support.mount("-o", "remount,bind,ro", place)
-        ended = self.finish(self.start(support.stand_in(), ["-s"], env={"HOME": "/proc", "TMPDIR": "/proc"}, cwd="/"))
+            isolation.mount("--bind", place, place)
+            self.addCleanup(isolation.uncover, place)
+            isolation.mount("-o", "remount,bind,ro", place)
+        ended = self.finish(self.start(builds.test_build(), ["-s"], env={"HOME": "/proc", "TMPDIR": "/proc"}, cwd="/"))
         self.assertEqual(ended.status, 1)
         self.assertIn("could not save diagnostic_results.txt", ended.messages)
 
@@ -220,7 +113,7 @@ class FolderTest(SurroundingsTest):
                 self.desktop_file.parent.mkdir(exist_ok=True)
                 self.fail_to_submit(prefix=prefix)
                 self.assertEqual(self.desktop_file.stat().st_mode & 0o777, expected)
-                self.assertEqual(self.run_stand_in(["-s", "-o=F"], LINES, prefix=prefix).status, 0)
+                self.assertEqual(self.run_test_build(["-s", "-o=F"], LINES, prefix=prefix).status, 0)
                 self.assertEqual((self.work / "F").stat().st_mode & 0o777, expected)
                 for path in (self.desktop_file, self.work / "F"):
                     path.chmod(0o600)
@@ -229,7 +122,7 @@ class FolderTest(SurroundingsTest):
                 self.assert_only_files(self.work, [])
 
 
-class SettingTest(SurroundingsTest):
+class SettingTest(EnvironmentTest):
     def test_locales(self):
         """Nothing that is written depends on one, whether the machine has it or not."""
         for locale in ("C", "C.UTF-8", "tr_TR", "tr_TR.UTF-8", "xx_XX.nothing", "\u00e4/../..", "x" * 10000, ""):
@@ -245,19 +138,19 @@ class SettingTest(SurroundingsTest):
             with self.subTest(zone[:50]):
                 self.assert_submission_failed(self.fail_to_submit(env={"TZ": zone}), REPORT)
 
-    @support.needs_namespaces
+    @isolation.needs_namespaces
     def test_no_time_zones_on_the_machine(self):
         nothing = self.folder / "nothing"
         nothing.mkdir()
         if not os.path.isdir("/usr/share/zoneinfo"):
             self.skipTest("this machine has none anyway")
-        support.cover("/usr/share/zoneinfo", nothing)
-        self.addCleanup(support.uncover, "/usr/share/zoneinfo")
+        isolation.cover("/usr/share/zoneinfo", nothing)
+        self.addCleanup(isolation.uncover, "/usr/share/zoneinfo")
         for zone in (None, "Europe/Istanbul"):
             self.assert_submission_failed(self.fail_to_submit(env={"TZ": zone}), REPORT)
 
 
-class BesideTest(SurroundingsTest):
+class BesideTest(EnvironmentTest):
     def test_runs_that_write_the_same_file(self):
         """The file is always the whole report of one of them."""
         runs = 6
@@ -268,10 +161,10 @@ class BesideTest(SurroundingsTest):
             source = self.folder / f"output-{run}"
             source.write_text(output)
             line = f"cat {source}; echo >>ready; until test $(wc -c <ready) = {runs}; do sleep 0.01; done"
-            reports.append(support.report([(line, output)]))
+            reports.append(report_text.report([(line, output)]))
             lines = self.folder / f"commands-{run}"
             lines.write_text(line + "\n")
-            started.append(self.start(support.stand_in(), ["-s", "-o=F"], env={"STAND_IN_COMMANDS": lines}))
+            started.append(self.start(builds.test_build(), ["-s", "-o=F"], env={"STAND_IN_COMMANDS": lines}))
         written = self.work / "F"
         while any(process.poll() is None for process in started):
             if written.exists():
@@ -286,10 +179,10 @@ class BesideTest(SurroundingsTest):
         lines = self.folder / "commands"
         lines.write_text("".join(line + "\n" for line in LINES))
         env = {"STAND_IN_COMMANDS": lines, "STAND_IN_SUBMIT_URL": "http://127.0.0.1:1/diagnosticsubmit"}
-        started = [self.start(support.stand_in(), ["-s"], env=env) for _ in range(4)]
+        started = [self.start(builds.test_build(), ["-s"], env=env) for _ in range(4)]
         for process in started:
             self.assert_submission_failed(self.finish(process), REPORT)
         self.assert_only_files(self.desktop_file.parent, [self.desktop_file.name])
 
 
-support.run_tests()
+isolation.run_tests()

@@ -1,13 +1,13 @@
 # SPDX-FileCopyrightText: 2026 Halvik
 # SPDX-License-Identifier: Apache-2.0
-"""Every include points to a lower floor, or stays on its floor without going in a circle. What only some systems have
+"""Every include points to a lower layer, or stays in its layer without going in a circle. What only some systems have
 stays in the folder of those systems."""
 
-import pathlib
 import re
 import unittest
 
-ROOT = pathlib.Path(__file__).resolve().parents[1]
+from project import ROOT
+
 FOLDERS = ("app", "diagnostics", "platform", "reader", "report", "ui")
 # The reader of reports stands beside the program, in layers of its own.
 READER_LAYERS = ("reader/parse/", "reader/facts/", "reader/rules/", "reader/output/", "reader/")
@@ -23,7 +23,7 @@ CONTROLLER_SUBJECTS = {
     "ui/window_control.cpp",
 }
 SYSTEM_INCLUDE = re.compile(r"^#include <([^>]+)>", re.M)
-# Headers of the language and of the toolkit, but for those of signals and of the network.
+# Headers of the language and of Qt, but for those of signals and of the network.
 EVERYWHERE = re.compile(r"(?!csignal$)[a-z_]+|Q(?!Network|Ssl)\w+")
 READER_LIBRARIES = re.compile(r"CLI/CLI\.hpp|nlohmann/json(_fwd)?\.hpp")
 POSIX = re.compile(r"(fcntl|poll|pthread|pwd|spawn|unistd|sys/(resource|stat|time|types|uio|wait))\.h")
@@ -34,7 +34,7 @@ ONLY_ON_LINUX = re.compile(
 )
 
 
-def floor(name):
+def layer(name):
     if name.startswith("platform/"):
         return 0
     if name.startswith(("app/main.", "app/main_with_", "app/companions.", "app/entry.", "app/windowed_run.")):
@@ -51,7 +51,7 @@ def sources():
                 yield path.relative_to(ROOT).as_posix(), path.read_text()
 
 
-class Floors(unittest.TestCase):
+class Layers(unittest.TestCase):
     def setUp(self):
         self.sources = dict(sources())
         self.includes = {
@@ -65,13 +65,13 @@ class Floors(unittest.TestCase):
             f"{name} includes {included}"
             for name, all_included in self.includes.items()
             for included in all_included
-            if floor(included) > floor(name)
+            if layer(included) > layer(name)
         ]
         self.assertEqual(wrong, [])
 
     def test_the_reader_stands_beside_the_program(self):
         def reader_layer(name):
-            return next(layer for layer, folder in enumerate(READER_LAYERS) if name.startswith(folder))
+            return next(number for number, folder in enumerate(READER_LAYERS) if name.startswith(folder))
 
         for name, all_included in self.includes.items():
             for included in all_included:

@@ -12,7 +12,9 @@ import threading
 import werkzeug
 import werkzeug.serving
 
-import support
+import form_parser
+import isolation
+import polling
 
 HOST = "diagnostic.halvik.example"
 MACHINE_CERTIFICATES = pathlib.Path("/etc/ssl/certs")
@@ -95,7 +97,7 @@ class Authority:
         with open(store / "ca-certificates.crt", "ab") as bundle:
             bundle.write(pathlib.Path(f"{self.path}.pem").read_bytes())
         openssl("rehash", store)
-        support.cover(MACHINE_CERTIFICATES, store)
+        isolation.cover(MACHINE_CERTIFICATES, store)
 
 
 class Receiver:
@@ -120,9 +122,10 @@ class Receiver:
         if request.method != "POST":
             self.pages += 1
             return werkzeug.Response("page")
-        if request.path != "/diagnosticsubmit" or request.form:
+        files = form_parser.files(request.get_data(), request.headers.get("Content-Type", ""))
+        if request.path != "/diagnosticsubmit" or files is None:
             return werkzeug.Response("not a report", status=400)
-        self.files += [(field, file.filename, file.read()) for field, file in request.files.items(multi=True)]
+        self.files += files
         return werkzeug.Response(f"https://{HOST}/results/{len(self.files)}")
 
 
@@ -142,7 +145,7 @@ class WebServer:
         command = ["nginx", "-p", folder, "-e", folder / "error.log", "-c", folder / "nginx.conf"]
         self._process = subprocess.Popen(["setpriv", "--pdeathsig", "TERM", *command],
                                          stdin=subprocess.DEVNULL, stderr=subprocess.PIPE)
-        support.wait_until(self._listens, "nginx listens")
+        polling.wait_until(self._listens, "nginx listens")
 
     def _listens(self):
         if self._process.poll() is not None:

@@ -7,7 +7,9 @@ import os
 import pathlib
 import re
 
-BUILT_IN = pathlib.Path(__file__).resolve().parents[2] / "diagnostics" / "endpoints_built_in.cpp"
+from project import ROOT
+
+BUILT_IN = ROOT / "diagnostics/endpoints_built_in.cpp"
 
 
 def roles():

@@ -1,7 +1,8 @@
 # SPDX-FileCopyrightText: 2026 Halvik
 # SPDX-License-Identifier: Apache-2.0
 
-"""The program has the libraries of the lightest run only: it goes on as a companion to send its report or open a window."""
+"""The program has the libraries of the lightest run only: to send its report or open a window, it becomes a helper
+executable."""
 
 import os
 import pathlib
@@ -12,7 +13,10 @@ import subprocess
 import sys
 import unittest
 
-import support
+import builds
+import isolation
+import polling
+import program_tests
 
 WINDOW = "halvik-diagnostic-window"
 UPLOAD = "halvik-diagnostic-upload"
@@ -23,15 +27,15 @@ printf '<%s>' "$@"
 """
 
 
-class CompanionTest(support.ProgramTest):
+class HelperExecutableTest(program_tests.ProgramTest):
     def setUp(self):
         super().setUp()
         self.program = self.folder / "bin/halvik-diagnostic"
         self.program.parent.mkdir()
-        shutil.copy(support.program(), self.program)
+        shutil.copy(builds.program(), self.program)
 
     def place(self, folder, name=WINDOW):
-        """Puts a script in the place of a companion, below the folder of the program."""
+        """Puts a script in the place of a helper executable, below the folder of the program."""
         path = self.program.parent / folder / name
         path.parent.mkdir(parents=True, exist_ok=True)
         path.write_text(SCRIPT)
@@ -59,8 +63,8 @@ class CompanionTest(support.ProgramTest):
             path = self.place(folder)
             self.assertIn(str(path).encode(), self.ended().stdout.splitlines()[0])
 
-    @support.needs_namespaces
-    @unittest.skipUnless(support.PLATFORM == "linux", "what the toolkit does is its own matter")
+    @isolation.needs_namespaces
+    @unittest.skipUnless(builds.PLATFORM == "linux", "what Qt does is its own matter")
     def test_is_found_without_proc_and_through_a_link(self):
         path = self.place("libexec")
         (self.folder / "link").symlink_to(self.program)
@@ -68,9 +72,9 @@ class CompanionTest(support.ProgramTest):
         output = subprocess.run(["unshare", "--mount", "sh", "-c", script], check=True, capture_output=True, text=True)
         self.assertIn(str(path), output.stdout.splitlines()[0])
 
-    @support.needs_namespaces
-    @unittest.skipUnless(support.PLATFORM == "linux", "what the toolkit does is its own matter")
-    @unittest.skipIf(support.is_sanitized(), "without /proc the sanitizer mistakes an error that is thrown for a fault")
+    @isolation.needs_namespaces
+    @unittest.skipUnless(builds.PLATFORM == "linux", "what Qt does is its own matter")
+    @unittest.skipIf(builds.is_sanitized(), "without /proc the sanitizer mistakes an error that is thrown for a fault")
     def test_is_not_looked_for_in_the_working_directory(self):
         """Where the system does not tell a program where it is."""
         (self.work / "libexec").mkdir()
@@ -108,10 +112,10 @@ class CompanionTest(support.ProgramTest):
 
     def test_no_run_that_neither_sends_nor_shows_anything_needs_one(self):
         self.assertEqual(self.ended("-h").status, 0)
-        program = pathlib.Path(support.program())
+        program = pathlib.Path(builds.program())
         of_program, of_upload = (subprocess.run(["ldd", path], check=True, capture_output=True, text=True).stdout
                                  for path in (program, program.parent / "libexec" / UPLOAD))
-        if support.PLATFORM == "linux":
+        if builds.PLATFORM == "linux":
             self.assertNotIn("libQt6", of_program)
         self.assertIn("libQt6Network", of_upload)
         for name in ("libQt6Gui", "libQt6Widgets", "libX11", "libGL"):
@@ -119,22 +123,22 @@ class CompanionTest(support.ProgramTest):
 
     def test_is_built_with_the_program(self):
         """Also where nothing but the program is asked for, as `scripts/run` does."""
-        command = ["ninja", "-C", pathlib.Path(support.program()).parent, "-t", "inputs", "halvik-diagnostic"]
+        command = ["ninja", "-C", pathlib.Path(builds.program()).parent, "-t", "inputs", "halvik-diagnostic"]
         inputs = subprocess.run(command, check=True, capture_output=True, text=True).stdout.splitlines()
         for name in (UPLOAD, WINDOW):
             self.assertIn(f"libexec/{name}", inputs)
 
     def test_keeps_the_name_of_the_program(self):
-        process = self.start(support.program(), [], env={"QT_QPA_PLATFORM": "offscreen"})
+        process = self.start(builds.program(), [], env={"QT_QPA_PLATFORM": "offscreen"})
         facts = pathlib.Path(f"/proc/{process.pid}")
 
         # In the middle of the change it has no command line at all.
         def has_changed():
             return (facts / "exe").readlink().name == WINDOW and (facts / "cmdline").read_bytes()
 
-        support.wait_until(lambda: process.poll() is not None or has_changed(), "the program has become its companion")
-        self.assertEqual((facts / "cmdline").read_bytes().split(b"\0")[0], os.fsencode(support.program()))
+        polling.wait_until(lambda: process.poll() is not None or has_changed(), "the program has become its helper")
+        self.assertEqual((facts / "cmdline").read_bytes().split(b"\0")[0], os.fsencode(builds.program()))
         self.assertIsNone(process.poll())
 
 
-support.run_tests()
+isolation.run_tests()

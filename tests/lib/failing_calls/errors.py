@@ -1,0 +1,59 @@
+# SPDX-FileCopyrightText: 2026 Halvik
+# SPDX-License-Identifier: Apache-2.0
+
+"""The errors by which each system call can fail, and those that are never made to fail."""
+
+import builds
+
+# The errors that fit a call: a machine that has run out of something, a disk or a line that is broken, a signal.
+ERRORS = {
+    "EMFILE ENFILE": "dup eventfd2 epoll_create1 pidfd_open pipe pipe2 socketpair",
+    "EMFILE ENFILE ENOMEM EIO EINTR": "open openat",
+    "ENOBUFS EMFILE": "socket",
+    "EBUSY EINTR": "dup2 dup3",
+    "ENOMEM EAGAIN": "clone clone3 fork vfork execve",
+    "ENOMEM": "close_range mmap mprotect mremap munmap madvise",
+    "ENOMEM ENOSPC": "epoll_ctl",
+    "EINTR": "epoll_pwait epoll_wait",
+    "EINTR ENOMEM": "poll ppoll select pselect6",
+    "EIO EINTR EAGAIN": "pread64 read readv",
+    "ENOSPC EIO EINTR": "pwrite64 write writev",
+    "ENOSPC EIO": "fchmod fsync fdatasync ftruncate link mkdir rename renameat2 unlink",
+    "EIO ENOMEM EACCES": "access faccessat2 fstat getcwd lstat newfstatat readlink readlinkat stat statx",
+    "EIO": "fcntl fstatfs getdents64 ioctl lseek statfs",
+    "EPERM": "prlimit64",
+    "ECHILD EINTR": "wait4 waitid",
+    "ENOBUFS ECONNREFUSED EINTR": "bind connect getpeername getsockname getsockopt setsockopt",
+    "ECONNRESET ENOBUFS EAGAIN EINTR": "sendmmsg sendmsg sendto",
+    "ECONNRESET ENOMEM EAGAIN EINTR": "recvfrom recvmsg",
+    "EAGAIN EINTR": "getrandom",
+}
+ERRORS_OF = {name: errors.split() for errors, names in ERRORS.items() for name in names.split()}
+if builds.PLATFORM == "posix":
+    # The handler of SIGCHLD wakes the loop by it, through a pipe that has room: only a signal can come in between.
+    ERRORS_OF["write"] = ["EINTR"]
+OTHER_ERRORS = ["EIO", "ENOMEM"]  # of a call that another library or system brings
+
+# What is never made to fail.
+NOT_FALLIBLE = {
+    "a close that fails has closed all the same, which a call that is stopped could not":
+        "close",
+    "a refused brk gives the old end of the heap, and no error: the C library takes an error for the new end":
+        "brk",
+    "they do not fail with what the program gives them":
+        "alarm arch_prctl clock_gettime clock_nanosleep exit exit_group getegid geteuid getgid getpid getppid getresgid"
+        " getresuid gettid getuid gettimeofday kill prctl restart_syscall rseq rt_sigaction rt_sigprocmask"
+        " rt_sigreturn sched_getaffinity sched_getparam sched_getscheduler sched_yield set_robust_list"
+        " set_tid_address shutdown sigaltstack sysinfo tgkill umask uname",
+    "the C library ends the program at once, by its own message, when one of these does":
+        "futex",
+}
+EXEMPT = {name for names in NOT_FALLIBLE.values() for name in names.split()}
+if builds.PLATFORM == "posix":
+    EXEMPT.add("waitid")  # which the program asks about children that it has: docs/reliability.md
+
+# What passes by definition, and whose callers try again until it has.
+PASSING = ["EINTR", "EAGAIN"]
+# Qt's loop asks again and again. The system refuses poll only when it has no room for the caller's list, which
+# for lists of this length it never needs to look for.
+NOT_FOREVER = ["poll", "ppoll"]
