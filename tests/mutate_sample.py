@@ -11,14 +11,14 @@ find_package(GTest REQUIRED)
 set(CMAKE_CXX_STANDARD 20)
 include_directories(${PROJECT_SOURCE_DIR})
 add_library(rules STATIC report/sample.cpp)
-add_executable(unit_tests tests/report/sample_test.cpp)
+add_executable(unit_tests tests/unit/report/sample_test.cpp)
 target_link_libraries(unit_tests rules GTest::gtest_main)
 if(EXISTS "${PROJECT_SOURCE_DIR}/reader")
   add_library(reader OBJECT reader/rules/sample.cpp)
-  add_executable(reader_tests tests/reader/rules/sample_test.cpp)
+  add_executable(reader_tests tests/unit/reader/rules/sample_test.cpp)
   target_link_libraries(reader_tests reader GTest::gtest_main)
 endif()
-foreach(name window_tests stand_in_diagnostic halvik-diagnostic halvik-diagnostic-upload halvik-diagnostic-window)
+foreach(name window_tests diagnostic_test_build halvik-diagnostic halvik-diagnostic-upload halvik-diagnostic-window)
   add_executable(${name} main.cpp)
 endforeach()
 """
@@ -129,7 +129,7 @@ EXPECTED = {
 
 READER = {
     "reader/rules/sample.cpp": "int doubled(int value) {\n  return value + value;\n}\n",
-    "tests/reader/rules/sample_test.cpp": """
+    "tests/unit/reader/rules/sample_test.cpp": """
 #include <gtest/gtest.h>
 
 int doubled(int value);

@@ -28,7 +28,7 @@ class MutateTest(unittest.TestCase):
         self.addCleanup(shutil.rmtree, self.folder, ignore_errors=True)
         shutil.copytree(ROOT / "scripts", self.folder / "scripts", ignore=shutil.ignore_patterns("__pycache__"))
         files = {"CMakeLists.txt": BUILD, "main.cpp": "int main() {}\n", "report/sample.h": HEADER,
-                 "report/sample.cpp": SAMPLE, "tests/report/sample_test.cpp": TEST}
+                 "report/sample.cpp": SAMPLE, "tests/unit/report/sample_test.cpp": TEST}
         self.write(files)
         self.list_as_unseen([])
 
@@ -129,7 +129,7 @@ class MutateTest(unittest.TestCase):
         self.assertIn("no longer there: report/sample.cpp | untested | return value + 1; -> return value - 2;", messages)
 
     def test_tries_nothing_when_the_tests_fail_without_a_change(self):
-        test = self.folder / "tests/report/sample_test.cpp"
+        test = self.folder / "tests/unit/report/sample_test.cpp"
         test.write_text(TEST.replace('"name < 1: N"', '"N"'))
         process = self.start()
         output, messages = process.communicate(timeout=GUARD_SECONDS)

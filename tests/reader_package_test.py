@@ -51,7 +51,7 @@ class ReaderPackage(unittest.TestCase):
 
     def test_works(self):
         program = self.folder / "tree/usr/bin/halvik-report"
-        self.assertIn("Nothing found.", output(program, ROOT / "tests/reader/data/clear.txt"))
+        self.assertIn("Nothing found.", output(program, ROOT / "tests/unit/reader/data/clear.txt"))
 
     def test_what_checks_packages_finds_nothing_wrong(self):
         ended = subprocess.run(["lintian", "--fail-on", "error,warning", self.package], capture_output=True, text=True)

@@ -17,7 +17,7 @@ FILES = [
 # Suites of unit tests that see the rules stand here; those of the platform see none of them.
 TEST_FOLDERS = ["app", "diagnostics", "reader/facts", "reader/output", "reader/parse", "reader/rules", "report", "ui"]
 
-PROGRAM_TARGETS = ["stand_in_diagnostic", "halvik-diagnostic", "halvik-upload", "halvik-diagnostic-window"]
+PROGRAM_TARGETS = ["diagnostic_test_build", "halvik-diagnostic", "halvik-upload", "halvik-diagnostic-window"]
 
 # Files of tests/program, the quickest first. No unit test sees what they alone see.
 PROGRAM_TESTS = {

@@ -39,7 +39,7 @@ class Suites:
         self.program_seconds = {}
         self.lock = threading.Lock()
         for folder in modules.TEST_FOLDERS:
-            for path in sorted((tree.root / "tests" / folder).glob("*_test.cpp")):
+            for path in sorted((tree.root / "tests/unit" / folder).glob("*_test.cpp")):
                 names = set(re.findall(r"^TEST(?:_F|_P)?\((\w+),", path.read_text(), re.MULTILINE))
                 self.suites_of[f"{folder}/{path.stem.removesuffix('_test')}"] = names
 
@@ -95,7 +95,7 @@ class Suites:
             return [*isolation.prefix(step.limit), str(folder / step.target), *step.words], environment
         root = self.tree.root
         environment.update(HALVIK_DIAGNOSTIC=str(folder / "halvik-diagnostic"),
-                           HALVIK_STAND_IN=str(folder / "stand_in_diagnostic"),
+                           HALVIK_TEST_BUILD=str(folder / "diagnostic_test_build"),
                            HALVIK_ENDPOINTS=str(root / "diagnostics/endpoints_built_in.cpp"),
                            HALVIK_PLATFORM="linux", PYTHONPATH=str(root / "tests/lib"))
         test = root / "tests/program" / f"{step.words[0]}_test.py"

@@ -46,7 +46,7 @@ def parse():
 
 OPTIONS = parse()
 BUILD = ROOT / "build" / OPTIONS.preset
-os.environ["HALVIK_STAND_IN"] = str(BUILD / "stand_in_diagnostic")
+os.environ["HALVIK_TEST_BUILD"] = str(BUILD / "diagnostic_test_build")
 os.environ["HALVIK_PLATFORM"] = "posix" if OPTIONS.preset == "posix" else "linux"
 os.environ["HALVIK_DIAGNOSTIC"] = str(BUILD / "halvik-diagnostic")
 

@@ -24,7 +24,7 @@ import virtual_screen
 import windows
 from project import ROOT
 
-PROGRAM = ROOT / "build/release/stand_in_diagnostic"
+PROGRAM = ROOT / "build/release/diagnostic_test_build"
 LONG_RESULT = (windows.RESULT + b"?token=" + b"4f2a91c07b" * 30)[:300]
 
 DARK_COLOURS = pathlib.Path("/usr/share/qt6ct/colors/darker.conf")
@@ -71,8 +71,8 @@ def take(folder, settings, result):
         commands.write_text(":\n" * 31 + f"{waiting}\n" * 26)
         screen = virtual_screen.Screen(size=(1600, 1200))
         environment = dict(os.environ, DISPLAY=screen.name, QT_QPA_PLATFORM="xcb", HOME=name, XDG_RUNTIME_DIR=name,
-                           XDG_CONFIG_HOME=str(home / ".config"), STAND_IN_SUBMIT_URL=server.url(),
-                           STAND_IN_COMMANDS=str(commands), **settings)
+                           XDG_CONFIG_HOME=str(home / ".config"), TEST_BUILD_SUBMIT_URL=server.url(),
+                           TEST_BUILD_COMMANDS=str(commands), **settings)
         process = subprocess.Popen([PROGRAM], env=environment, stderr=subprocess.DEVNULL)
         window = screen.wait_for_window(windows.TITLE, process)
         take_picture(window, folder / "idle.png")

@@ -16,7 +16,7 @@ def program():
 
 def test_build():
     """The same program with fake commands and a submission endpoint that the test chooses."""
-    return os.path.abspath(os.environ["HALVIK_STAND_IN"])
+    return os.path.abspath(os.environ["HALVIK_TEST_BUILD"])
 
 
 def report_reader():

@@ -100,7 +100,7 @@ class ProgramTest(unittest.TestCase):
         """Starts the test build with a shell command line for each of the plan's first commands."""
         lines = self.folder / "commands"
         lines.write_bytes(b"".join(as_bytes(command) + b"\n" for command in commands))
-        env = {"STAND_IN_COMMANDS": lines, "STAND_IN_SUBMIT_URL": submit, **(env or {})}
+        env = {"TEST_BUILD_COMMANDS": lines, "TEST_BUILD_SUBMIT_URL": submit, **(env or {})}
         return self.start(builds.test_build(), options, env=env, **others)
 
     def run_test_build(self, options, commands=(), stdin_bytes=None, **others):

@@ -56,7 +56,7 @@ class InheritanceTest(ChildrenTest):
             ['printf "%s\\n" "$MARK"', 'echo "${EMPTY-unset}."', 'echo "${HOME-unset}"', "env -0 | tr '\\n\\0' '?\\n'"],
             env=env)
         self.assertEqual((mark, empty, home), ("one two\n=\u00e4", ".", "unset"))
-        expected = {*self.environment(env), "STAND_IN_COMMANDS", "STAND_IN_SUBMIT_URL", "PWD"}
+        expected = {*self.environment(env), "TEST_BUILD_COMMANDS", "TEST_BUILD_SUBMIT_URL", "PWD"}
         self.assertEqual({line.partition("=")[0] for line in names.split("\n")} - {"OLDPWD", "_"}, expected)
 
     def test_user_mask_and_limits(self):

@@ -93,4 +93,4 @@ class DesktopProxyTest(program_tests.ProgramTest):
         os.kill(int((self.folder / "sleeper").read_text()), signal.SIGKILL)
 
 
-program_tests.run_tests(needs_namespaces=True)
+isolation.run_tests(needs_namespaces=True)

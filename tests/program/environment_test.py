@@ -164,7 +164,7 @@ class BesideTest(EnvironmentTest):
             reports.append(report_text.report([(line, output)]))
             lines = self.folder / f"commands-{run}"
             lines.write_text(line + "\n")
-            started.append(self.start(builds.test_build(), ["-s", "-o=F"], env={"STAND_IN_COMMANDS": lines}))
+            started.append(self.start(builds.test_build(), ["-s", "-o=F"], env={"TEST_BUILD_COMMANDS": lines}))
         written = self.work / "F"
         while any(process.poll() is None for process in started):
             if written.exists():
@@ -178,7 +178,7 @@ class BesideTest(EnvironmentTest):
     def test_runs_whose_upload_fails_at_the_same_time(self):
         lines = self.folder / "commands"
         lines.write_text("".join(line + "\n" for line in LINES))
-        env = {"STAND_IN_COMMANDS": lines, "STAND_IN_SUBMIT_URL": "http://127.0.0.1:1/diagnosticsubmit"}
+        env = {"TEST_BUILD_COMMANDS": lines, "TEST_BUILD_SUBMIT_URL": "http://127.0.0.1:1/diagnosticsubmit"}
         started = [self.start(builds.test_build(), ["-s"], env=env) for _ in range(4)]
         for process in started:
             self.assert_submission_failed(self.finish(process), REPORT)

@@ -119,7 +119,7 @@ class FileTest(HostileCommandTest):
         shutil.copy(builds.test_build(), copy)
         lines = self.folder / "commands"
         lines.write_text(f"rm {copy}; echo removed\n")
-        ended = self.finish(self.start(copy, ["-s", "-c"], env={"STAND_IN_COMMANDS": lines}))
+        ended = self.finish(self.start(copy, ["-s", "-c"], env={"TEST_BUILD_COMMANDS": lines}))
         self.assertEqual((ended.status, ended.stderr), (0, b""))
         self.assertEqual(report_text.blocks(ended.stdout)[0][1], b"stdout:\nremoved\n\n")
 

@@ -74,7 +74,7 @@ class EndlessTest(HostileTest):
             self.process = None
             server = self.serve(script)
             # Whole heads have come late on a busy machine, as each byte waits until the last one is taken.
-            self.process = self.start_test_build(["-s"], submit=server.url(), env={"STAND_IN_STALL_MS": 600_000})
+            self.process = self.start_test_build(["-s"], submit=server.url(), env={"TEST_BUILD_STALL_MS": 600_000})
             self.assert_accepted(self.finish(self.process), b"l")
 
     def test_compressed_bombs(self):

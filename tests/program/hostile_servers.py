@@ -8,8 +8,8 @@ import program_tests
 import report_text
 
 RESULTS_URL = b"https://results.halvik.example/1"
-STALL = {"STAND_IN_STALL_MS": 300}
-PATIENCE = {"STAND_IN_STALL_MS": 1500}  # for what does move, and by a server that has to wait for a processor, too
+STALL = {"TEST_BUILD_STALL_MS": 300}
+PATIENCE = {"TEST_BUILD_STALL_MS": 1500}  # for what does move, and by a server that has to wait for a processor, too
 OK = b"HTTP/1.1 200 OK\r\n"
 CUT = "transfer closed with outstanding read data remaining"
 CHUNKED = OK + b"Transfer-Encoding: chunked\r\n\r\n"

@@ -90,7 +90,7 @@ while True:
         take_all = self.folder / "take_all"
         take_all.write_text(self.TAKE_ALL)
         line = f"{sys.executable} {take_all} >/dev/null 2>&1 & until test -e full; do :; done"
-        ended = self.run_with(120, [":"] * (ALL - 1) + [line], submit=server.url(), env={"STAND_IN_STALL_MS": 300})
+        ended = self.run_with(120, [":"] * (ALL - 1) + [line], submit=server.url(), env={"TEST_BUILD_STALL_MS": 300})
         self.end_all()
         server.close()
         if server.requests:

@@ -8,6 +8,7 @@ import hashlib
 import re
 
 import http_server
+import isolation
 import program_tests
 import report_text
 
@@ -95,4 +96,4 @@ class ProxyAuthenticationTest(program_tests.ProgramTest):
                 self.assertEqual(passed, [])
 
 
-program_tests.run_tests()
+isolation.run_tests()

@@ -11,7 +11,7 @@ import unittest
 import builds
 from project import ROOT
 
-DATA = ROOT / "tests/reader/data"
+DATA = ROOT / "tests/unit/reader/data"
 SEPARATOR = "-" * 45 + "Results for: "
 NOTHING, PROBLEM, UNREADABLE = 0, 1, 2
 

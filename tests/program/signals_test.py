@@ -173,7 +173,7 @@ class ShellTest(SignalTest):
         pid, terminal = pty.fork()
         if pid == 0:
             os.chdir(self.work)
-            os.execve("/bin/sh", ["sh", str(path), program, "-s", "-c"], self.environment({"STAND_IN_COMMANDS": lines}))
+            os.execve("/bin/sh", ["sh", str(path), program, "-s", "-c"], self.environment({"TEST_BUILD_COMMANDS": lines}))
         self.wait_for_commands(ALL)
         os.write(terminal, b"\x03")
         shown = b""

@@ -73,7 +73,7 @@ class SuspendTest(SignalTest):
             replied.append(exchange)
 
         server = http_server.Server(reply_to_a_sleeper)
-        process = self.start_run(["-s"], ["echo one"], submit=server.url(), env={"STAND_IN_STALL_MS": 3000})
+        process = self.start_run(["-s"], ["echo one"], submit=server.url(), env={"TEST_BUILD_STALL_MS": 3000})
         polling.wait_until(lambda: replied, "the server has replied", process)
         with self.assertRaises(subprocess.TimeoutExpired):
             process.wait(4)  # longer than the limit

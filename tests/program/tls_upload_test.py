@@ -127,7 +127,7 @@ class SecureTransportTest(TlsTest):
         silent = http_server.Server(lambda exchange: exchange.wait_until_closed_by_client(), at_connect=True)
         self.addCleanup(silent.close)
         ended = self.run_test_build(["-s"], submit=f"https://127.0.0.1:{silent.port}/diagnosticsubmit",
-                                    env={"STAND_IN_STALL_MS": 300})
+                                    env={"TEST_BUILD_STALL_MS": 300})
         self.assert_submission_failed(ended, report_text.report())
 
     def test_through_a_proxy(self):

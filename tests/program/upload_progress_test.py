@@ -40,7 +40,7 @@ class StallTest(program_tests.ProgramTest):
                            ("inside an error", http_server.head(500, 9))]:
             with self.subTest(name):
                 server = http_server.Server(after(sent))
-                ended = self.submit(server, env={"STAND_IN_STALL_MS": 300})
+                ended = self.submit(server, env={"TEST_BUILD_STALL_MS": 300})
                 server.close()
                 self.assert_submission_failed(ended, self.report(False))
                 self.desktop_file.unlink()
@@ -54,7 +54,7 @@ class StallTest(program_tests.ProgramTest):
         submit = f"http://127.0.0.1:{listener.getsockname()[1]}/diagnosticsubmit"
         for large in (False, True):
             with self.subTest(large=large):
-                ended = self.run_test_build(["-s"], self.commands(large), submit=submit, env={"STAND_IN_STALL_MS": 300})
+                ended = self.run_test_build(["-s"], self.commands(large), submit=submit, env={"TEST_BUILD_STALL_MS": 300})
                 self.assert_submission_failed(ended, self.report(large))
                 self.desktop_file.unlink()
 
@@ -70,13 +70,13 @@ class StallTest(program_tests.ProgramTest):
             waiting.setblocking(False)
             waiting.connect_ex(listener.getsockname())
         submit = f"http://127.0.0.1:{listener.getsockname()[1]}/diagnosticsubmit"
-        ended = self.run_test_build(["-s"], self.commands(False), submit=submit, env={"STAND_IN_STALL_MS": 300})
+        ended = self.run_test_build(["-s"], self.commands(False), submit=submit, env={"TEST_BUILD_STALL_MS": 300})
         self.assert_submission_failed(ended, self.report(False))
 
     def test_a_redirect_into_silence(self):
         silent = http_server.Server(lambda exchange: exchange.wait_until_closed_by_client())
         server = http_server.Server(http_server.reply(b"", 302, ["Location: " + silent.url("/page")]))
-        ended = self.submit(server, env={"STAND_IN_STALL_MS": 300})
+        ended = self.submit(server, env={"TEST_BUILD_STALL_MS": 300})
         server.close()
         silent.close()
         self.assert_submission_failed(ended, self.report(False))
@@ -91,7 +91,7 @@ class SlowProgressTest(program_tests.ProgramTest):
     CHUNKS = 16
 
     def submit(self, server, commands=()):
-        ended = self.run_test_build(["-s"], commands, submit=server.url(), env={"STAND_IN_STALL_MS": self.STALL_MS})
+        ended = self.run_test_build(["-s"], commands, submit=server.url(), env={"TEST_BUILD_STALL_MS": self.STALL_MS})
         server.close()
         return ended
 

@@ -47,8 +47,8 @@ class Run:
         kept = ["PATH", "LD_LIBRARY_PATH", "ASAN_OPTIONS", "LSAN_OPTIONS", "UBSAN_OPTIONS"]
         env = {name: os.environ[name] for name in kept if name in os.environ}
         env.update(HOME=str(self.folder / "home"), TMPDIR=str(self.folder / "tmp"), LC_ALL="C.UTF-8",
-                   XDG_RUNTIME_DIR=str(self.folder / "runtime"), STAND_IN_COMMANDS="commands",
-                   STAND_IN_SUBMIT_URL=self.scenario.submit, STAND_IN_STALL_MS=str(STALL_MS))
+                   XDG_RUNTIME_DIR=str(self.folder / "runtime"), TEST_BUILD_COMMANDS="commands",
+                   TEST_BUILD_SUBMIT_URL=self.scenario.submit, TEST_BUILD_STALL_MS=str(STALL_MS))
         env.update(self.scenario.environment)
         calls = system_calls.Gate(builds.test_build(), lambda call: decide(call) if self.is_watched else 0, **gate)
 

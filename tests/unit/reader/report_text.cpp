@@ -16,7 +16,7 @@ namespace reader {
 std::string dataFile(const std::string& name) {
   std::ifstream file(HALVIK_READER_DATA "/" + name, std::ios::binary);
   if (!file) {
-    throw std::runtime_error("no file " + name + " in tests/reader/data");
+    throw std::runtime_error("no file " + name + " in tests/unit/reader/data");
   }
   std::ostringstream text;
   text << file.rdbuf();

@@ -13,7 +13,7 @@ import unittest
 from project import ROOT
 from skipping import require_tools
 
-SCRIPT = ROOT / "platform/linux" / "open_in_text_editor"
+SCRIPT = ROOT / "platform/desktop/open_in_text_editor"
 WEB_PAGE = "<!DOCTYPE html>\n<html><body>Hotel network</body></html>\n"
 
 

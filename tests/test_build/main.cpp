@@ -4,11 +4,11 @@
 // The whole program with other commands in place of the plan's and another submission endpoint, so
 // that it can be run and measured on any machine without a packet leaving it. Driven by the
 // environment:
-//   STAND_IN_COMMANDS    a file of shell command lines: the n-th test of the plan runs the n-th
+//   TEST_BUILD_COMMANDS    a file of shell command lines: the n-th test of the plan runs the n-th
 //   line, or nothing at all
 //                        where there is no such line
-//   STAND_IN_SUBMIT_URL  where the report is uploaded to
-//   STAND_IN_STALL_MS    how long an upload may stand still, in milliseconds
+//   TEST_BUILD_SUBMIT_URL  where the report is uploaded to
+//   TEST_BUILD_STALL_MS    how long an upload may stand still, in milliseconds
 
 #include <cstdlib>
 #include <fstream>
@@ -22,23 +22,23 @@ std::string setting(const char* name) {
   return value == nullptr ? "" : value;
 }
 
-diagnostics::Endpoints standInEndpoints() {
+diagnostics::Endpoints testEndpoints() {
   diagnostics::Endpoints endpoints = diagnostics::builtInEndpoints();
-  endpoints.submitUrl = setting("STAND_IN_SUBMIT_URL");
+  endpoints.submitUrl = setting("TEST_BUILD_SUBMIT_URL");
   return endpoints;
 }
 
-class StandInController final : public app::MainController {
+class TestBuildController final : public app::MainController {
  public:
-  explicit StandInController(platform::EventLoop& eventLoop)
-      : MainController(eventLoop, standInEndpoints()) {
-    if (const std::string path = setting("STAND_IN_COMMANDS"); !path.empty()) {
+  explicit TestBuildController(platform::EventLoop& eventLoop)
+      : MainController(eventLoop, testEndpoints()) {
+    if (const std::string path = setting("TEST_BUILD_COMMANDS"); !path.empty()) {
       // Whoever gives commands means them to be run: an error is not to look like their end.
       lines.exceptions(std::ios::badbit | std::ios::failbit);
       lines.open(path);
       lines.exceptions(std::ios::badbit);
     }
-    if (const std::string limit = setting("STAND_IN_STALL_MS"); !limit.empty()) {
+    if (const std::string limit = setting("TEST_BUILD_STALL_MS"); !limit.empty()) {
       stallLimit = std::chrono::milliseconds(std::stoi(limit));
     }
   }
@@ -56,7 +56,7 @@ class StandInController final : public app::MainController {
 };
 
 std::unique_ptr<app::MainController> makeController(platform::EventLoop& loop) {
-  return std::make_unique<StandInController>(loop);
+  return std::make_unique<TestBuildController>(loop);
 }
 
 }  // namespace

@@ -17,7 +17,7 @@ from isolation import namespace_prefix
 from project import ROOT
 from skipping import skip_file
 
-SCRIPT = ROOT / "platform/linux" / "scutil"
+SCRIPT = ROOT / "platform/process/scutil"
 NO_CONFIGURATION = "No DNS configuration available\n"
 STUB = "nameserver 127.0.0.53\noptions edns0 trust-ad\nsearch .\n"
 

@@ -12,7 +12,7 @@ import subprocess
 
 import builds
 
-EXAMPLE = json.loads((pathlib.Path(__file__).parent / "data/example.json").read_text())
+EXAMPLE = json.loads((ROOT / "tests/unit/reader/data/example.json").read_text())
 DATA = re.compile(r'(<script type="application/json" id="data">)(.*?)(</script>)', re.DOTALL)
 
 # Strings that are words of the form, and none of the report.

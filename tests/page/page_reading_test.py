@@ -13,7 +13,7 @@ import pages
 from project import ROOT
 from selenium.webdriver.common.keys import Keys
 
-FOLDER = ROOT / "tests/reader"
+FOLDER = ROOT / "tests/unit/reader"
 AXE = pathlib.Path(os.environ.get("HALVIK_AXE", ROOT / "build/axe/package/axe.min.js"))
 
 
@@ -60,7 +60,7 @@ class Reading(browser.BrowserTest):
                     self.assertLessEqual(self.run_script("return document.documentElement.scrollWidth"), width)
 
     def test_no_table_is_cut_off_where_there_is_room(self):
-        report = pages.html((FOLDER / "data/clear.txt").read_bytes())
+        report = pages.html((ROOT / "tests/unit/reader/data/clear.txt").read_bytes())
         for width in (1280, 1600, 1920, 2560):
             with self.subTest(width=width):
                 self.resize(width)

@@ -11,7 +11,7 @@
 
 namespace reader {
 
-/// The content of a file in tests/reader/data/.
+/// The content of a file in tests/unit/reader/data/.
 std::string dataFile(const std::string& name);
 
 /// A report that can be changed block by block, named by the keys of the plan.

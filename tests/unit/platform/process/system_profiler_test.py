@@ -17,7 +17,7 @@ from isolation import namespace_prefix
 from project import ROOT
 from skipping import skip_file
 
-SCRIPT = ROOT / "platform/linux" / "system_profiler"
+SCRIPT = ROOT / "platform/process/system_profiler"
 MINUTE, HOUR, DAY = 60, 3600, 86400
 
 
