@@ -13,7 +13,7 @@ import pages
 from project import ROOT
 from selenium.webdriver.common.keys import Keys
 
-FOLDER = ROOT / "tests/unit/reader"
+FOLDER = ROOT / "tests/page"
 AXE = pathlib.Path(os.environ.get("HALVIK_AXE", ROOT / "build/axe/package/axe.min.js"))
 
 
