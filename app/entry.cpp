@@ -27,6 +27,7 @@ void maybeRunWithoutGUIAndExit(const OptionValues& values,
   if (!isSet(values, "silentSig")) {
     return;
   }
+  platform::refuseSetuid();
   platform::EventLoop loop;
   const std::unique_ptr<MainController> controller = makeController(loop);
   controller->initArgsWithSilent(isSet(values, "silentSig"), isSet(values, "consoleSig"),
@@ -66,7 +67,6 @@ int runProgram(int argc, char** argv, const ControllerFactory& makeController,
   text::setProcessName(argc > 0 ? argv[0] : "");
   platform::setUpProcess();
   platform::guarded([&] {
-    platform::refuseSetuid();
     const OptionTable table = programOptions();
     const std::vector<std::string> arguments(argv, argv + argc);
     const OptionValues values = getValues(parseArguments(arguments), table);

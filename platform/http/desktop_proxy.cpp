@@ -6,9 +6,11 @@
 #include <algorithm>
 #include <array>
 #include <cstdlib>
+#include <system_error>
 #include <utility>
 
 #include "platform/files/files.h"
+#include "text/log.h"
 
 namespace platform {
 
@@ -38,8 +40,18 @@ DesktopProxyQuery::DesktopProxyQuery(EventLoop& loop, const std::string& url, An
     limit->start(std::chrono::milliseconds(0));
     return;
   }
+  try {
+    start(loop, url);
+    limit->start(timeLimit);
+  } catch (const std::system_error& error) {
+    // The user's limit of processes, for example: the report may arrive without a proxy.
+    text::log(error.what());
+    limit->start(std::chrono::milliseconds(0));
+  }
+}
+
+void DesktopProxyQuery::start(EventLoop& loop, const std::string& url) {
   using Stream = ChildProcess::Stream;
-  limit->start(timeLimit);
   command = std::make_unique<ChildProcess>(loop, proxyCommand, std::vector{url});
   command->waitForData(Stream::output, [this] { command->readAvailable(Stream::output, output); });
   command->observeTermination([this] {

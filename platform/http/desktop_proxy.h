@@ -24,11 +24,12 @@ class DesktopProxyQuery {
 
   /// Calls `answer` once, in a later turn of the loop, with the desktop's proxy for `url`. There is
   /// none where a variable of the environment names a proxy, which counts instead, where the
-  /// command is not installed, and where it takes too long. Destroying the query, which must not be
-  /// done in `answer`, ends it.
+  /// command is not installed or cannot be started, and where it takes too long. Destroying the
+  /// query, which must not be done in `answer`, ends it.
   DesktopProxyQuery(EventLoop& loop, const std::string& url, Answer answer);
 
  private:
+  void start(EventLoop& loop, const std::string& url);
   void finish(const std::string& proxy);
 
   Answer whenKnown;

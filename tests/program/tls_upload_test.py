@@ -117,6 +117,16 @@ class SecureTransportTest(TlsTest):
         self.assert_submission_failed(self.submit(), report_text.report())
         self.assertEqual(plain.connections, 0)
 
+    def test_there_is_no_way_back_from_tls(self):
+        """Also where the first server was asked without it."""
+        plain = http_server.Server(http_server.reply(b"page"))
+        self.addCleanup(plain.close)
+        self.serve(self.certificate(), f"location = /diagnosticsubmit {{ return 302 {plain.url('/page')}; }}")
+        first = http_server.Server(http_server.reply(b"", 307, [f"Location: https://{tls.HOST}/diagnosticsubmit"]))
+        self.addCleanup(first.close)
+        self.assert_submission_failed(self.run_test_build(["-s"], submit=first.url()), report_text.report())
+        self.assertEqual((first.connections, plain.connections), (1, 0))
+
     def test_a_server_without_tls(self):
         plain = http_server.Server(lambda exchange: exchange.send(b"HTTP/1.1 400 Bad\r\n\r\n"), at_connect=True)
         self.addCleanup(plain.close)
