@@ -26,7 +26,7 @@ from project import ROOT
 from skipping import skip_file
 
 ISOLATED = "HALVIK_TEST_ISOLATED"  # set, in a test file's own environment, once it runs inside its namespaces
-TOOL_SCRIPTS = ROOT / "platform/linux"
+TOOL_SCRIPTS = ROOT / "platform/process"
 
 
 def run_tests(needs_namespaces=False):

@@ -1,9 +1,8 @@
 # SPDX-FileCopyrightText: 2026 Halvik
 # SPDX-License-Identifier: Apache-2.0
 
-"""Runs from the window that fail: no upload, no descriptors, no threads."""
+"""Runs from the window that fail: no upload, no descriptors."""
 
-import errno
 import itertools
 import os
 import resource
@@ -17,8 +16,7 @@ import report_text
 import skipping
 
 skipping.require_tools("Xvfb", "xdotool", "xclip")
-skipping.require_modules("PIL", "Xlib", "seccomp")
-import system_calls
+skipping.require_modules("PIL", "Xlib")
 import windows
 
 URL = windows.RESULT.decode()
@@ -105,31 +103,6 @@ class ErrorTest(windows.WindowedTest):
                 resource.prlimit(self.process.pid, resource.RLIMIT_NOFILE, (lowest + left, lowest + left))
                 self.window.resize(600, 600)
                 self.assertEqual(self.close_window().status, 0)
-
-    @unittest.skipIf(builds.PLATFORM == "posix", "commands are started by the same call")
-    def test_no_thread_to_look_for_a_proxy_with(self):
-        refusals = []
-        gate = system_calls.Gate(builds.test_build(), lambda call: errno.EAGAIN if refusals else 0, stop=["clone3"])
-        self.addCleanup(gate.close)
-        self.open_window(commands=["echo here"], submit="http://diagnostic.halvik.example/diagnosticsubmit",
-                         preexec_fn=gate.enter)
-        polling.wait_until_idle(self.process.pid)
-        refusals.append(errno.EAGAIN)
-        self.window.press("Return")
-        self.screen.wait_for_window(windows.MESSAGE_TITLE, self.process).press("Return")
-        ended = self.finish(self.process)
-        self.assertEqual((ended.status, ended.stdout), (1, b""))
-        self.assertRegex(ended.messages[0], "an error: QThread::start: .*Resource temporarily unavailable")
-        self.assert_same_text(self.desktop_file.read_bytes(), report_text.report([("echo here", "here\n")]))
-
-    def test_without_a_thread_to_paint_with_a_line_says_so(self):
-        gate = system_calls.Gate(builds.test_build(), lambda call: errno.EAGAIN, stop=["clone3"])
-        self.addCleanup(gate.close)
-        ended = self.run_test_build([], ["touch started"], preexec_fn=gate.enter)
-        self.assertEqual((ended.status, ended.stdout), (1, b""))
-        self.assertRegex(ended.messages[-2], "an error: QThread::start: .*Resource temporarily unavailable")
-        self.assertRegex(ended.messages[-1], "the window cannot be opened; the option -s runs without one")
-        self.assert_only_files(self.work, [])
 
 
 isolation.run_tests(needs_namespaces=True)
