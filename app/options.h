@@ -55,12 +55,6 @@ ParsedArguments parseArguments(const std::vector<std::string>& arguments);
 /// "-o=").
 OptionValues getValues(const ParsedArguments& parsed, const OptionTable& table);
 
-/// Whether a headless run sends its report: when it is asked to, and when nothing else is to be
-/// done with it.
-constexpr bool uploadsWithoutWindow(bool internet, bool console, bool hasOutputFile) {
-  return internet || (!console && !hasOutputFile);
-}
-
 /// The usage text: a line and an empty line for each option.
 std::string generateHelp(const OptionTable& table);
 

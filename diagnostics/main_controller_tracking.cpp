@@ -4,7 +4,6 @@
 // Progress and completion of a run.
 
 #include "app/main_controller.h"
-#include "app/options.h"
 #include "text/utf8.h"
 
 namespace app {
@@ -44,7 +43,8 @@ bool MainController::hasOutputFile() const {
 }
 
 bool MainController::willUpload() const {
-  return !isSilent || uploadsWithoutWindow(isInternet, isConsole, hasOutputFile());
+  // Without a window, a report that goes nowhere else is uploaded.
+  return !isSilent || isInternet || (!isConsole && !hasOutputFile());
 }
 
 void MainController::handleAllTestsFinished() {

@@ -14,9 +14,8 @@ namespace {
 
 using Stream = platform::ChildProcess::Stream;
 
-std::optional<std::string_view> decode(const platform::ByteBuffer& data,
-                                       text::Utf8Progress& check) {
-  return check.finish(data.view()) ? std::optional(data.view()) : std::nullopt;
+std::optional<std::string_view> decode(const platform::ByteBuffer& data) {
+  return text::isUtf8(data.view()) ? std::optional(data.view()) : std::nullopt;
 }
 
 }  // namespace
@@ -71,14 +70,12 @@ void Process::buildDisplayName(const std::string& launchPath, const std::vector<
 void Process::stdOutNotification() {
   if (!finished) {
     task->readAvailable(Stream::output, stdOutData);
-    stdOutCheck.advance(stdOutData.view());
   }
 }
 
 void Process::stdErrNotification() {
   if (!finished) {
     task->readAvailable(Stream::error, stdErrData);
-    stdErrCheck.advance(stdErrData.view());
   }
 }
 
@@ -90,8 +87,8 @@ void Process::terminatedNotification(const platform::ChildProcess& ended) {
   // passed over.
   finished = true;
   task->readToEnd(stdOutData, stdErrData);
-  stdOutStr = decode(stdOutData, stdOutCheck);
-  stdErrStr = decode(stdErrData, stdErrCheck);
+  stdOutStr = decode(stdOutData);
+  stdErrStr = decode(stdErrData);
   if (finishedTally) {
     ++*finishedTally;
   }

@@ -75,8 +75,6 @@ class Process {
   bool finished = false;
 
   platform::EventLoop& loop;
-  text::Utf8Progress stdOutCheck;
-  text::Utf8Progress stdErrCheck;
   std::shared_ptr<std::uint32_t> finishedTally;
 };
 

@@ -12,8 +12,8 @@
 
 #include "fuzz/slow_utf8.h"
 #include "fuzz/support.h"
-#include "text/utf8.h"
 #include "report/report.h"
+#include "text/utf8.h"
 
 namespace {
 
@@ -123,10 +123,8 @@ std::vector<report::ResultBlock> blocksOf(const std::vector<Command>& commands) 
 
 void checkUntilNul(const text::Buffers& pieces, const std::string& whole) {
   const std::string beginning = untilNulSlowly(whole);
-  fuzz::check(text::join(text::untilNul(pieces)) == beginning,
-              "pieces end at the first NUL");
-  fuzz::check(text::untilNul(std::string_view(whole)) == beginning,
-              "a text ends at the first NUL");
+  fuzz::check(text::join(text::untilNul(pieces)) == beginning, "pieces end at the first NUL");
+  fuzz::check(text::untilNul(std::string_view(whole)) == beginning, "a text ends at the first NUL");
 }
 
 }  // namespace

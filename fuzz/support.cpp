@@ -50,20 +50,6 @@ std::string unfold(std::string_view input, std::size_t bytesMax) {
   return text;
 }
 
-std::vector<std::size_t> takeSteps(std::string_view& input) {
-  std::vector<std::size_t> steps;
-  if (input.empty()) {
-    return steps;
-  }
-  const std::size_t count = static_cast<unsigned char>(input[0]) % 16;
-  input.remove_prefix(1);
-  while (steps.size() < count && !input.empty()) {
-    steps.push_back(static_cast<unsigned char>(input[0]));
-    input.remove_prefix(1);
-  }
-  return steps;
-}
-
 ExactCopy::ExactCopy(std::string_view text)
     : bytes(std::make_unique<char[]>(text.size())), size(text.size()) {
   std::copy(text.begin(), text.end(), bytes.get());

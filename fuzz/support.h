@@ -43,10 +43,6 @@ class Fields {
 /// any such block, and little enough for thousands of inputs a second.
 std::string unfold(std::string_view input, std::size_t bytesMax = 32UL * 1024);
 
-/// Takes a byte N and N % 16 more bytes off `input`: how far something that arrives bit by bit has
-/// grown in each step.
-std::vector<std::size_t> takeSteps(std::string_view& input);
-
 /// A copy with nothing behind it, so that a byte read beyond the end is found.
 class ExactCopy {
  public:

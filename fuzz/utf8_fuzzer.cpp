@@ -1,8 +1,7 @@
 // SPDX-FileCopyrightText: 2026 Halvik
 // SPDX-License-Identifier: Apache-2.0
 
-// Input: a byte N, N % 16 bytes that tell how far a text grows in each step, and the text, to be
-// unfolded. Property: what the program knows about a text, whole or growing, is what a decoder
+// Input: a text, to be unfolded. Property: what the program knows about the text is what a decoder
 // knows that looks at one byte after the other.
 
 #include <algorithm>
@@ -16,22 +15,6 @@
 namespace {
 
 constexpr char32_t replacement = 0xFFFD;
-
-void checkGrowth(std::string_view text, const std::vector<std::size_t>& steps) {
-  text::Utf8Progress progress;
-  std::size_t size = 0;
-  for (const std::size_t step : steps) {
-    size = std::min(size + step, text.size());
-    const fuzz::ExactCopy grown(text.substr(0, size));
-    progress.advance(grown.view());
-    // It might have ended here.
-    text::Utf8Progress ended = progress;
-    fuzz::check(ended.finish(grown.view()) == fuzz::decode(grown.view()).has_value(),
-                "a text that ends after some step is judged as at once");
-  }
-  fuzz::check(progress.finish(text) == fuzz::decode(text).has_value(),
-              "a text that grew is judged as at once");
-}
 
 std::u32string withoutReplacements(std::u32string characters) {
   characters.erase(std::remove(characters.begin(), characters.end(), replacement),
@@ -69,13 +52,11 @@ void checkMeasures(std::string_view text, const std::u32string& characters) {
 }  // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  std::string_view input = fuzz::asText(data, size);
-  const std::vector<std::size_t> steps = fuzz::takeSteps(input);
+  const std::string_view input = fuzz::asText(data, size);
   const fuzz::ExactCopy copy(fuzz::unfold(input));
   const std::string_view text = copy.view();
   const auto characters = fuzz::decode(text);
   fuzz::check(text::isUtf8(text) == characters.has_value(), "a text is UTF-8 or not");
-  checkGrowth(text, steps);
   if (characters) {
     fuzz::check(text::toUtf8(text) == text, "what is text stays as it is");
     checkMeasures(text, *characters);

@@ -25,8 +25,8 @@ PROJECT = """
 cmake_minimum_required(VERSION 3.25)
 {settings}
 add_executable(halvik-diagnostic main.cpp)
-add_executable(halvik-diagnostic-upload main.cpp)
-set(halvik_companions halvik-diagnostic-upload)
+add_executable(halvik-diagnostic-window main.cpp)
+set(halvik_helpers halvik-diagnostic-window)
 include("{root}/cmake/macos_bundle.cmake")
 """
 PRETENCE = ["-D", "CMAKE_SYSTEM_NAME=Darwin", "-D", "CMAKE_CXX_COMPILER_FORCED=ON"]

@@ -18,7 +18,7 @@ if(EXISTS "${PROJECT_SOURCE_DIR}/reader")
   add_executable(reader_tests tests/unit/reader/rules/sample_test.cpp)
   target_link_libraries(reader_tests reader GTest::gtest_main)
 endif()
-foreach(name window_tests diagnostic_test_build halvik-diagnostic halvik-diagnostic-upload halvik-diagnostic-window)
+foreach(name window_tests diagnostic_test_build halvik-diagnostic halvik-upload halvik-diagnostic-window)
   add_executable(${name} main.cpp)
 endforeach()
 """

@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdint>
 
 namespace text {
 
@@ -15,42 +14,6 @@ namespace {
 
 bool isContinuation(char byte) {
   return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
-}
-
-bool isLead(char byte) {
-  return static_cast<unsigned char>(byte) >= 0xC0U;
-}
-
-// Two loops that are simple enough for the compiler to take sixteen bytes at a time: most blocks of
-// a text are ASCII, and the units of the others are counted in one byte.
-constexpr std::size_t asciiBlockBytes = 1024;
-constexpr std::size_t countedBlockBytes = 64;
-
-bool isAscii(std::string_view block) {
-  unsigned char bits = 0;
-  for (const char byte : block) {
-    bits |= static_cast<unsigned char>(byte);
-  }
-  return bits < 0x80U;
-}
-
-std::uint8_t countUnits(std::string_view block) {
-  std::uint8_t units = 0;
-  for (const char byte : block) {
-    // A character of four bytes takes two units, every other one takes one.
-    const int ofByte =
-        (isContinuation(byte) ? 0 : 1) + (static_cast<unsigned char>(byte) >= 0xF0U ? 1 : 0);
-    units = static_cast<std::uint8_t>(units + ofByte);
-  }
-  return units;
-}
-
-std::size_t countUnitsInBlocks(std::string_view text) {
-  std::size_t units = 0;
-  for (std::size_t begin = 0; begin < text.size(); begin += countedBlockBytes) {
-    units += countUnits(text.substr(begin, countedBlockBytes));
-  }
-  return units;
 }
 
 // The tab and the spaces of Unicode.
@@ -87,39 +50,17 @@ std::string toUtf8(std::string_view bytes) {
 }
 
 std::size_t utf16Length(std::string_view text) {
-  std::size_t units = 0;
-  for (std::size_t begin = 0; begin < text.size(); begin += asciiBlockBytes) {
-    const std::string_view block = text.substr(begin, asciiBlockBytes);
-    units += isAscii(block) ? block.size() : countUnitsInBlocks(block);
-  }
-  return units;
+  // A character takes one unit, and a second one if it has four bytes.
+  const auto characters =
+      std::count_if(text.begin(), text.end(), [](char byte) { return !isContinuation(byte); });
+  const auto longOnes = std::count_if(text.begin(), text.end(), [](char byte) {
+    return static_cast<unsigned char>(byte) >= 0xF0U;
+  });
+  return static_cast<std::size_t>(characters + longOnes);
 }
 
 bool isInsideCharacter(std::string_view text, std::size_t position) {
   return position < text.size() && isContinuation(text[position]);
-}
-
-void Utf8Progress::advance(std::string_view text) {
-  // The last character may be incomplete: it is looked at with what comes next. It has three bytes
-  // behind its first.
-  std::size_t end = text.size();
-  for (int i = 0; i < 3 && end > checked && isContinuation(text[end - 1]); ++i) {
-    --end;
-  }
-  if (end > checked && isLead(text[end - 1])) {
-    --end;
-  }
-  check(text, end);
-}
-
-bool Utf8Progress::finish(std::string_view text) {
-  check(text, text.size());
-  return isValid;
-}
-
-void Utf8Progress::check(std::string_view text, std::size_t end) {
-  isValid = isValid && isUtf8(text.substr(checked, end - checked));
-  checked = end;
 }
 
 std::string_view untilNul(std::string_view text) {

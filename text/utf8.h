@@ -32,23 +32,6 @@ std::size_t utf16Length(std::string_view text);
 /// may be the length.
 bool isInsideCharacter(std::string_view text, std::size_t position);
 
-/// Checks a text that is growing, so that each byte is looked at once, soon after it has arrived.
-/// The same text, longer each time, is passed to every call.
-class Utf8Progress {
- public:
-  /// Checks what has been added, up to the last character that is complete.
-  void advance(std::string_view text);
-
-  /// Whether the whole of `text`, which will not grow any more, is valid.
-  bool finish(std::string_view text);
-
- private:
-  void check(std::string_view text, std::size_t end);
-
-  std::size_t checked = 0;
-  bool isValid = true;
-};
-
 /// `text` up to, not including, its first NUL byte.
 std::string_view untilNul(std::string_view text);
 Buffers untilNul(const Buffers& buffers);

@@ -11,6 +11,7 @@ import re
 import subprocess
 
 import builds
+from project import ROOT
 
 EXAMPLE = json.loads((ROOT / "tests/unit/reader/data/example.json").read_text())
 DATA = re.compile(r'(<script type="application/json" id="data">)(.*?)(</script>)', re.DOTALL)

@@ -1,8 +1,8 @@
 # SPDX-FileCopyrightText: 2026 Halvik
 # SPDX-License-Identifier: Apache-2.0
 
-"""The program has the libraries of the lightest run only: to send its report or open a window, it becomes a helper
-executable."""
+"""The program has the libraries of the lightest run only. For a window it executes a helper in its place, and to send its
+report it loads a module."""
 
 import os
 import pathlib
@@ -10,16 +10,16 @@ import resource
 import shutil
 import signal
 import subprocess
-import sys
 import unittest
 
 import builds
 import isolation
 import polling
 import program_tests
+import report_text
 
 WINDOW = "halvik-diagnostic-window"
-UPLOAD = "halvik-diagnostic-upload"
+UPLOAD = "halvik-upload.so"
 SCRIPT = """#!/bin/sh
 echo "$$ $0"
 ulimit -S -n
@@ -46,12 +46,10 @@ class HelperExecutableTest(program_tests.ProgramTest):
         return self.finish(self.start(str(self.program), options, **others))
 
     def test_is_the_same_process_with_the_same_arguments(self):
-        for name, options in ((WINDOW, ["--skv", "-d=a b"]), (UPLOAD, ["-s", "-d=a b"])):
-            path = self.place("libexec", name)
-            process = self.start(str(self.program), options)
-            lines = self.finish(process).stdout.decode().splitlines()
-            arguments = "".join(f"<{option}>" for option in options)
-            self.assertEqual((lines[0], lines[2]), (f"{process.pid} {path}", arguments))
+        path = self.place("libexec")
+        process = self.start(str(self.program), ["--skv", "-d=a b"])
+        lines = self.finish(process).stdout.decode().splitlines()
+        self.assertEqual((lines[0], lines[2]), (f"{process.pid} {path}", "<--skv><-d=a b>"))
 
     def test_has_the_limit_on_descriptors_that_the_program_was_started_with(self):
         self.place("libexec")
@@ -63,28 +61,23 @@ class HelperExecutableTest(program_tests.ProgramTest):
             path = self.place(folder)
             self.assertIn(str(path).encode(), self.ended().stdout.splitlines()[0])
 
-    @isolation.needs_namespaces
-    @unittest.skipUnless(builds.PLATFORM == "linux", "what Qt does is its own matter")
-    def test_is_found_without_proc_and_through_a_link(self):
+    def test_is_found_through_a_link(self):
         path = self.place("libexec")
         (self.folder / "link").symlink_to(self.program)
-        script = f"mount -t tmpfs none /proc && exec {self.folder}/link"
-        output = subprocess.run(["unshare", "--mount", "sh", "-c", script], check=True, capture_output=True, text=True)
+        output = subprocess.run([self.folder / "link"], check=True, capture_output=True, text=True)
         self.assertIn(str(path), output.stdout.splitlines()[0])
 
     @isolation.needs_namespaces
-    @unittest.skipUnless(builds.PLATFORM == "linux", "what Qt does is its own matter")
+    @unittest.skipUnless(builds.PLATFORM == "linux", "elsewhere, the system says it in another way")
     @unittest.skipIf(builds.is_sanitized(), "without /proc the sanitizer mistakes an error that is thrown for a fault")
     def test_is_not_looked_for_in_the_working_directory(self):
-        """Where the system does not tell a program where it is."""
+        """Where the system does not say where the program is."""
         (self.work / "libexec").mkdir()
         for path in (self.work / "libexec" / WINDOW, self.work / WINDOW):
             path.write_text(SCRIPT)
             path.chmod(0o755)
-        start = ("import os, sys; "
-                 "os.execve(os.open(sys.argv[1], os.O_RDONLY), ['halvik-diagnostic'], dict(os.environ))")
         prefix = ["unshare", "--mount", "sh", "-c", 'mount -t tmpfs none /proc && exec "$@"', "sh"]
-        ended = self.ended(prefix=[*prefix, sys.executable, "-c", start])
+        ended = self.ended(prefix=prefix)
         self.assertEqual((ended.status, ended.stdout), (-signal.SIGABRT, b""))
         self.assertEqual(ended.messages,
                          ["the program ends after an error: cannot tell where the program is: "
@@ -98,28 +91,56 @@ class HelperExecutableTest(program_tests.ProgramTest):
         self.assertEqual(ended.messages, ["cannot open the window: Permission denied; the option -s runs without one"])
         self.assertEqual((ended.status, ended.stdout), (1, b""))
 
-    def test_of_the_upload_that_is_missing_is_named(self):
-        ended = self.ended("-s")
-        self.assertEqual(ended.messages, ["cannot upload: No such file or directory; "
-                                          "the options -c and -o= deliver the report without it"])
-        self.assertEqual((ended.status, ended.stdout), (1, b""))
+    @isolation.needs_namespaces
+    def test_of_a_library_of_the_window_that_is_missing_its_package_is_named(self):
+        library, = {line.split(" => ")[1].split(" ")[0] for line in self.libraries(f"libexec/{WINDOW}").splitlines()
+                    if "libQt6Widgets.so.6 => " in line}
+        empty = self.folder / "empty"
+        empty.touch()
+        isolation.cover(library, empty)
+        self.addCleanup(isolation.uncover, library)
+        ended = self.finish(self.start(builds.program(), []))
+        self.assertEqual((ended.status, ended.stdout, len(ended.messages)), (1, b"", 1))
+        self.assertRegex(ended.messages[0], "^cannot open the window: .*libQt6Widgets.so.6: file too short; "
+                                            "install the package libqt6widgets6, or use the option -s")
 
-    def test_that_sends_is_asked_for_what_is_to_be_sent_only(self):
-        self.place("libexec", UPLOAD)
-        for options in (["-s"], ["-s", "-i"], ["-s", "-c", "-i"], ["-s", "-o=x", "-i"], ["-s", "-o="], ["-s", "-o"]):
+    def test_of_the_upload_that_is_missing_is_a_failed_upload(self):
+        """The plan cannot be run here: the copy of the program that has other commands."""
+        program = self.program.parent / "diagnostic_test_build"
+        shutil.copy(builds.test_build(), program)
+        ended = self.finish(self.start(str(program), ["-s"], env={"TEST_BUILD_SUBMIT_URL": "http://127.0.0.1:1/"}))
+        self.assert_submission_failed(ended, report_text.report())
+        self.assertRegex(ended.messages[0], f"^sending to http://127.0.0.1:1/ failed: .*{UPLOAD}: cannot open shared object "
+                                            "file: No such file or directory$")
+
+    def test_is_loaded_by_runs_that_upload_only(self):
+        for options, is_loaded in (["-s", "-c"], False), (["-s"], True), (["-s", "-c", "-i"], True):
             with self.subTest(options):
-                self.assertIn(UPLOAD.encode(), self.ended(*options).stdout)
+                process = self.start_test_build(options, ["sleep 600"], submit="http://127.0.0.1:1/")
+                maps = pathlib.Path(f"/proc/{process.pid}/maps")
+                if is_loaded:
+                    polling.wait_until(lambda: UPLOAD in maps.read_text(), "the module is loaded", process)
+                else:
+                    polling.wait_until(lambda: self.children_of(process.pid), "the command runs", process)
+                    polling.wait_until_idle(process.pid)
+                    self.assertNotIn(UPLOAD, maps.read_text())
+                process.terminate()
+                self.finish(process)
 
-    def test_no_run_that_neither_sends_nor_shows_anything_needs_one(self):
-        self.assertEqual(self.ended("-h").status, 0)
-        program = pathlib.Path(builds.program())
-        of_program, of_upload = (subprocess.run(["ldd", path], check=True, capture_output=True, text=True).stdout
-                                 for path in (program, program.parent / "libexec" / UPLOAD))
-        if builds.PLATFORM == "linux":
-            self.assertNotIn("libQt6", of_program)
-        self.assertIn("libQt6Network", of_upload)
-        for name in ("libQt6Gui", "libQt6Widgets", "libX11", "libGL"):
-            self.assertNotIn(name, of_program + of_upload)
+    def children_of(self, pid):
+        return pathlib.Path(f"/proc/{pid}/task/{pid}/children").read_text().split()
+
+    def libraries(self, name):
+        path = pathlib.Path(builds.program()).parent / name
+        return subprocess.run(["ldd", path], check=True, capture_output=True, text=True).stdout
+
+    def test_no_run_needs_the_libraries_of_another(self):
+        for name in ("halvik-diagnostic", f"libexec/{UPLOAD}"):
+            for library in ("libQt6", "libX11", "libGL"):
+                self.assertNotIn(library, self.libraries(name))
+        for name in ("halvik-diagnostic", f"libexec/{WINDOW}"):
+            self.assertNotIn("libcurl", self.libraries(name))
+        self.assertNotIn("libQt6Network", self.libraries(f"libexec/{WINDOW}"))
 
     def test_is_built_with_the_program(self):
         """Also where nothing but the program is asked for, as `scripts/run` does."""

@@ -14,8 +14,8 @@ import skipping
 
 FILES = """
 bin/halvik-diagnostic
-libexec/halvik-diagnostic/halvik-diagnostic-upload
 libexec/halvik-diagnostic/halvik-diagnostic-window
+libexec/halvik-diagnostic/halvik-upload.so
 libexec/halvik-diagnostic/open_in_text_editor
 libexec/halvik-diagnostic/scutil
 libexec/halvik-diagnostic/system_profiler

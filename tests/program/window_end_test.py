@@ -96,7 +96,8 @@ class EndTest(windows.WindowedTest):
     def assert_ended_without_display(self):
         ended = self.finish(self.process)
         self.assertEqual((ended.status, ended.stdout), (1, b""))
-        self.assertRegex(ended.messages[0], "^the program ends after an error: The X11 connection broke")
+        self.assertRegex(ended.messages[0], "^The X11 connection broke")
+        self.assertEqual(ended.messages[1], "the program ends after an error: the connection to the display is lost")
 
     def test_a_display_that_is_mute_when_the_window_is_closed(self):
         server = self.serve()

@@ -50,6 +50,8 @@ def failures(kind, calls, is_thorough=False):
     for name, by_child, phase in calls:
         closing = phase == "closing"
         number = seen[name, by_child, closing] = seen[name, by_child, closing] + 1
+        if name in kind.unprotected and not by_child:
+            continue
         errors = ERRORS_OF.get(name, OTHER_ERRORS)
         if number > 20 and not is_thorough:
             errors = [errors[number % len(errors)]]

@@ -89,35 +89,6 @@ TEST(Text, FindsCutsInsideCharacters) {
   }
 }
 
-bool isValidInSteps(const std::string& text, std::size_t step) {
-  Utf8Progress progress;
-  for (std::size_t size = step; size < text.size(); size += step) {
-    progress.advance(std::string_view(text).substr(0, size));
-  }
-  return progress.finish(text);
-}
-
-TEST(Text, IsCheckedWhileItGrowsAsItIsAtOnce) {
-  const std::vector<std::string> pieces{"a",    "\xC3\xA9", "\xE2\x82\xAC", "\xF0\x9F\x98\x80",
-                                        "\x80", "\xC3",     "\xE2\x82",     "\xF0\x9F\x98"};
-  std::uint32_t state = 1;
-  int valid = 0;
-  for (int round = 0; round < 5000; ++round) {
-    std::string text;
-    for (int i = 0; i < 6; ++i) {
-      state = state * 1664525U + 1013904223U;
-      // Mostly whole characters, so that valid texts are among them.
-      text += pieces[(state >> 16U) % (round % 2 == 0 ? 4 : pieces.size())];
-    }
-    valid += isUtf8(text) ? 1 : 0;
-    for (std::size_t step = 1; step < 8; ++step) {
-      ASSERT_EQ(isValidInSteps(text, step), isUtf8(text)) << text;
-    }
-  }
-  EXPECT_GT(valid, 2000);
-  EXPECT_LT(valid, 4000);
-}
-
 TEST(Text, IsJoinedFromBuffers) {
   EXPECT_EQ(join({}), "");
   EXPECT_EQ(join({"a", "", "bc"}), "abc");
