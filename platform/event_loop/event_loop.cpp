@@ -75,7 +75,7 @@ EventLoop::EventLoop() {
 
 EventLoop::~EventLoop() {
   while (!watches.empty()) {
-    unwatch(watches.begin()->first);
+    EventLoop::unwatch(watches.begin()->first);
   }
   uv_close(reinterpret_cast<uv_handle_t*>(&idle), nullptr);
   while (uv_loop_close(&loop) == UV_EBUSY) {

@@ -1,6 +1,8 @@
 // SPDX-FileCopyrightText: 2026 Halvik
 // SPDX-License-Identifier: Apache-2.0
 
+#include "platform/files/desktop_setting.h"
+
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
@@ -9,7 +11,6 @@
 #include <string_view>
 #include <system_error>
 
-#include "platform/files/desktop_setting.h"
 #include "text/utf8.h"
 
 // The desktops of Linux agree on a file that is written for the shell, with lines as

@@ -41,7 +41,10 @@ void CurlTransfer::setUpRequest(const HttpRequest& sent) {
   set(CURLOPT_POSTFIELDSIZE_LARGE, requestBytes);
   set(CURLOPT_USERAGENT, "halvik-diagnostic");
   for (const auto& [name, value] : sent.headers) {
-    headers = curl_slist_append(headers, (name + ": " + value).c_str());
+    std::string line = name;
+    line += ": ";
+    line += value;
+    headers = curl_slist_append(headers, line.c_str());
   }
   // The report is sent without asking first whether it may be.
   headers = curl_slist_append(headers, "Expect:");

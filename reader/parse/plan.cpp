@@ -10,8 +10,8 @@
 #include <utility>
 
 #include "diagnostics/beacon_logs.h"
-#include "diagnostics/plan.h"
 #include "diagnostics/command_starter.h"
+#include "diagnostics/plan.h"
 #include "reader/parse/lines.h"
 
 namespace reader {
