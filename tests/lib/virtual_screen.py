@@ -19,22 +19,33 @@ import polling
 from pictures import Picture
 
 
+ATTEMPTS = 5
+
+
 class Screen:
     """An X server of its own, which picks its own number."""
 
     def __init__(self, size=(1000, 800), options=()):
-        reader, writer = os.pipe()
-        self.server = subprocess.Popen(
-            ["Xvfb", "-displayfd", str(writer), "-screen", "0", f"{size[0]}x{size[1]}x24", "-nolisten", "tcp",
-             "-nocursor", *options],
-            pass_fds=[writer], stderr=subprocess.DEVNULL)
-        os.close(writer)
-        with os.fdopen(reader) as number:
-            self.name = ":" + number.readline().strip()
-        if self.name == ":":
+        # Two servers that start at the same moment may try the same number, and both end.
+        for _ in range(ATTEMPTS):
+            if self._start(["-screen", "0", f"{size[0]}x{size[1]}x24", "-nolisten", "tcp", "-nocursor", *options]):
+                break
+        else:
             raise AssertionError("the X server did not start")
         self.display = Xlib.display.Display(self.name)
         self.process = None  # the program whose window came last
+
+    def _start(self, options):
+        reader, writer = os.pipe()
+        self.server = subprocess.Popen(["Xvfb", "-displayfd", str(writer), *options], pass_fds=[writer],
+                                       stderr=subprocess.DEVNULL)
+        os.close(writer)
+        with os.fdopen(reader) as pipe:
+            number = pipe.readline().strip()
+        if not number:
+            self.server.wait()
+        self.name = f":{number}"
+        return number
 
     def close(self):
         self.display.close()
