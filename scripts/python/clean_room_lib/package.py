@@ -7,7 +7,6 @@ import os
 import re
 import shutil
 import subprocess
-import sys
 
 from clean_room_lib.summary import LOGS, ROOT
 
@@ -69,7 +68,7 @@ def try_installed_program(summary, tree, package):
 
 def try_without_network(summary, tree, *options):
     """Has the installed program run in a network that is the loopback interface alone."""
-    ended = subprocess.run(["unshare", "--net", "--mount", "--propagation", "private", "--", sys.executable,
+    ended = subprocess.run(["unshare", "--net", "--mount", "--propagation", "private", "--",
                             ROOT / "scripts/clean_room", NO_WAY_OUT, tree.path, *options],
                            stdout=subprocess.PIPE, text=True)
     summary.lines += ended.stdout.splitlines()

@@ -6,18 +6,15 @@
 import pathlib
 import shutil
 import subprocess
-import sys
 import tempfile
-
-from clean_room_lib.summary import LOGS, ROOT, Failure
-from clean_room_lib.tree import USER
-
-sys.path.insert(0, str(ROOT / "tests/lib"))
 
 import isolation
 import report_text
 import tls
 from clean_room_lib import window
+from clean_room_lib.summary import LOGS, ROOT, Failure
+from clean_room_lib.tree import USER
+
 
 
 def try_program(summary, tree, with_window):
