@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <iterator>
-#include <limits>
 #include <utility>
 
 namespace platform {
@@ -65,8 +64,6 @@ void CurlTransfer::setUpPolicy(const std::string& proxy) {
   }
   set(CURLOPT_PROXYAUTH, CURLAUTH_ANY);
   set(CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
-  // The time limits are CurlConnection's.
-  set(CURLOPT_CONNECTTIMEOUT_MS, std::numeric_limits<long>::max());
   set(CURLOPT_NOSIGNAL, 1L);
   // A thread that still looks up a name does not hold up the end.
   set(CURLOPT_QUICK_EXIT, 1L);

@@ -41,7 +41,7 @@ SIGNS = {
         sign(DEBUG_AT_A_443, r"192\.0\.2\.53#443: connection refused"),
         sign(TRACEROUTE_TO_A, r"^ *[0-9]+ .*\(192\.0\.2\.53\)"),
         in_every(PING, "Temporary failure in name resolution"),
-        sign(STDERR, r"Host diagnostic\.halvik\.example not found"),
+        sign(STDERR, r"Could not resolve host: diagnostic\.halvik\.example"),
     ],
     "resolver-b-down": [
         sign("/usr/bin/dig +time=10 shop.example @198.51.100.53", r"198\.51\.100\.53#53: connection refused"),
@@ -107,7 +107,7 @@ SIGNS = {
     "no-default-route": [
         in_every(PING, "connect: Network is unreachable"),
         in_none(NETSTAT, r"^0\.0\.0\.0"),
-        sign(STDERR, "Network unreachable"),
+        sign(STDERR, "Couldn't connect to server"),
     ],
     "no-address": [
         in_none(IFCONFIG, r"192\.168\.1\.20"),
@@ -139,7 +139,7 @@ SIGNS = {
     "captive-portal": [
         in_every("/usr/bin/curl -Ls", "<title>Hotel network</title>"),
         sign("/usr/bin/curl -LIs -c /dev/null block-id.halvik.example/", r"^Location: http://192\.168\.1\.1/login"),
-        sign(STDERR, "The host name did not match any of the valid hosts"),
+        sign(STDERR, "no alternative certificate subject name matches target host name"),
     ],
     "block-page": [
         sign(MONITOR, r"monitor\.halvik\.example is blocked by the Halvik filter"),
@@ -186,19 +186,19 @@ SIGNS = {
         sign(STDOUT, r"^url=lvik\.example/results/[0-9]+$"),
     ],
     "submission-closes": [
-        sign(STDERR, "no usable reply"),
+        sign(STDERR, "transfer closed with [0-9]+ bytes remaining to read"),
     ],
     "submission-stalls": [
         sign(STDERR, "nothing has moved for too long"),
     ],
     "certificate-expired": [
-        sign(STDERR, "The certificate has expired"),
+        sign(STDERR, "certificate has expired"),
     ],
     "certificate-self-signed": [
-        sign(STDERR, "The certificate is self-signed, and untrusted"),
+        sign(STDERR, "self-signed certificate"),
     ],
     "certificate-wrong-name": [
-        sign(STDERR, "The host name did not match any of the valid hosts"),
+        sign(STDERR, "no alternative certificate subject name matches target host name"),
         in_none("/usr/bin/curl", "Hotel network"),
     ],
     "disk-full": [

@@ -16,7 +16,6 @@ from clean_room_lib.summary import LOGS, ROOT, Failure
 from clean_room_lib.tree import USER
 
 
-
 def try_program(summary, tree, with_window):
     isolation.raise_loopback()
     with tempfile.TemporaryDirectory() as name:
