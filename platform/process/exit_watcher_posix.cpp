@@ -54,6 +54,11 @@ class Children {
 
  private:
   void listen(EventLoop& loop) {
+    // It may have been blocked since the start of the program.
+    sigset_t unblocked;
+    sigemptyset(&unblocked);
+    sigaddset(&unblocked, SIGCHLD);
+    pthread_sigmask(SIG_UNBLOCK, &unblocked, nullptr);
     signal = new uv_signal_t;
     uv_signal_init(loop.handle(), signal);
     const int result = uv_signal_start(

@@ -49,13 +49,6 @@ void raiseDescriptorLimit() {
   }
 }
 
-void unblock(int signal) {
-  sigset_t set;
-  sigemptyset(&set);
-  sigaddset(&set, signal);
-  pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
-}
-
 }  // namespace
 
 void setUpProcess() {
@@ -65,7 +58,6 @@ void setUpProcess() {
   std::signal(SIGPIPE, SIG_IGN);
   std::signal(SIGXFSZ, SIG_IGN);
   std::signal(SIGCHLD, SIG_DFL);
-  unblock(SIGCHLD);
   handleTerminationSignals();
 }
 

@@ -12,8 +12,8 @@ namespace platform {
 /// - the soft limit on open descriptors is raised to the hard one where the system allows it, since
 ///   each running command takes three;
 /// - a write to a closed pipe or beyond a quota returns an error instead of ending the program;
-/// - SIGCHLD is neither ignored nor blocked, whatever the program was started with, so that exited
-///   commands can be reaped;
+/// - SIGCHLD is not ignored, whatever the program was started with, so that exited commands can be
+///   reaped;
 /// - a termination signal ends the commands as well;
 /// - an exception that nothing catches is a fatal error.
 void setUpProcess();

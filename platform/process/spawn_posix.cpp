@@ -70,14 +70,15 @@ Spawned spawn(const char* path, char* const* argv, int standardOutput, int stand
   posix_spawnattr_init(&attributes);
   posix_spawn_file_actions_init(&actions);
   setSignals(attributes);
+  Spawned child;
+  // Before the limit is lowered, above which it takes no descriptor.
+  child.error = setStreams(actions, standardOutput, standardError);
   // A child inherits the limits of its parent.
   rlimit ours{};
   const bool isLimitKnown = getrlimit(RLIMIT_NOFILE, &ours) == 0;
   if (isLimitKnown) {
     restoreStartingDescriptorLimit();
   }
-  Spawned child;
-  child.error = setStreams(actions, standardOutput, standardError);
   if (child.error == 0) {
     child.error = posix_spawn(&child.pid, path, &actions, &attributes, argv, environ);
   }

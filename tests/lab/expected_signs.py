@@ -139,7 +139,7 @@ SIGNS = {
     "captive-portal": [
         in_every("/usr/bin/curl -Ls", "<title>Hotel network</title>"),
         sign("/usr/bin/curl -LIs -c /dev/null block-id.halvik.example/", r"^Location: http://192\.168\.1\.1/login"),
-        sign(STDERR, "no alternative certificate subject name matches target host name"),
+        sign(STDERR, "self-signed certificate"),
     ],
     "block-page": [
         sign(MONITOR, r"monitor\.halvik\.example is blocked by the Halvik filter"),
@@ -196,6 +196,7 @@ SIGNS = {
     ],
     "certificate-self-signed": [
         sign(STDERR, "self-signed certificate"),
+        in_none("/usr/bin/curl -Ls", "<title>Hotel network</title>"),
     ],
     "certificate-wrong-name": [
         sign(STDERR, "no alternative certificate subject name matches target host name"),

@@ -1,13 +1,14 @@
 // SPDX-FileCopyrightText: 2026 Halvik
 // SPDX-License-Identifier: Apache-2.0
 
+#include "platform/files/desktop_setting.h"
+
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
 #include <filesystem>
 #include <string>
 
-#include "platform/files/desktop_setting.h"
 #include "support/environment.h"
 #include "support/temporary_folder.h"
 

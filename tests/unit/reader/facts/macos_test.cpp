@@ -1,7 +1,8 @@
 // SPDX-FileCopyrightText: 2026 Halvik
 // SPDX-License-Identifier: Apache-2.0
 
-// What the tools of macOS print, where a network is not as simple as the one of tests/unit/reader/data.
+// What the tools of macOS print, where a network is not as simple as the one of
+// tests/unit/reader/data.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
