@@ -15,7 +15,7 @@ import builds
 from polling import GUARD_SECONDS
 from report_text import as_bytes
 
-# A prefix for the program: permissions bind it, whoever runs the tests.
+# A prefix for the program: permissions bind it, also when root runs the tests.
 UNPRIVILEGED = ["setpriv", "--bounding-set=-all", "--inh-caps=-all", "--"]
 
 
@@ -57,7 +57,7 @@ class ProgramTest(unittest.TestCase):
         self.desktop_file = self.home / "Desktop" / "diagnostic_results.txt"
 
     def environment(self, changes=None):
-        """The few variables that a run needs, so that the settings of whoever runs the tests do not count."""
+        """The few variables that a run needs, so that the tester's own settings do not count."""
         kept = ["PATH", "TMPDIR", "LD_LIBRARY_PATH", "ASAN_OPTIONS", "LSAN_OPTIONS", "UBSAN_OPTIONS"]
         variables = {name: os.environ[name] for name in kept if name in os.environ}
         variables.update(HOME=str(self.home), LC_ALL="C.UTF-8", QT_QPA_PLATFORM="none")

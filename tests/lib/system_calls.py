@@ -179,7 +179,7 @@ class Gate:
         ctypes.memset(self._request, 0, ctypes.sizeof(Notification))  # the kernel takes none but an empty one
         if _libseccomp.seccomp_notify_receive(self._listener, self._request) < 0:
             if ctypes.get_errno() == errno.ENOENT:
-                return  # whoever called has been killed
+                return  # the caller has been killed
             raise OSError(ctypes.get_errno(), "no notification of a system call")
         request, response = self._request.contents, self._response.contents
         failure = self._judge(request.thread, name_of(request.call))

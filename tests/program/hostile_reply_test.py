@@ -61,7 +61,7 @@ class RedirectTest(HostileTest):
 
 
 class ReplyTextTest(HostileTest):
-    """What the line url= holds is what the server sent, for better or worse: whoever reads it must not trust it."""
+    """What the line url= holds is what the server sent, unchanged: a script that reads it must not trust it."""
 
     def test_whatever_stands_in_it(self):
         for reply in (b"file:///etc/passwd", b"javascript:alert(1)", b"\x1b]0;title\x07\x1b[2J", b"a\r\nurl=b\r\n",

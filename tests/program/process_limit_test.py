@@ -73,7 +73,7 @@ while True:
         polling.wait_until(lambda: not self.processes(), "the commands have ended")
 
     def test_setuid(self):
-        """Nothing is done with the owner's rights, whoever has set the bit."""
+        """A setuid program does nothing with its owner's rights."""
         owned = self.folder / "owned"
         shutil.copy(builds.test_build(), owned)
         owned.chmod(0o4755)

@@ -40,7 +40,7 @@ class WindowUser:
             if has_ended or time.monotonic() > self.deadline:
                 raise TimeoutError(f"waited in vain for {what}")
             if time.monotonic() > patient_until:
-                # Whoever sees nothing happen moves the mouse, by which the program hears of the display.
+                # A user who sees nothing happen moves the mouse, by which the program hears of the display.
                 patient_until = time.monotonic() + self.PATIENCE_SECONDS
                 self._move_mouse()
             time.sleep(self.LOOK_SECONDS)
