@@ -40,7 +40,7 @@ class Children {
     handlers[pid] = std::move(exited);
     // Its signal may have come before we listened.
     if (hasExited(pid)) {
-      loop.post([this] { reportExits(); });
+      raise(SIGCHLD);
     }
   }
 

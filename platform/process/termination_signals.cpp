@@ -32,7 +32,8 @@ namespace {
 
 static_assert(std::atomic<ChildCleanup*>::is_always_lock_free);
 
-constexpr std::array terminationSignals{SIGHUP, SIGINT, SIGTERM};
+// libuv ends the program by SIGABRT when the system refuses it a call.
+constexpr std::array terminationSignals{SIGABRT, SIGHUP, SIGINT, SIGTERM};
 
 std::atomic<const char*> halfWrittenFile = nullptr;
 pthread_t mainThread;

@@ -16,4 +16,8 @@ def files(body, content_type):
     _, fields, found = parser.parse(io.BytesIO(body), kind, len(body), options)
     if fields:
         return None
-    return [(field, file.filename, file.read()) for field, file in found.items(multi=True)]
+    parts = []
+    for field, file in found.items(multi=True):
+        with file:
+            parts.append((field, file.filename, file.read()))
+    return parts

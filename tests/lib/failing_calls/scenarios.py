@@ -32,8 +32,7 @@ class Scenario:
     submit = "http://127.0.0.1:1/diagnosticsubmit"
     environment = {"QT_QPA_PLATFORM": "none"}
     runs = 1  # for which there are commands
-    # Calls of the program whose failure it does not survive, known limits: libuv ends it by abort().
-    unprotected = ("epoll_ctl", "epoll_pwait", "epoll_wait")
+    unprotected = ()  # calls of the program whose failure it does not survive, known limits
     is_watched_from_start = True  # else from the moment on at which `use` says so
     is_closing = False
     is_mute = False  # whether standard error takes nothing
@@ -120,7 +119,7 @@ class Window(Scenario):
     options = []
     runs = 2
     is_watched_from_start = False
-    unprotected = (*Scenario.unprotected, "clone3")  # Qt waits for ever for a thread that the system refuses.
+    unprotected = ("clone3",)  # Qt waits for ever for a thread that the system refuses.
 
     def __init__(self, server, screen, desktop, person):
         super().__init__(server)

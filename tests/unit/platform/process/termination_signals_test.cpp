@@ -25,7 +25,7 @@ namespace {
 
 using Children = std::array<ChildCleanup, 3>;
 
-constexpr std::array ending{SIGHUP, SIGINT, SIGTERM};
+constexpr std::array ending{SIGABRT, SIGHUP, SIGINT, SIGTERM};
 
 // Ends what hangs; no test waits for it otherwise.
 constexpr int guardSeconds = 60;
