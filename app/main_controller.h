@@ -84,6 +84,9 @@ class MainController : public report::HttpProtocol, public diagnostics::CommandS
   bool didAllTestsFinished() const;
   /// Refreshes the progress display in a later turn of the event loop.
   void updateProgress();
+  /// From here on until all commands have ended, a run without a window shows its progress on the
+  /// terminal, if there is one.
+  void startProgressLine();
   /// The end of one process: when it was the last one, the report is built and delivered, once.
   void processTerminatedNotification();
   /// Builds the report, prints and writes it as the options ask, then uploads it or ends the
@@ -162,6 +165,7 @@ class MainController : public report::HttpProtocol, public diagnostics::CommandS
   std::chrono::milliseconds stallLimit = report::Http::usualStallLimit;
 
  private:
+  void showProgressLine(std::chrono::steady_clock::time_point start);
   bool hasOutputFile() const;
   /// Whether the report is going to be uploaded.
   bool willUpload() const;
@@ -180,6 +184,8 @@ class MainController : public report::HttpProtocol, public diagnostics::CommandS
   bool isReportInFile = false;
   /// Why something could not be printed; the first one counts.
   std::error_code printProblem;
+  /// Rewrites the line of progress; empty where nobody sees one.
+  std::unique_ptr<platform::Timer> progressClock;
   platform::EventLoop& loop;
   const diagnostics::Endpoints endpoints;
   /// Expires with the controller: a posted task asks whether the controller still exists.

@@ -39,6 +39,7 @@ void MainController::startTests() {
   if (!isSilent) {
     showProgress();
   }
+  startProgressLine();
   if (willUpload()) {
     loop.post([] { platform::loadHttpModule(); });
   }

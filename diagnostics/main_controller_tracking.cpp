@@ -4,9 +4,16 @@
 // Progress and completion of a run.
 
 #include "app/main_controller.h"
+#include "text/progress_line.h"
 #include "text/utf8.h"
 
 namespace app {
+
+namespace {
+
+constexpr std::chrono::milliseconds progressInterval{200};
+
+}  // namespace
 
 std::uint32_t MainController::finishedTasksCount() const {
   return processes.finishedCount();
@@ -29,6 +36,33 @@ void MainController::updateProgress() {
   });
 }
 
+void MainController::startProgressLine() {
+  if (isSilent && text::canShowProgressLine()) {
+    progressClock = loop.makeTimer(
+        [this, start = std::chrono::steady_clock::now()] { showProgressLine(start); });
+    progressClock->start(progressInterval);
+  }
+}
+
+void MainController::showProgressLine(std::chrono::steady_clock::time_point start) {
+  using std::chrono::seconds;
+  const auto elapsed =
+      std::chrono::duration_cast<seconds>(std::chrono::steady_clock::now() - start);
+  std::string line = std::to_string(finishedTasksCount()) + " of " +
+                     std::to_string(processes.size()) + " tests finished, " +
+                     std::to_string(elapsed.count()) + " s; waiting for";
+  char separator = ':';
+  for (const auto& process : processes) {
+    // No terminal is wider.
+    if (!process->isFinished() && line.size() < 1000) {
+      line += separator + (' ' + process->briefly());
+      separator = ',';
+    }
+  }
+  text::showProgressLine(line);
+  progressClock->start(progressInterval);
+}
+
 void MainController::processTerminatedNotification() {
   updateProgress();
   if (!didAllTestsFinished() || isFinishing) {
@@ -48,6 +82,8 @@ bool MainController::willUpload() const {
 }
 
 void MainController::handleAllTestsFinished() {
+  progressClock.reset();
+  text::eraseProgressLine();
   buildResults();
   isReportAtRisk = true;
   if (isConsole) {

@@ -3,6 +3,7 @@
 
 #include "diagnostics/process.h"
 
+#include <algorithm>
 #include <stdexcept>
 #include <utility>
 
@@ -29,6 +30,7 @@ Process::~Process() {
 void Process::start(const std::string& launchPath, const std::vector<std::string>& args,
                     const std::optional<std::string>& comment) {
   buildDisplayName(launchPath, args, comment);
+  buildShortName(launchPath, args);
   task = std::make_unique<platform::ChildProcess>(loop, launchPath, args);
   task->observeTermination([this] { terminatedNotification(*task); });
   task->waitForData(Stream::output, [this] { stdOutNotification(); });
@@ -65,6 +67,17 @@ void Process::buildDisplayName(const std::string& launchPath, const std::vector<
   }
   // File names and arguments may be any bytes; the report is text.
   displayName = text::toUtf8(name);
+}
+
+void Process::buildShortName(const std::string& launchPath, const std::vector<std::string>& args) {
+  shortName = launchPath.substr(launchPath.rfind('/') + 1);
+  // The first one with a dot is a host, an address or a file; what begins with a sign is an option.
+  const auto subject = std::find_if(args.begin(), args.end(), [](const std::string& arg) {
+    return arg.find('.') != std::string::npos && arg.find_first_of("-+@") != 0;
+  });
+  if (subject != args.end()) {
+    shortName += ' ' + *subject;
+  }
 }
 
 void Process::stdOutNotification() {

@@ -11,6 +11,7 @@
 #include <ctime>
 #include <string>
 
+#include "text/progress_line.h"
 #include "text/standard_streams.h"
 
 namespace text {
@@ -45,6 +46,7 @@ void log(std::string_view message) {
   if (!message.ends_with('\n')) {
     line += '\n';
   }
+  eraseProgressLine();
   writeAll(STDERR_FILENO, {line});
 }
 

@@ -8,6 +8,8 @@
 
 #include <array>
 
+#include "text/progress_line.h"
+
 // The signal handler does all of it. The event loop may be blocked when the signal comes, by a slow
 // disk or a full pipe. The handler runs in the main thread only, which is the one that changes the
 // list, and each change of the list is a single store.
@@ -57,6 +59,7 @@ extern "C" void cleanUpAndEnd(int signal) {
     pthread_kill(mainThread, signal);
     return;
   }
+  text::eraseProgressLine();
   ChildCleanupList::terminateAll();
   if (const char* path = halfWrittenFile) {
     unlink(path);
