@@ -6,9 +6,9 @@
 import fcntl
 import os
 import pty
+import select
 import signal
 import struct
-import subprocess
 import termios
 import unittest
 
@@ -39,6 +39,8 @@ class ProgressLineTest(SignalTest):
     def read_until(self, shown, end):
         text = b""
         while not text.endswith(end):
+            if not select.select([shown], [], [], polling.GUARD_SECONDS)[0]:
+                self.fail(f"waited in vain for {end} behind {text}")
             text += shown.read(1)
         return text
 
