@@ -3,6 +3,7 @@
 
 """An independent parser of the form in which a report is uploaded, for the receivers of the tests and of the lab."""
 
+import contextlib
 import io
 
 import werkzeug.formparser
@@ -18,6 +19,6 @@ def files(body, content_type):
         return None
     parts = []
     for field, file in found.items(multi=True):
-        with file:
+        with contextlib.closing(file):
             parts.append((field, file.filename, file.read()))
     return parts
