@@ -61,7 +61,8 @@ class Playbooks(unittest.TestCase):
 
 
 class Pages(unittest.TestCase):
-    PAGES = [path for pattern in ("*.md", "docs/**/*.md", "lab/*.md", "reader/page/*.md") for path in ROOT.glob(pattern)]
+    PAGES = [path for pattern in ("*.md", "docs/**/*.md", "lab/*.md", "reader/page/*.md")
+             for path in ROOT.glob(pattern)]
 
     def test_each_says_whom_it_is_for(self):
         self.assertGreater(len(self.PAGES), 10)

@@ -11,12 +11,12 @@ usage: scripts/inject_failures [options]
   --seed S           by which chance (default 1)
   --thorough         each call by each of its errors, however often the program makes it
   --jobs N           so many runs side by side (default: one for each processor)
-  --show VERDICT     print each run that ends so: bad (default), told, kept or delivered; may be repeated
+  --show VERDICT     print each run that ends so: bad (default), reported, saved or delivered; may be repeated
   --save             also write the shorter table into docs/results/failing_calls.md
 
 Prints two tables, the second one shorter, and ends with status 1 if a run was bad. Needs what
 `scripts/install_packages test` installs, and a machine that permits namespaces; no packet leaves it.
-docs/reliability.md says how a run is judged.
+docs/testing.md says how a run is judged.
 """
 
 import argparse
