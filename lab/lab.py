@@ -147,7 +147,7 @@ def lay_out_folders(reader):
     subprocess.run(["mount", "-t", "tmpfs", "-o", "mode=755", "none", "/run"], check=True, capture_output=True)
     # Copies, as the servers' user may not be allowed to read the originals.
     shutil.copytree(network.FOLDER, CONFIG, ignore=shutil.ignore_patterns("__pycache__"))
-    shutil.copy(network.FOLDER.parent / "tests/lib/form_parser.py", CONFIG)
+    shutil.copy(network.FOLDER.parent / "tests/lib/report_receiver.py", CONFIG)
     shutil.copytree(network.FOLDER.parent / "share/ansible", office.PLAYBOOKS)
     subprocess.run(["chmod", "-R", "a+rX,go-w", CONFIG], check=True)
     if reader.is_file():

@@ -10,14 +10,12 @@ report, the "report" in it.
 """
 
 import html
-import http.server
 import itertools
 import pathlib
 import subprocess
 import sys
-import time
 
-import form_parser
+import report_receiver
 from scenarios import ANSWERS, CLOSES, FAILS, STALLS, TWO_PIECES
 
 PAGE = """<!DOCTYPE html>
@@ -65,60 +63,41 @@ def plain_page(number, report):
     return PAGE.format(number=number, report=text).encode()
 
 
-def report_in(body, content_type):
+def report_in(request):
     """The one file of a submitted form; None if it is no such form."""
-    files = form_parser.files(body, content_type)
+    files = request.files()
     if files is None or [field for field, _, _ in files] != ["file"]:
         return None
     return files[0][2]
 
 
-class Handler(http.server.BaseHTTPRequestHandler):
-    protocol_version = "HTTP/1.1"
-
-    def do_POST(self):
-        body = self.rfile.read(int(self.headers.get("Content-Length", 0)))
-        report = report_in(body, self.headers.get("Content-Type", ""))
-        head = f"{self.requestline}\r\n{self.headers.as_string(unixfrom=False)}".encode("latin-1", "replace")
-        number = self.server.store.keep(head, body, report)
-        if report is None:
-            self.answer(400, [b"not a report"])
-            return
-        address = f"{self.server.address}{number}".encode()
-        behaviour = self.server.behaviour.read_text(encoding="ascii").strip()
-        if behaviour == ANSWERS:
-            self.answer(200, [address])
-        elif behaviour == FAILS:
-            self.answer(500, [b"internal server error"])
-        elif behaviour == TWO_PIECES:
-            self.answer(200, [address[:len(address) // 2], address[len(address) // 2:]])
-        elif behaviour == CLOSES:
-            self.answer(200, [address[:len(address) // 2]], missing=len(address) - len(address) // 2)
-        elif behaviour == STALLS:
-            self.rfile.read(1)  # comes back when the client has given up
-
-    def answer(self, status, pieces, missing=0):
-        self.close_connection = True
-        self.send_response(status)
-        self.send_header("Content-Type", "text/plain")
-        self.send_header("Content-Length", str(sum(map(len, pieces)) + missing))
-        self.end_headers()
-        for index, piece in enumerate(pieces):
-            if index:
-                time.sleep(PAUSE_SECONDS)
-            self.wfile.write(piece)
-            self.wfile.flush()
-
-    def log_message(self, format, *args):
-        pass
+def answer(request, store, behaviour, address):
+    report = report_in(request)
+    number = store.keep(request.head, request.body, report)
+    if report is None:
+        request.answer(400, b"not a report")
+        return
+    line = f"{address}{number}".encode()
+    first_half, second_half = line[:len(line) // 2], line[len(line) // 2:]
+    if behaviour == ANSWERS:
+        request.answer(200, line)
+    elif behaviour == FAILS:
+        request.answer(500, b"internal server error")
+    elif behaviour == TWO_PIECES:
+        request.answer(200, first_half, second_half, pause=PAUSE_SECONDS)
+    elif behaviour == CLOSES:
+        request.answer(200, first_half, missing=len(second_half))
+    elif behaviour == STALLS:
+        request.rfile.read(1)  # comes back when the client has given up
 
 
 def main(uploads, results, behaviour, address, reader):
-    server = http.server.ThreadingHTTPServer(("127.0.0.1", 8000), Handler)
-    server.store = Store(pathlib.Path(uploads), pathlib.Path(results), pathlib.Path(reader))
-    server.behaviour = pathlib.Path(behaviour)
-    server.address = address
-    server.serve_forever()
+    store = Store(pathlib.Path(uploads), pathlib.Path(results), pathlib.Path(reader))
+
+    def handle(request):
+        answer(request, store, pathlib.Path(behaviour).read_text(encoding="ascii").strip(), address)
+
+    report_receiver.Receiver(8000, handle).serve_forever()
 
 
 if __name__ == "__main__":

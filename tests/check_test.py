@@ -75,18 +75,19 @@ class CheckTest(unittest.TestCase):
                          [(0, 1, 0), (0, 1, 0), (1, 1, 0), (1, 0, 0)])
 
     def test_a_signal_ends_what_it_has_started(self):
-        os.mkfifo(self.root / "fifo")
-        code = f"""import check_test, pathlib
+        for number in (signal.SIGHUP, signal.SIGINT, signal.SIGTERM):
+            reader, writer = os.pipe()
+            code = f"""import check_test, pathlib
 check = check_test.load()
 check.LOGS = pathlib.Path({str(self.root)!r})
-words = ["sh", "-c", "exec >{self.root}/fifo; echo begun; sleep 1000; true"]
+words = ["sh", "-c", "exec >/proc/$PPID/fd/{writer}; echo begun; sleep 1000; true"]
 check.run_all([], [check.Step("long", lambda log: check.call(log, *words))])"""
-        for number in (signal.SIGHUP, signal.SIGINT, signal.SIGTERM):
-            with self.subTest(number.name), subprocess.Popen([sys.executable, "-c", code], cwd=ROOT / "tests") as process:
-                with open(self.root / "fifo", "rb") as fifo:
-                    self.assertEqual(fifo.readline(), b"begun\n")
-                    process.send_signal(number)
-                    self.assertEqual(fifo.read(), b"")  # once nobody can write to it any more
+            with self.subTest(number.name), open(reader, "rb") as output, subprocess.Popen(
+                    [sys.executable, "-c", code], cwd=ROOT / "tests", pass_fds=[writer]) as process:
+                os.close(writer)
+                self.assertEqual(output.readline(), b"begun\n")
+                process.send_signal(number)
+                self.assertEqual(output.read(), b"")  # once nobody can write to it any more
                 self.assertEqual(process.wait(), 128 + number)
 
     def affected_by(self, *changes):

@@ -9,12 +9,9 @@ import socket
 import subprocess
 import threading
 
-import werkzeug
-import werkzeug.serving
-
-import form_parser
 import isolation
 import polling
+import report_receiver
 
 HOST = "diagnostic.halvik.example"
 MACHINE_CERTIFICATES = pathlib.Path("/etc/ssl/certs")
@@ -101,13 +98,12 @@ class Authority:
 
 
 class Receiver:
-    """Takes the forms that arrive apart with a library's parser, and answers with the address of a results page."""
+    """Keeps the files that are uploaded, and answers with the address of a results page."""
 
     def __init__(self):
-        self.files = []  # field name, file name and content of each uploaded file
+        self.files = []  # field name, file name and content of each
         self.pages = 0
-        self._server = werkzeug.serving.make_server("127.0.0.1", 0, self._answer, threaded=True,
-                                                    request_handler=QuietHandler)
+        self._server = report_receiver.Receiver(0, self._answer)
         self.port = self._server.server_port
         self._thread = threading.Thread(target=self._server.serve_forever)
         self._thread.start()
@@ -117,21 +113,16 @@ class Receiver:
         self._thread.join()
         self._server.server_close()
 
-    @werkzeug.Request.application
     def _answer(self, request):
-        if request.method != "POST":
+        files = request.files()
+        if request.command != "POST":
             self.pages += 1
-            return werkzeug.Response("page")
-        files = form_parser.files(request.get_data(), request.headers.get("Content-Type", ""))
-        if request.path != "/diagnosticsubmit" or files is None:
-            return werkzeug.Response("not a report", status=400)
-        self.files += files
-        return werkzeug.Response(f"https://{HOST}/results/{len(self.files)}")
-
-
-class QuietHandler(werkzeug.serving.WSGIRequestHandler):
-    def log(self, *_):
-        pass
+            request.answer(200, b"page")
+        elif request.path != "/diagnosticsubmit" or files is None:
+            request.answer(400, b"not a report")
+        else:
+            self.files += files
+            request.answer(200, f"https://{HOST}/results/{len(self.files)}".encode())
 
 
 class WebServer:
