@@ -5,13 +5,17 @@
 
 import datetime
 import email.utils
+import pathlib
 import re
 import subprocess
+import tempfile
 import unittest
+import unittest.mock
 import xml.etree.ElementTree
 
 import option_table
 import page
+import result_pages
 import skipping
 from project import ROOT, version
 
@@ -54,6 +58,33 @@ class Playbooks(unittest.TestCase):
         self.assertGreater(len(described), 10)
         self.assertEqual(self.names(f"{role}/defaults/main.yml", r"^(halvik_diagnostic_\w+):"), described)
         self.assertEqual(self.names("docs/many-machines.md", r"^\| `(halvik_diagnostic_\w+)` \|"), described)
+
+
+class Pages(unittest.TestCase):
+    PAGES = [path for pattern in ("*.md", "docs/**/*.md", "lab/*.md", "reader/page/*.md")
+             for path in ROOT.glob(pattern)]
+
+    def test_each_says_whom_it_is_for(self):
+        self.assertGreater(len(self.PAGES), 10)
+        for path in self.PAGES:
+            with self.subTest(path):
+                self.assertRegex(path.read_text().split("\n\n")[1], "^For |is for ")
+
+    def test_links_lead_to_files(self):
+        for path in self.PAGES:
+            for link in re.findall(r"\]\(([^)#]+)", path.read_text()):
+                with self.subTest(path, link=link):
+                    self.assertTrue(link.startswith("https:") or (path.parent / link).exists())
+
+    def test_saved_results_say_how_they_came_about(self):
+        with tempfile.TemporaryDirectory() as name, \
+                unittest.mock.patch.object(result_pages, "FOLDER", pathlib.Path(name) / "new"), \
+                unittest.mock.patch.object(result_pages, "commit", lambda: "abc1234-dirty"):
+            result_pages.save("some", "Some", "bench/some -r 3", "\n## Table\n", ["libc6"])
+            text = (result_pages.FOLDER / "some.md").read_text()
+        self.assertRegex(text, r"\A# Some\n\nFor developers\. Written by `bench/some -r 3`,\n"
+                               r"with commit abc1234-dirty on \d{4}-\d\d-\d\d\.\n\n"
+                               r"Machine: .+; libc6 \S+\n\n## Table\n\Z")
 
 
 class ManualPage(unittest.TestCase):

@@ -11,11 +11,12 @@ usage: scripts/inject_failures [options]
   --seed S           by which chance (default 1)
   --thorough         each call by each of its errors, however often the program makes it
   --jobs N           so many runs side by side (default: one for each processor)
-  --show VERDICT     print each run that ends so: bad (default), told, kept or delivered; may be repeated
+  --show VERDICT     print each run that ends so: bad (default), reported, saved or delivered; may be repeated
+  --save             also write the shorter table into docs/results/failing_calls.md
 
 Prints two tables, the second one shorter, and ends with status 1 if a run was bad. Needs what
 `scripts/install_packages test` installs, and a machine that permits namespaces; no packet leaves it.
-docs/reliability.md says what is judged, and with what results.
+docs/testing.md says how a run is judged.
 """
 
 import argparse
@@ -38,6 +39,7 @@ def parse():
     parser.add_argument("--thorough", action="store_true")
     parser.add_argument("--jobs", type=int, default=os.cpu_count())
     parser.add_argument("--show", action="append")
+    parser.add_argument("--save", action="store_true")
     parser.add_argument("--worker", help=argparse.SUPPRESS)
     if {"-h", "--help"} & set(sys.argv[1:]):
         sys.exit(__doc__)
@@ -51,6 +53,7 @@ os.environ["HALVIK_PLATFORM"] = "posix" if OPTIONS.preset == "posix" else "linux
 os.environ["HALVIK_DIAGNOSTIC"] = str(BUILD / "halvik-diagnostic")
 
 import isolation
+import result_pages
 from failing_calls import runs, scenarios, stages, sweep
 from failing_calls.tally import Tally
 
@@ -131,7 +134,11 @@ def main():
     tally = Tally()
     for scenario in OPTIONS.scenario or scenarios.SCENARIOS:
         try_all(scenario, prefix, tally)
-    print(f"\n{tally.table()}\n\n{tally.summary()}\n\n{tally.not_reached} runs did not come to the call in question")
+    summary = f"{tally.summary()}\n\n{tally.not_reached} runs did not come to the call in question"
+    print(f"\n{tally.table()}\n\n{summary}")
+    if OPTIONS.save:
+        command = " ".join(["scripts/inject_failures", *sys.argv[1:]])
+        result_pages.save("failing_calls", "Failing system calls", command, summary)
     return 1 if tally.bad else 0
 
 

@@ -9,6 +9,7 @@ usage: scripts/run_cost          needs root, and the lab's packages
 import collections
 import json
 import subprocess
+import sys
 
 import network
 from project import ROOT
@@ -58,15 +59,17 @@ def counted():
 
 
 def main():
-    lab("up")
-    try:
-        for title, options in RUNS.items():
+    if sys.argv[1:]:
+        sys.exit(__doc__)
+    for title, options in RUNS.items():
+        lab("up")  # a new one, whose resolvers remember no answers
+        try:
             for host in HOSTS:
                 lab("shell", "--at", host, "nft", "-f", "-", text=RULES)
             lab("run", *options)
             print(f"{title}: " + ", ".join(f"{count} {what}" for what, count in sorted(counted().items())), flush=True)
-    finally:
-        lab("down")
+        finally:
+            lab("down")
 
 
 if __name__ == "__main__":

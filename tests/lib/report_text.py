@@ -8,7 +8,9 @@ import re
 import endpoints
 import plan
 
-PLAN_LENGTH = 52  # commands of a run without a domain and without the Skivra section
+# Commands of a run without a domain and without the Skivra section, and of one with a domain.
+PLAN_LENGTH = len(plan.display_names(endpoints.roles()))
+PLAN_LENGTH_WITH_DOMAIN = len(plan.display_names(endpoints.roles(), domain="a.domain"))
 SEPARATOR = b"-" * 45
 
 

@@ -166,9 +166,9 @@ class BeaconLogTest(BeaconLogCase):
         for i in range(wanted):
             (folder / f"{(i * 7919) % wanted}.log").write_text(f"line of log {i}\n" * 50)
         blocks = self.run_plan(prefix=["prlimit", f"--nofile={soft}:{hard}"])
-        self.assertEqual(len(blocks), 67 + wanted)
-        logs = blocks[-wanted - 9:-9]
-        self.assertEqual([name for name, _ in blocks[:-wanted - 9] + blocks[-9:]],
+        first = len(blocks) - wanted - len(plan.SECTIONS["after the logs"])
+        logs = blocks[first:first + wanted]
+        self.assertEqual([name for name, _ in blocks[:first] + blocks[first + wanted:]],
                          plan.display_names(endpoints.roles(), skivra=True))
         contents = {name: content for name, content in logs}
         expected = {f'/bin/sh -c cat "{SHOWN_FOLDER}/probe/{(i * 7919) % wanted}.log"':
@@ -178,5 +178,5 @@ class BeaconLogTest(BeaconLogCase):
         self.assertEqual(times, sorted(times), "the logs are not in the order of their creation")
 
 
-skipping.require_tools("dig", "nslookup", "ping", "traceroute", "curl", "ifconfig", "netstat", "ps")
+skipping.require_tools(*plan.tools())
 isolation.run_tests(needs_namespaces=True)

@@ -80,7 +80,7 @@ class JudgeTest(unittest.TestCase):
     def test_a_report_that_the_desktop_does_not_take(self):
         in_the_way = "home/Desktop/diagnostic_results.txt"
         run = self.judge("fallback", lambda folder: (folder / in_the_way).mkdir(parents=True))
-        self.assertEqual(run.verdict, runs.KEPT, run.detail)
+        self.assertEqual(run.verdict, runs.SAVED, run.detail)
 
     @isolation.needs_namespaces
     @needs_screen
@@ -103,7 +103,7 @@ class JudgeTest(unittest.TestCase):
             failure = sweep.Failure(scenario.name, "socket", by_child=False, number=1, error="EMFILE",
                                     forever=True, closing=False)
             result = sweep.attempt(scenario, failure)
-            self.assertEqual(result.verdict, runs.KEPT, result.detail)
+            self.assertEqual(result.verdict, runs.SAVED, result.detail)
             self.assertEqual(scenario.outcomes, ["failure", "link"])
 
     def test_nothing_wrong(self):

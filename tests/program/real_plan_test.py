@@ -24,61 +24,60 @@ class PlanTest(program_tests.ProgramTest):
         self.library = roots.Library(self)
 
     def check(self, rows):
-        """Each row: the options, how many commands are expected, and what the expected plan depends on."""
+        """Each row: the options, and what the expected plan depends on."""
         running = [self.start(builds.program(), ["-s", "-c", *options], prefix=self.library.prefix)
-                   for options, *_ in rows]
-        for process, (options, count, facts) in zip(running, rows):
+                   for options, _ in rows]
+        for process, (options, facts) in zip(running, rows):
             with self.subTest(options):
                 ended = self.finish(process)
                 self.assertEqual(ended.messages, [])
                 self.assertEqual(ended.status, 0)
                 names = [name.decode() for name, _ in report_text.blocks(ended.stdout)]
                 self.assertEqual(names, plan.display_names(self.roles, **facts))
-                self.assertEqual(len(names), count)
 
     def test_without_the_skivra(self):
         self.check([
-            ([], 52, {}),
-            (["--noskv"], 52, {}),
-            (["--noskv", "--skv"], 52, {}),
-            (["-d="], 52, {}),
-            (["-d=word"], 52, {"domain": "word"}),
-            (["-d= "], 52, {"domain": ""}),
-            (["-d=example.com"], 57, {"domain": "example.com"}),
-            (["--domain=example.com"], 57, {"domain": "example.com"}),
-            (["-d= exa mple. com "], 57, {"domain": "example.com"}),
-            (["-d=http://www.example.com/a/b?c"], 57, {"domain": "http://www.example.com/a/b?c"}),
-            (["-d=."], 57, {"domain": "."}),
-            (["-d=word."], 57, {"domain": "word."}),
-            (["-d=dropped=kept.example"], 57, {"domain": "kept.example"}),
-            (["-d=tab\t.example\u00e4"], 57, {"domain": "tab\t.example\u00e4"}),
-            ([b"-d=caf\xe9.example"], 57, {"domain": "caf\ufffd.example"}),
-            (["-d=first.example", "-d=second.example"], 57, {"domain": "second.example"}),
-            (["-d", "example.com"], 52, {}),
+            ([], {}),
+            (["--noskv"], {}),
+            (["--noskv", "--skv"], {}),
+            (["-d="], {}),
+            (["-d=word"], {"domain": "word"}),
+            (["-d= "], {"domain": ""}),
+            (["-d=example.com"], {"domain": "example.com"}),
+            (["--domain=example.com"], {"domain": "example.com"}),
+            (["-d= exa mple. com "], {"domain": "example.com"}),
+            (["-d=http://www.example.com/a/b?c"], {"domain": "http://www.example.com/a/b?c"}),
+            (["-d=."], {"domain": "."}),
+            (["-d=word."], {"domain": "word."}),
+            (["-d=dropped=kept.example"], {"domain": "kept.example"}),
+            (["-d=tab\t.example\u00e4"], {"domain": "tab\t.example\u00e4"}),
+            ([b"-d=caf\xe9.example"], {"domain": "caf\ufffd.example"}),
+            (["-d=first.example", "-d=second.example"], {"domain": "second.example"}),
+            (["-d", "example.com"], {}),
         ])
 
     def test_with_the_skivra_forced(self):
         self.check([
-            (["--skv"], 67, {"skivra": True}),
-            (["--skv", "-d="], 67, {"skivra": True}),
-            (["--skv", "-d=word"], 66, {"skivra": True, "domain": "word"}),
-            (["--skv", "-d= "], 66, {"skivra": True, "domain": ""}),
-            (["--skv", "-d=example.com"], 72, {"skivra": True, "domain": "example.com"}),
+            (["--skv"], {"skivra": True}),
+            (["--skv", "-d="], {"skivra": True}),
+            (["--skv", "-d=word"], {"skivra": True, "domain": "word"}),
+            (["--skv", "-d= "], {"skivra": True, "domain": ""}),
+            (["--skv", "-d=example.com"], {"skivra": True, "domain": "example.com"}),
         ])
 
     def test_with_the_skivra_installed(self):
         self.library.skivra.mkdir(parents=True)
         self.check([
-            ([], 67, {"skivra": True}),
-            (["-d=example.com"], 72, {"skivra": True, "domain": "example.com"}),
-            (["--noskv"], 52, {}),
-            (["--noskv", "--skv", "-d=example.com"], 57, {"domain": "example.com"}),
+            ([], {"skivra": True}),
+            (["-d=example.com"], {"skivra": True, "domain": "example.com"}),
+            (["--noskv"], {}),
+            (["--noskv", "--skv", "-d=example.com"], {"domain": "example.com"}),
         ])
 
     def test_a_file_in_the_place_of_the_skivras_folder_counts_as_well(self):
         self.library.skivra.parent.mkdir(parents=True)
         self.library.skivra.write_text("not a folder")
-        self.check([([], 67, {"skivra": True})])
+        self.check([([], {"skivra": True})])
 
 
 class CommandTest(program_tests.ProgramTest):
@@ -137,5 +136,5 @@ class LaunchFailureTest(program_tests.ProgramTest):
         self.assert_launch_fails(f"mount --bind {self.folder}/dig /usr/bin/dig", "/usr/bin/dig", "Exec format error")
 
 
-skipping.require_tools("dig", "nslookup", "ping", "traceroute", "curl", "ifconfig", "netstat", "ps")
+skipping.require_tools(*plan.tools())
 isolation.run_tests(needs_namespaces=True)

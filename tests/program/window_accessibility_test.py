@@ -122,7 +122,7 @@ class ActionTest(PhaseCase):
         head = b"Halvik account: acme\nHalvik ticket: 48151\n"
         report = server.requests[0].submitted
         self.assertEqual(report[:len(head)], head)
-        self.assertEqual(len(report_text.blocks(report[len(head):])), report_text.PLAN_LENGTH + 5)
+        self.assertEqual(len(report_text.blocks(report[len(head):])), report_text.PLAN_LENGTH_WITH_DOMAIN)
         self.screen.copy(b"of another program")
         self.control("Copy link", "push button").press()
         self.screen.wait_for_clipboard(windows.RESULT)

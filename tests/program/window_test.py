@@ -25,7 +25,7 @@ URL = windows.RESULT.decode()
 class RunTest(windows.WindowedTest):
     def test_from_the_fields_to_the_link(self):
         server = self.serve()
-        lines = [f"echo {number}" for number in range(57)]
+        lines = [f"echo {number}" for number in range(report_text.PLAN_LENGTH_WITH_DOMAIN)]
         self.open_window(commands=lines, submit=server.url())
         self.window.fill(account="  acme-office ", ticket="481 51", domain="www. example.com")
         self.window.press("Return")
@@ -36,7 +36,7 @@ class RunTest(windows.WindowedTest):
         self.assertEqual(report[:len(head)], head)
         blocks = report_text.blocks(report[len(head):])
         self.assertEqual([content for _, content in blocks],
-                         [f"stdout:\n{number}\n\n".encode() for number in range(57)])
+                         [f"stdout:\n{number}\n\n".encode() for number in range(len(lines))])
 
     def test_fields_that_stay_empty(self):
         server = self.serve()
@@ -87,7 +87,7 @@ class RunTest(windows.WindowedTest):
 class KeyboardTest(windows.WindowedTest):
     def test_the_keyboard_alone_does_everything(self):
         server = self.serve()
-        self.open_window(commands=["echo"] * 57, submit=server.url())
+        self.open_window(commands=["echo"] * report_text.PLAN_LENGTH_WITH_DOMAIN, submit=server.url())
         self.window.type("the account")
         self.window.press("Tab")
         self.window.type("the ticket")
@@ -98,7 +98,7 @@ class KeyboardTest(windows.WindowedTest):
         report = server.requests[0].submitted
         head = b"Halvik account: the account\nHalvik ticket: the ticket\n"
         self.assertEqual(report[:len(head)], head)
-        self.assertEqual(len(report_text.blocks(report[len(head):])), 57)
+        self.assertEqual(len(report_text.blocks(report[len(head):])), report_text.PLAN_LENGTH_WITH_DOMAIN)
         # From the start button on: the results, the link in them, the copy and the open button.
         self.window.press("alt+d", "Tab", "Tab", "Tab", "Return")
         self.assertEqual(self.desktop.wait_for(1), [URL])

@@ -50,7 +50,7 @@ NOT_FALLIBLE = {
 }
 EXEMPT = {name for names in NOT_FALLIBLE.values() for name in names.split()}
 if builds.PLATFORM == "posix":
-    EXEMPT.add("waitid")  # which the program asks about children that it has: docs/reliability.md
+    EXEMPT.add("waitid")  # which the program asks about children that it has: docs/testing.md
 
 # What passes by definition, and whose callers try again until it has.
 PASSING = ["EINTR", "EAGAIN"]

@@ -20,8 +20,8 @@ STALL_MS = 2000
 DESCRIPTORS = (256, 300)
 
 WHOLE = "delivered"  # the whole report is where it had been asked for
-KEPT = "kept"  # the whole report is on the Desktop or among the temporary files, and a line says so
-TOLD = "told"  # no report, and a line or a status says so
+SAVED = "saved"  # the whole report is on the Desktop or among the temporary files, and a line says so
+REPORTED = "reported"  # no report, and a line or a status says so
 BAD = "bad"
 
 
@@ -103,10 +103,10 @@ class Run:
         except BadOutcome as outcome:
             return BAD, f"{outcome}; {ending}"
         if is_kept and "saving the report to" in self.messages:
-            return KEPT, ending
+            return SAVED, ending
         if self.status == 0 and not self.messages:
             return BAD, f"no message about a failure; {ending}"
-        return TOLD, ending
+        return REPORTED, ending
 
     def _look_at_files(self):
         """Whether a whole report has been put into a safe place. Raises BadOutcome about any other file."""

@@ -5,14 +5,14 @@
 
 import collections
 
-from failing_calls.runs import BAD, KEPT, TOLD, WHOLE
+from failing_calls.runs import BAD, SAVED, REPORTED, WHOLE
 from failing_calls.scenarios import SCENARIOS
 from failing_calls.sweep import PHASES
 
 class Tally:
     """How runs have ended: by scenario, phase, call and error."""
 
-    VERDICTS = [WHOLE, KEPT, TOLD, BAD]
+    VERDICTS = [WHOLE, SAVED, REPORTED, BAD]
 
     def __init__(self):
         self._rows = {}

@@ -7,14 +7,30 @@
 #include <filesystem>
 
 #include "diagnostics/plan.h"
-#include "support/process_controller.h"
+#include "support/recorded_plan.h"
 
 namespace app {
 namespace {
 
 using support::RecordingController;
 
-// The counts hold on a machine without the Skivra, which every machine that builds the program
+using support::PlannedTest;
+
+std::vector<PlannedTest> expected(const diagnostics::TestDomain& domain) {
+  return support::generalTests(diagnostics::builtInEndpoints(), domain);
+}
+
+std::vector<PlannedTest> expectedWithSkivra(const diagnostics::TestDomain& domain) {
+  const diagnostics::Endpoints endpoints = diagnostics::builtInEndpoints();
+  std::vector<PlannedTest> tests = expected(domain);
+  for (const auto& more :
+       {support::skivraTests(endpoints, domain), support::systemLogAndBlockingTests(endpoints)}) {
+    tests.insert(tests.end(), more.begin(), more.end());
+  }
+  return tests;
+}
+
+// No log is read on a machine without the Skivra, which every machine that builds the program
 // should be.
 class TestPlanRun : public testing::Test {
  protected:
@@ -29,46 +45,45 @@ class TestPlanRun : public testing::Test {
   RecordingController controller;
 };
 
-TEST_F(TestPlanRun, TheGeneralTestsAre52) {
+TEST_F(TestPlanRun, StartsTheGeneralTests) {
   controller.startTests();
-  EXPECT_EQ(controller.planned.size(), 52U);
-  EXPECT_EQ(controller.processes.size(), 52U);
+  EXPECT_EQ(controller.planned, expected(std::nullopt));
+  EXPECT_EQ(controller.processes.size(), controller.planned.size());
   EXPECT_FALSE(controller.isSkv);
 }
 
-TEST_F(TestPlanRun, ADomainAddsFive) {
+TEST_F(TestPlanRun, AddsThoseOfADomain) {
   controller.setDomain("example.com");
   controller.startTests();
-  EXPECT_EQ(controller.planned.size(), 57U);
+  EXPECT_EQ(controller.planned, expected("example.com"));
 }
 
-TEST_F(TestPlanRun, TheSkivraAddsFifteenWithoutADomain) {
+TEST_F(TestPlanRun, AddsThoseOfTheSkivraWithoutADomain) {
   controller.forceSkv = true;
   controller.setDomain("");
   controller.startTests();
-  ASSERT_EQ(controller.planned.size(), 67U);
-  EXPECT_EQ(controller.planned[52], (support::PlannedTest{"/usr/bin/dig", {}, std::nullopt}));
+  EXPECT_EQ(controller.planned, expectedWithSkivra(std::nullopt));
 }
 
-TEST_F(TestPlanRun, AWordThatIsNoDomainLeavesOneOfThemOut) {
+TEST_F(TestPlanRun, LeavesOneOfThemOutForAWordThatIsNoDomain) {
   controller.forceSkv = true;
   controller.setDomain("word");
   controller.startTests();
-  EXPECT_EQ(controller.planned.size(), 66U);
+  EXPECT_EQ(controller.planned, expectedWithSkivra("word"));
 }
 
-TEST_F(TestPlanRun, TheSkivraAndADomainMake72) {
+TEST_F(TestPlanRun, AddsThoseOfTheSkivraAndADomain) {
   controller.forceSkv = true;
   controller.setDomain("example.com");
   controller.startTests();
-  EXPECT_EQ(controller.planned.size(), 72U);
+  EXPECT_EQ(controller.planned, expectedWithSkivra("example.com"));
 }
 
 TEST_F(TestPlanRun, SkippingTheSkivraWins) {
   controller.forceSkv = true;
   controller.skipSkv = true;
   controller.startTests();
-  EXPECT_EQ(controller.planned.size(), 52U);
+  EXPECT_EQ(controller.planned, expected(std::nullopt));
 }
 
 TEST_F(TestPlanRun, ASecondRunStartsAfreshAndKeepsTheFirst) {
@@ -77,10 +92,10 @@ TEST_F(TestPlanRun, ASecondRunStartsAfreshAndKeepsTheFirst) {
   EXPECT_FALSE(controller.isFinishing);
   const auto first = *controller.processes.begin();
   controller.startTests();
-  EXPECT_EQ(controller.processes.size(), 52U);
+  EXPECT_EQ(controller.processes.size(), support::countOfGeneralTests());
   ASSERT_EQ(controller.container.size(), 2U);
   EXPECT_EQ(controller.container[0].size(), 0U);
-  EXPECT_EQ(controller.container[1].size(), 52U);
+  EXPECT_EQ(controller.container[1].size(), support::countOfGeneralTests());
   EXPECT_EQ(*controller.container[1].begin(), first);
 }
 

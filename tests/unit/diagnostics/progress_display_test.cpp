@@ -8,7 +8,7 @@
 
 #include "support/environment.h"
 #include "support/fake_controls.h"
-#include "support/process_controller.h"
+#include "support/recorded_plan.h"
 #include "support/temporary_folder.h"
 
 namespace app {
@@ -60,12 +60,13 @@ class ProgressDisplay : public testing::Test {
   support::ScopedVariable variable{"HOME", home.path().c_str()};
   support::ScopedVariable config{"XDG_CONFIG_HOME", nullptr};
   support::RecordingController controller{nowhere()};
+  const std::string total = std::to_string(support::countOfGeneralTests());
   support::FakeWindow window{controller};
 };
 
 TEST_F(ProgressDisplay, BeginsWhenAllCommandsAreLaunched) {
   controller.startTests();
-  EXPECT_EQ(window.calls, disabled + range("52") + shown);
+  EXPECT_EQ(window.calls, disabled + range(total) + shown);
 }
 
 TEST_F(ProgressDisplay, OfTheSecondRunEndsWithItsOwnCommands) {
@@ -73,13 +74,14 @@ TEST_F(ProgressDisplay, OfTheSecondRunEndsWithItsOwnCommands) {
   window.calls.clear();
   window.domain.text = "example.com";
   controller.startTests();
-  EXPECT_EQ(window.calls, disabled + range("57") + shown);
+  const std::size_t withDomain = support::countOfGeneralTests("example.com");
+  EXPECT_EQ(window.calls, disabled + range(std::to_string(withDomain)) + shown);
 }
 
 TEST_F(ProgressDisplay, IsNotShownByASilentRun) {
   controller.isSilent = true;
   controller.startTests();
-  EXPECT_EQ(window.calls, disabled + range("52"));
+  EXPECT_EQ(window.calls, disabled + range(total));
 }
 
 TEST_F(ProgressDisplay, IsRefreshedInALaterTurnOfTheLoop) {
@@ -104,7 +106,7 @@ TEST_F(ProgressDisplay, IsRefreshedAtEveryEndAndForTheLastTimeBehindTheCompletio
   doWhatIsPosted();
   const Calls& calls = window.calls;
   EXPECT_EQ(calls[static_cast<std::size_t>(completed) - 1], "scroll show");
-  const Calls last = refresh("52", "52");
+  const Calls last = refresh(total, total);
   EXPECT_EQ(Calls(calls.end() - 2, calls.end()), last);
   EXPECT_NE(std::find(calls.begin() + completed, calls.end(), last[1]), calls.end());
   std::vector<int> values;
@@ -114,7 +116,7 @@ TEST_F(ProgressDisplay, IsRefreshedAtEveryEndAndForTheLastTimeBehindTheCompletio
     }
   }
   // The one of the launch, one behind it, and one for each end.
-  EXPECT_EQ(values.size(), 54U);
+  EXPECT_EQ(values.size(), support::countOfGeneralTests() + 2);
   EXPECT_TRUE(std::is_sorted(values.begin(), values.end()));
 }
 

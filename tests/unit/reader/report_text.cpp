@@ -10,6 +10,7 @@
 
 #include "reader/output/reading.h"
 #include "reader/parse/lines.h"
+#include "reader/parse/titles.h"
 
 namespace reader {
 
@@ -21,6 +22,16 @@ std::string dataFile(const std::string& name) {
   std::ostringstream text;
   text << file.rdbuf();
   return text.str();
+}
+
+std::size_t blocksIn(const std::string& name) {
+  const std::string text = dataFile(name);
+  std::size_t count = 0;
+  for (std::size_t at = text.find(separator); at != std::string::npos;
+       at = text.find(separator, at + separator.size())) {
+    ++count;
+  }
+  return count;
 }
 
 ReportText::ReportText(const std::string& file) {

@@ -14,6 +14,9 @@ namespace reader {
 /// The content of a file in tests/unit/reader/data/.
 std::string dataFile(const std::string& name);
 
+/// How many blocks the report in a file of `data` has.
+std::size_t blocksIn(const std::string& name);
+
 /// A report that can be changed block by block, named by the keys of the plan.
 class ReportText {
  public:
