@@ -37,7 +37,7 @@ class HttpProtocol {
 /// Uploads one report as multipart/form-data and collects the reply. It starts in its constructor
 /// and is not reused. An upload has succeeded when the connection finished, at least one piece of
 /// reply data arrived and the status at that moment was below 400.
-class Http : private platform::HttpConnectionDelegate {
+class Http final : private platform::HttpConnectionDelegate {
  public:
   /// How long an upload may stand still before it fails.
   static constexpr std::chrono::milliseconds usualStallLimit{60'000};

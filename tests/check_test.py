@@ -74,6 +74,19 @@ class CheckTest(unittest.TestCase):
         self.assertEqual([step.counts for step in (broken, dependent, tests, well)],
                          [(0, 1, 0), (0, 1, 0), (1, 1, 0), (1, 0, 0)])
 
+    def test_a_script_that_lacks_its_compiler_is_skipped(self):
+        (self.root / "scripts").mkdir()
+        script = self.root / "scripts/macos"
+        self.check.LOGS = self.root
+        self.check.say = lambda _: None
+        for status, ending, counts in ((0, "done", (1, 0, 0)), (1, "FAILED", (0, 1, 0)), (77, "skipped", (0, 0, 1))):
+            with self.subTest(ending):
+                script.write_text(f"#!/bin/sh\nexit {status}\n")
+                script.chmod(0o755)
+                [[step]] = filter(None, self.check.plan(["macos"], None))
+                step.run()
+                self.assertEqual((step.ending, step.counts, step.succeeded), (ending, counts, ending != "FAILED"))
+
     def test_a_signal_ends_what_it_has_started(self):
         for number in (signal.SIGHUP, signal.SIGINT, signal.SIGTERM):
             reader, writer = os.pipe()

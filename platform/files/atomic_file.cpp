@@ -39,9 +39,10 @@ std::optional<Target> findTarget(const std::string& path) {
     if (errno != ENOENT || fs::symlink_status(path, failed).type() != fs::file_type::not_found) {
       return std::nullopt;
     }
+    // Widened below, as macOS has a mode_t that is narrower than an int.
     const mode_t mask = umask(0);
     umask(mask);
-    return Target{.path = path, .mode = static_cast<mode_t>(0666U & ~mask)};
+    return Target{.path = path, .mode = static_cast<mode_t>(0666U & ~unsigned{mask})};
   }
   const fs::path real = fs::canonical(path, failed);
   if (failed || !S_ISREG(facts.st_mode)) {
