@@ -21,6 +21,7 @@ mount --make-rprivate /
 mount --bind "$tree" "$tree"
 cd "$tree"
 mount -t proc proc proc
+mount -t sysfs sysfs sys
 mount -t tmpfs -o mode=755 dev dev
 for device in null zero full random urandom tty; do
   touch dev/$device
