@@ -18,6 +18,6 @@ def files(body, content_type):
         return None
     parts = []
     for field, file in found.items(multi=True):
-        with file:
-            parts.append((field, file.filename, file.read()))
+        parts.append((field, file.filename, file.read()))
+        file.close()
     return parts
