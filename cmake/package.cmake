@@ -24,15 +24,16 @@ or written to a file instead.")
 # only recommended, which settings.cmake sees to: a server needs nothing of a desktop.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_HALVIK_BINARY_DIR "${PROJECT_BINARY_DIR}")
-# A tool of the plan that is missing ends every run; without certificates no report can be sent.
-set(CPACK_DEBIAN_PACKAGE_DEPENDS
-  "bind9-dnsutils, ca-certificates, curl, iputils-ping, net-tools, procps, traceroute")
+# A tool of the plan that is missing ends every run; without certificates no report can be sent. Debian 12's ping has a
+# capability; Debian 13's needs linux-sysctl-defaults, or only root may use it.
+string(CONCAT CPACK_DEBIAN_PACKAGE_DEPENDS "bind9-dnsutils, ca-certificates, curl, iputils-ping, "
+  "linux-sysctl-defaults | iputils-ping (<< 3:20240905), net-tools, procps, traceroute")
 # The desktop's proxy settings are asked of libproxy-tools. Links are opened by xdg-utils, and the saved report by gio of
 # libglib2.0-bin. The window's icon is found by the folders that hicolor-icon-theme lists, and is sharp in every size by
-# libqt6svg6. Everything else works without them.
-set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "hicolor-icon-theme, libglib2.0-bin, libproxy-tools, libqt6svg6, xdg-utils")
-# Desktops on Wayland show windows for X11 too.
-set(CPACK_DEBIAN_PACKAGE_SUGGESTS "qt6-wayland")
+# qt6-svg-plugins, which Debian 12 has in libqt6svg6; desktops on Wayland show it by qt6-wayland, or by X11. Everything
+# else works without them.
+string(CONCAT CPACK_DEBIAN_PACKAGE_RECOMMENDS "hicolor-icon-theme, libglib2.0-bin, libproxy-tools, "
+  "qt6-svg-plugins | libqt6svg6 (<< 6.7.2-5~), qt6-wayland, xdg-utils")
 
 set(CPACK_PROJECT_CONFIG_FILE "${PROJECT_SOURCE_DIR}/packaging/debian/settings.cmake")
 set(CPACK_PRE_BUILD_SCRIPTS "${PROJECT_SOURCE_DIR}/packaging/debian/arrange.cmake")

@@ -107,7 +107,6 @@ class Layers(unittest.TestCase):
                     if any(re.fullmatch(pattern, header) for header in SYSTEM_INCLUDE.findall(text))}
 
         self.assertEqual(users(r"curl/.*"), {"platform/http"})
-        self.assertEqual(users(r"simdjson\.h"), {"text"})
         self.assertLessEqual(users(r"uv\.h"), {"platform/event_loop", "platform/files", "platform/process"})
         with_qt = [name for name, text in self.sources.items() if re.search(r"^#include <Q", text, re.M)]
         self.assertEqual([name for name in with_qt if not WITH_QT.match(name)], [])
@@ -115,7 +114,7 @@ class Layers(unittest.TestCase):
     def test_what_is_linuxs_own_is_in_files_that_say_so(self):
         portable = [name for name in self.sources
                     if not name.endswith("_linux.cpp") and not name.startswith("reader/")]
-        libraries = re.compile(r"csignal|curl/curl\.h|simdjson\.h|uv\.h")
+        libraries = re.compile(r"csignal|curl/curl\.h|uv\.h")
         self.assertEqual(self.foreign_includes(portable, [EVERYWHERE, POSIX, libraries]), [])
         wrong = [
             f"{name} uses {found.group()}"

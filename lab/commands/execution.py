@@ -13,7 +13,8 @@ import namespaces
 import rendezvous
 from commands import executables, running_lab
 
-ENTER = ["--mount", "--net", "--pid", "--uts", "--ipc", "--"]
+# The root folder is not that of the mount namespace where the lab was started in a chroot.
+ENTER = ["--root", "--wd", "--mount", "--net", "--pid", "--uts", "--ipc", "--"]
 KEPT_VARIABLES = re.compile(r"TERM|LANG|LC_.*|DISPLAY|XAUTHORITY|QT_.*|DBUS_SESSION_BUS_ADDRESS|(A|L|UB)SAN_OPTIONS")
 
 # Runs in a mount namespace of the command's own. Mounts the program and the working directory, so that the lab's user
@@ -61,8 +62,9 @@ def run_in_machine(name, words, as_user=True, on=namespaces.MACHINE):
 def run_at_place(name, place, words):
     """Runs a command as root in the network of a place, with the supervisor's files."""
     supervisor = running_lab.processes(name)[0]
-    return run(supervisor, ["--mount", "--pid", "--uts", "--ipc", f"--net=/proc/{supervisor}/root/run/netns/{place}",
-                            "--", "setpriv", "--pdeathsig", "KILL", *words])
+    net = f"--net=/proc/{supervisor}/root/run/netns/{place}"
+    namespace = ["--root", "--wd", "--mount", net, "--pid", "--uts", "--ipc", "--"]
+    return run(supervisor, [*namespace, "setpriv", "--pdeathsig", "KILL", *words])
 
 
 def run(target, words, environment=None):

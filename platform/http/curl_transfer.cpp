@@ -127,7 +127,7 @@ void CurlTransfer::readEndOfHead() {
     redirect = lastStatus < firstErrorStatus ? header("Location").value_or("") : "";
     reasonOfRefusal = problemOfHead();
     // From here on there is no way back to plain http.
-    if (std::string_view(info<const char*>(CURLINFO_SCHEME)) == "HTTPS") {
+    if (curl_strequal(info<const char*>(CURLINFO_SCHEME), "https") != 0) {
       set(CURLOPT_REDIR_PROTOCOLS_STR, "https");
     }
   }

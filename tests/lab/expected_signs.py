@@ -107,7 +107,7 @@ SIGNS = {
     "no-default-route": [
         in_every(PING, "connect: Network is unreachable"),
         in_none(NETSTAT, r"^0\.0\.0\.0"),
-        sign(STDERR, "Couldn't connect to server"),
+        sign(STDERR, "(Couldn't|Could not) connect to server"),
     ],
     "no-address": [
         in_none(IFCONFIG, r"192\.168\.1\.20"),
@@ -186,7 +186,7 @@ SIGNS = {
         sign(STDOUT, r"^url=lvik\.example/results/[0-9]+$"),
     ],
     "submission-closes": [
-        sign(STDERR, "transfer closed with [0-9]+ bytes remaining to read"),
+        sign(STDERR, "(transfer closed|end of response) with [0-9]+ bytes (remaining to read|missing)"),
     ],
     "submission-stalls": [
         sign(STDERR, "nothing has moved for too long"),

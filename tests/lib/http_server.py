@@ -71,7 +71,10 @@ class Exchange:
         while self.connection.recv(65536):
             pass
 
-    def close(self):
+    def close(self, with_notice=False):
+        """Closes, with TLS's own notice of that before the end if wanted, without which a reply may have been cut."""
+        if with_notice:
+            self.connection.unwrap()
         self.connection.close()
 
     def reset(self):

@@ -52,6 +52,8 @@ class ProgramTest(unittest.TestCase):
         self.addCleanup(shutil.rmtree, self.folder, ignore_errors=True)
         self.home = self.folder / "home"
         self.home.mkdir()
+        self.runtime = self.folder / "runtime"
+        self.runtime.mkdir()
         self.work = self.folder / "work"
         self.work.mkdir()
         self.desktop_file = self.home / "Desktop" / "diagnostic_results.txt"
@@ -60,7 +62,9 @@ class ProgramTest(unittest.TestCase):
         """The few variables that a run needs, so that the tester's own settings do not count."""
         kept = ["PATH", "TMPDIR", "LD_LIBRARY_PATH", "ASAN_OPTIONS", "LSAN_OPTIONS", "UBSAN_OPTIONS"]
         variables = {name: os.environ[name] for name in kept if name in os.environ}
-        variables.update(HOME=str(self.home), LC_ALL="C.UTF-8", QT_QPA_PLATFORM="none")
+        # As in any session: where there is none, the desktop's settings leave an empty folder in the home instead.
+        variables.update(HOME=str(self.home), XDG_RUNTIME_DIR=str(self.runtime), LC_ALL="C.UTF-8",
+                         QT_QPA_PLATFORM="none")
         for name, value in (changes or {}).items():
             if value is None:
                 variables.pop(name, None)

@@ -16,6 +16,11 @@ from hostile_servers import (CHUNKED, CUT, MEMORY_KB_MAX, OK, PATIENCE, RESULTS_
                              trickles)
 
 
+# The words of one version of libcurl, and of a later one.
+LONG_LINE = "(Out of memory|A value or data field grew larger than allowed)"
+CUT_OF_SIX = "(transfer closed with 6 bytes remaining to read|end of response with 6 bytes missing)"
+
+
 class EndlessTest(HostileTest):
     """The memory is the most that the program had at any time, as the system measured it."""
 
@@ -30,19 +35,20 @@ class EndlessTest(HostileTest):
 
     def test_what_never_ends(self):
         _, usual = self.memory_of(http_server.reply(RESULTS_URL))
-        long_head = "no usable reply: its head is too long"
+        long_head = "(no usable reply: its head is too long|Too many response headers, 5000 is max)"
         long_body = "no usable reply: it is longer than 1048576 bytes"
         for name, start, piece, reason in [
-            ("a first line", OK[:-2], b"x", "Out of memory"),  # libcurl's word for a line that is too long
+            ("a first line", OK[:-2], b"x", LONG_LINE),
             ("no line at all", b"", b"x", "Received HTTP/0.9 when not allowed"),
-            ("a line of the head", OK + b"X: ", b"x", "Out of memory"),
+            ("a line of the head", OK + b"X: ", b"x", LONG_LINE),
             ("lines of the head", OK, b"X: y\r\n", long_head),
             ("interim replies", b"", b"HTTP/1.1 103 Early Hints\r\n\r\n", long_head),
             ("a body without a length", OK + b"\r\n", b"x", long_body),
             ("a body of a huge length", OK + b"Content-Length: 9000000000000000000\r\n\r\n", b"x", long_body),
             ("chunks", CHUNKED, b"4\r\nabcd\r\n", long_body),
             ("one chunk", CHUNKED + b"ffffffffffffff\r\n", b"x", long_body),
-            ("the size of a chunk", CHUNKED, b"0", "Too long hexadecimal number in chunked-encoding"),
+            ("the size of a chunk", CHUNKED, b"0",
+             "(Too long hexadecimal number in chunked-encoding|chunk hex-length longer than 16)"),
             ("the extension of a chunk", CHUNKED + b"4;", b"x", "nothing has moved for too long"),
             ("the body of an error", b"HTTP/1.1 500 Broken\r\n\r\n", b"x", long_body),
         ]:
@@ -94,30 +100,37 @@ class LyingTest(HostileTest):
     def test_a_body_that_is_not_what_the_head_says(self):
         for name, data, reason in [
             ("shorter than its length", OK + b"Content-Length: 9\r\n\r\nurl",
-             "transfer closed with 6 bytes remaining to read"),
+             CUT_OF_SIX),
             ("a length that is no number", OK + b"Content-Length: nine\r\n\r\nurl", "Invalid Content-Length: value"),
             ("a negative length", OK + b"Content-Length: -3\r\n\r\nurl", "Invalid Content-Length: value"),
             ("two lengths", OK + b"Content-Length: 3\r\nContent-Length: 9\r\n\r\nurl",
-             "transfer closed with 6 bytes remaining to read"),
+             CUT_OF_SIX),
             ("inside a chunk", CHUNKED + b"9\r\nurl", CUT),
             ("behind a chunk", CHUNKED + b"3\r\nurl", CUT),
             ("before the last chunk", CHUNKED + b"3\r\nurl\r\n", CUT),
-            ("a chunk that is too long", CHUNKED + b"2\r\nurl\r\n0\r\n\r\n", 
+            ("a chunk that is too long", CHUNKED + b"2\r\nurl\r\n0\r\n\r\n",
              "Malformed encoding found in chunked-encoding"),
-            ("a chunk without a size", CHUNKED + b"url\r\n0\r\n\r\n", 
-             "Illegal or missing hexadecimal sequence in chunked-encoding"),
+            ("a chunk without a size", CHUNKED + b"url\r\n0\r\n\r\n",
+             "(Illegal or missing hexadecimal sequence in chunked-encoding|"
+             "chunk hex-length char not a hex digit: 0x75)"),
             ("an unknown form of transfer", OK + b"Transfer-Encoding: gzip, chunked\r\n\r\n",
-             CUT),
+             fr"({CUT}|Unsolicited Transfer-Encoding \(gzip\) found)"),
             ("nothing", b"", "Empty reply from server"),
             ("another protocol", b"SSH-2.0-x\r\n", "Received HTTP/0.9 when not allowed"),
             ("HTTP/2", b"HTTP/2 200\r\n\r\n", "the reply is empty"),
             ("a change to HTTP/2", b"HTTP/1.1 101 Switching Protocols\r\nUpgrade: h2c\r\n\r\n",
              "Empty reply from server"),
-            ("a status of four digits", b"HTTP/1.1 2000 OK\r\n\r\nurl",
-             "Unsupported response code in HTTP response"),
         ]:
             with self.subTest(name):
                 self.assert_refused(self.submit(sends(data)), reason)
+
+    def test_a_status_of_four_digits(self):
+        """Newer versions of libcurl read the first three."""
+        ended = self.submit(sends(b"HTTP/1.1 2000 OK\r\n\r\nurl"))
+        if ended.status == 0:
+            self.assert_accepted(ended, b"url")
+        else:
+            self.assert_refused(ended, "Unsupported response code in HTTP response")
 
     def test_more_than_the_head_says(self):
         """What stands behind the end of the reply is not part of it. A length beyond all numbers does not count."""

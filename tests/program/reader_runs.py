@@ -16,8 +16,8 @@ SEPARATOR = "-" * 45 + "Results for: "
 NOTHING, PROBLEM, UNREADABLE = 0, 1, 2
 
 
-def run(*arguments, stdin=b"", **options):
-    return subprocess.run([builds.report_reader(), *arguments], input=stdin, capture_output=True, timeout=300,
+def run(*arguments, stdin=b"", prefix=(), **options):
+    return subprocess.run([*prefix, builds.report_reader(), *arguments], input=stdin, capture_output=True, timeout=300,
                           check=False, **options)
 
 

@@ -12,7 +12,7 @@ import isolation
 import report_text
 import tls
 from clean_room_lib import window
-from clean_room_lib.summary import LOGS, ROOT, Failure
+from clean_room_lib.summary import ROOT, Failure
 from clean_room_lib.tree import USER
 
 
@@ -49,7 +49,7 @@ def try_without_window(summary, tree, receiver):
 
 def run_without_window(tree, options, user=USER, status=0):
     """What the installed program prints."""
-    log = LOGS / "headless.log"
+    log = tree.logs / "headless.log"
     with open(log, "ab") as file:
         ended = subprocess.run(tree.command(["halvik-diagnostic", *options], user), stdin=subprocess.DEVNULL,
                                stdout=subprocess.PIPE, stderr=file)

@@ -5,7 +5,7 @@
 
 import shutil
 
-from clean_room_lib.summary import LOGS, Failure
+from clean_room_lib.summary import Failure
 from clean_room_lib.tree import USER
 
 
@@ -19,7 +19,7 @@ def try_sources(summary, steps, bare, folder):
         if "run" in steps:
             with summary.step(f"as {user}: scripts/run -h"):
                 tree.run([f"{clone}/scripts/run", "-h"], f"run-{user}", user=user)
-                if "--noskv, " not in (LOGS / f"run-{user}.log").read_text():
+                if "--noskv, " not in (tree.logs / f"run-{user}.log").read_text():
                     raise Failure("no usage was printed")
         for name in ("test", "check"):
             if name in steps:

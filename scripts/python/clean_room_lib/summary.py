@@ -21,15 +21,17 @@ def say(text):
 
 
 class Summary:
-    """The result and the time of each step, in order."""
+    """The result and the time of each step on a release, in order."""
 
-    def __init__(self):
+    def __init__(self, release):
+        self._release = release
         self.lines = []
         self.failed = False
 
     @contextlib.contextmanager
     def step(self, title):
         """Adds a step. If it fails, the others still run."""
+        title = f"{self._release}: {title}"
         say(title)
         began = time.monotonic()
         facts = []

@@ -21,12 +21,17 @@ mount --make-rprivate /
 mount --bind "$tree" "$tree"
 cd "$tree"
 mount -t proc proc proc
+mount -t sysfs sysfs sys
 mount -t tmpfs -o mode=755 dev dev
 for device in null zero full random urandom tty; do
   touch dev/$device
   mount --bind /dev/$device dev/$device
 done
-mkdir dev/pts dev/shm
+mkdir dev/net dev/pts dev/shm
+if [ -e /dev/net/tun ]; then
+  touch dev/net/tun
+  mount --bind /dev/net/tun dev/net/tun
+fi
 mount -t devpts -o newinstance,ptmxmode=666,mode=620,gid=5 devpts dev/pts
 mount -t tmpfs -o mode=1777 shm dev/shm
 ln -s pts/ptmx dev/ptmx
@@ -44,10 +49,11 @@ exit $status
 
 
 class Tree:
-    """A Debian system in a folder."""
+    """A Debian system in a folder. The logs of its commands are in a folder of its release."""
 
-    def __init__(self, path):
-        self.path = path
+    def __init__(self, path, release):
+        self.path, self.release = path, release
+        self.logs = LOGS / release
 
     def command(self, words, user="root", variables=None):
         """The command that runs another one in the tree."""
@@ -57,7 +63,7 @@ class Tree:
 
     def run(self, words, log, **others):
         """Runs a command and logs what it prints. Returns the last line of its standard output."""
-        path = LOGS / f"{log}.log"
+        path = self.logs / f"{log}.log"
         with open(path, "ab") as file:
             ended = subprocess.run(self.command(words, **others), stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
                                    stderr=file)
@@ -72,7 +78,7 @@ class Tree:
 
     def copy(self, path):
         subprocess.run(["cp", "--archive", "--reflink=auto", self.path, path], check=True)
-        return Tree(path)
+        return Tree(path, self.release)
 
     def clone(self, user):
         """Makes a clean clone of the sources in the user's home folder. Returns its path in the tree."""

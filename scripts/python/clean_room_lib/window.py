@@ -9,19 +9,19 @@ import Xlib.X
 
 import virtual_screen
 import windows
-from clean_room_lib.summary import LOGS, Failure
+from clean_room_lib.summary import Failure
 from clean_room_lib.tree import USER
 
 
 def use(tree, receiver):
     virtual_screen.use_own_sockets()
-    with open(LOGS / "window.log", "wb") as log:
+    with open(tree.logs / "window.log", "wb") as log:
         screen = virtual_screen.Screen(options=["-ac"])
         variables = {"DISPLAY": screen.name, "DBUS_SESSION_BUS_ADDRESS": "disabled:"}
         process = subprocess.Popen(tree.command(["halvik-diagnostic"], USER, variables), stdin=subprocess.DEVNULL,
                                    stdout=log, stderr=log)
         try:
-            start_tests(screen, process, receiver)
+            start_tests(tree, screen, process, receiver)
         except AssertionError as error:
             raise Failure(str(error)) from error
         finally:
@@ -30,12 +30,12 @@ def use(tree, receiver):
             screen.close()
 
 
-def start_tests(screen, process, receiver):
+def start_tests(tree, screen, process, receiver):
     received = len(receiver.files)
     window = screen.wait_for_window(windows.TITLE, process)
     window.fill(account="acme-office", ticket="48151")
     window.press("alt+s")
-    window.wait_for(lambda picture: picture.link, "the link is shown").image.save(LOGS / "window.png")
+    window.wait_for(lambda picture: picture.link, "the link is shown").image.save(tree.logs / "window.png")
     icon = screen.display.intern_atom("_NET_WM_ICON")
     if window.window.get_full_property(icon, Xlib.X.AnyPropertyType) is None:
         raise Failure("the window has no icon")

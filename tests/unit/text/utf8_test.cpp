@@ -51,6 +51,27 @@ TEST(Text, KnowsInvalidUtf8) {
   EXPECT_EQ(toUtf8("\xEF\xBB\xBF\xFF"), "\xEF\xBB\xBF\xEF\xBF\xBD");
 }
 
+TEST(Text, IsUtf8WhereverACharacterStands) {
+  const std::vector<std::string> wrong{"\x80",         "\xC1\xBF",         "\xC3",
+                                       "\xE0\x9F\xBF", "\xED\xA0\x80",     "\xE2\x82",
+                                       "\xF0\x9F\x98", "\xF0\x8F\xBF\xBF", "\xF4\x90\x80\x80",
+                                       "\xF5",         "\xC3\xA9\xA9",     "\xF0\x9F\x98\x80\x80"};
+  for (const std::string beside : {"x", "\xC3\xA9", "\xE2\x82\xAC", "\xF0\x9F\x98\x80"}) {
+    std::string start;
+    for (std::size_t count = 0; count < 140; ++count, start += beside) {
+      EXPECT_TRUE(isUtf8(start)) << start;
+      EXPECT_TRUE(isUtf8(start + "x" + start)) << start;
+      for (const std::string& bytes : wrong) {
+        std::string text = start;
+        text += bytes;
+        EXPECT_FALSE(isUtf8(text)) << text;
+        text += start;
+        EXPECT_FALSE(isUtf8(text)) << text;
+      }
+    }
+  }
+}
+
 TEST(Text, MeasuresInUtf16Units) {
   EXPECT_EQ(utf16Length(""), 0U);
   EXPECT_EQ(utf16Length("abc"), 3U);
