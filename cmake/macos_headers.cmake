@@ -6,7 +6,7 @@
 
 set(halvik_headers "${CMAKE_BINARY_DIR}/headers")
 file(MAKE_DIRECTORY "${halvik_headers}")
-file(GLOB halvik_linked /usr/include/uv.h /usr/include/uv /usr/include/simdjson.h /usr/include/*-linux-gnu/curl
+file(GLOB halvik_linked /usr/include/uv.h /usr/include/uv /usr/include/*-linux-gnu/curl
   /usr/include/*-linux-gnu/qt6/QtCore /usr/include/*-linux-gnu/qt6/QtGui /usr/include/*-linux-gnu/qt6/QtWidgets)
 foreach(linked IN LISTS halvik_linked)
   cmake_path(GET linked FILENAME name)
@@ -14,7 +14,7 @@ foreach(linked IN LISTS halvik_linked)
 endforeach()
 
 foreach(library IN ITEMS
-    CLI11::CLI11 CURL::libcurl Qt6::Widgets libuv::uv nlohmann_json::nlohmann_json simdjson::simdjson)
+    CLI11::CLI11 CURL::libcurl Qt6::Widgets libuv::uv nlohmann_json::nlohmann_json)
   add_library(${library} INTERFACE IMPORTED GLOBAL)
   target_include_directories(${library} INTERFACE "${halvik_headers}" "${halvik_headers}/QtCore"
     "${halvik_headers}/QtGui" "${halvik_headers}/QtWidgets")
