@@ -29,10 +29,9 @@ set(CPACK_DEBIAN_PACKAGE_DEPENDS
   "bind9-dnsutils, ca-certificates, curl, iputils-ping, net-tools, procps, traceroute")
 # The desktop's proxy settings are asked of libproxy-tools. Links are opened by xdg-utils, and the saved report by gio of
 # libglib2.0-bin. The window's icon is found by the folders that hicolor-icon-theme lists, and is sharp in every size by
-# libqt6svg6. Everything else works without them.
-set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "hicolor-icon-theme, libglib2.0-bin, libproxy-tools, libqt6svg6, xdg-utils")
-# Desktops on Wayland show windows for X11 too.
-set(CPACK_DEBIAN_PACKAGE_SUGGESTS "qt6-wayland")
+# libqt6svg6. On Wayland, qt6-wayland opens the window without a detour through X11. Everything else works without them.
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS
+  "hicolor-icon-theme, libglib2.0-bin, libproxy-tools, libqt6svg6, qt6-wayland, xdg-utils")
 
 set(CPACK_PROJECT_CONFIG_FILE "${PROJECT_SOURCE_DIR}/packaging/debian/settings.cmake")
 set(CPACK_PRE_BUILD_SCRIPTS "${PROJECT_SOURCE_DIR}/packaging/debian/arrange.cmake")

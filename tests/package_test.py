@@ -172,7 +172,7 @@ class Dependencies(unittest.TestCase):
         self.assertIn("ca-certificates", packages_in("Depends"))
         self.assertEqual(packages_in("Recommends"), {"hicolor-icon-theme", "libglib2.0-bin", "libproxy-tools",
                                                      "libqt6core6", "libqt6gui6", "libqt6svg6", "libqt6widgets6",
-                                                     "xdg-utils"})
+                                                     "qt6-wayland", "xdg-utils"})
 
 
 class Hardening(unittest.TestCase):
