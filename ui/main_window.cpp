@@ -88,9 +88,9 @@ class MainWindow::Parts {
     setUpField(domainField, "domain", QStringLiteral("optional, e.g. example.com"));
     startPush.setObjectName(QStringLiteral("start"));
     startPush.setDefault(true);
-    auto* focus = new FocusKeeper(startPush);
+    auto* focus = new FocusKeeper(startPush, resultsBrowser);
     connectButton(startPush, [this, focus] {
-      focus->remember(frame.focusWidget());
+      focus->takeFrom(frame.focusWidget());
       actions.start();
     });
   }
