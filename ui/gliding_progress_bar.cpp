@@ -3,6 +3,9 @@
 
 #include "ui/gliding_progress_bar.h"
 
+#include <QApplication>
+#include <QLinearGradient>
+#include <QPainter>
 #include <QStyleOptionProgressBar>
 
 #include <cmath>
@@ -15,18 +18,61 @@ constexpr int glideMs = 150;
 // Styles paint in whole steps; a hundred of them for each unit let the picture glide.
 constexpr int stepsPerUnit = 100;
 
+constexpr int shadeStepMs = 50;
+constexpr int shadeSteps = 40;  // from one end to the other
+constexpr double shadeWidth = 0.25;
+constexpr float shadeStrength = 0.25F;
+
 }  // namespace
 
 GlidingProgressBar::GlidingProgressBar(QWidget* parent) : QProgressBar(parent) {
   glide.setDuration(glideMs);
   connect(this, &QProgressBar::valueChanged, this, &GlidingProgressBar::glideTo);
   connect(&glide, &QVariantAnimation::valueChanged, this, [this] { update(); });
+  shadeTimer.setInterval(shadeStepMs);
+  connect(&shadeTimer, &QTimer::timeout, this, &GlidingProgressBar::moveShade);
 }
 
 void GlidingProgressBar::setGliding(bool on) {
   isGliding = on;
   glide.stop();
+  shadeStep = 0;
+  // Desktops have a setting for those whom movement disturbs.
+  const bool mayMove = style()->styleHint(QStyle::SH_Widget_Animation_Duration, nullptr, this) > 0;
+  if (on && mayMove) {
+    shadeTimer.start();
+  } else {
+    shadeTimer.stop();
+  }
   update();
+}
+
+void GlidingProgressBar::moveShade() {
+  // Behind a message about an error nothing goes on.
+  if (QApplication::activeModalWidget() == nullptr) {
+    shadeStep = (shadeStep + 1) % shadeSteps;
+    update();
+  }
+}
+
+void GlidingProgressBar::paintEvent(QPaintEvent* event) {
+  QProgressBar::paintEvent(event);
+  if (!shadeTimer.isActive()) {
+    return;
+  }
+  QStyleOptionProgressBar option;
+  initStyleOption(&option);
+  const QRectF bar = style()->subElementRect(QStyle::SE_ProgressBarContents, &option, this);
+  const double width = bar.width() * shadeWidth;
+  const double left = bar.left() - width + (bar.width() + width) * shadeStep / shadeSteps;
+  QColor shade = palette().color(QPalette::Text);
+  QLinearGradient gradient(left, 0, left + width, 0);
+  shade.setAlphaF(0);
+  gradient.setColorAt(0, shade);
+  gradient.setColorAt(1, shade);
+  shade.setAlphaF(shadeStrength);
+  gradient.setColorAt(0.5, shade);
+  QPainter(this).fillRect(bar, gradient);
 }
 
 void GlidingProgressBar::glideTo(int value) {

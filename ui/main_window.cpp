@@ -20,11 +20,10 @@ namespace ui {
 
 namespace {
 
-void keepPlaceWhenHidden(QWidget& widget) {
+void keepPlaceWhenHidden(QWidget& widget, bool isKept) {
   QSizePolicy policy = widget.sizePolicy();
-  policy.setRetainSizeWhenHidden(true);
+  policy.setRetainSizeWhenHidden(isKept);
   widget.setSizePolicy(policy);
-  widget.hide();
 }
 
 void setUpField(QLineEdit& field, const char* name, const QString& placeholder) {
@@ -88,9 +87,10 @@ class MainWindow::Parts {
     setUpField(domainField, "domain", QStringLiteral("optional, e.g. example.com"));
     startPush.setObjectName(QStringLiteral("start"));
     startPush.setDefault(true);
-    auto* focus = new FocusKeeper(startPush);
+    auto* focus = new FocusKeeper(startPush, resultsBrowser);
     connectButton(startPush, [this, focus] {
-      focus->remember(frame.focusWidget());
+      focus->takeFrom(frame.focusWidget());
+      keepPlaces(true);
       actions.start();
     });
   }
@@ -103,8 +103,9 @@ class MainWindow::Parts {
     progressBar.setObjectName(QStringLiteral("progress"));
     progressBar.setAccessibleName(QStringLiteral("Progress"));
     progressBar.setTextVisible(false);
-    keepPlaceWhenHidden(statusLabel);
-    keepPlaceWhenHidden(progressBar);
+    keepPlaceWhenHidden(statusLabel, true);
+    statusLabel.hide();
+    progressBar.hide();
   }
 
   void setUpResults() {
@@ -119,7 +120,7 @@ class MainWindow::Parts {
     palette.setColor(QPalette::Base, QColor(0x16, 0x16, 0x16));
     palette.setColor(QPalette::Text, Qt::white);
     resultsBrowser.setPalette(palette);
-    keepPlaceWhenHidden(resultsBrowser);
+    resultsBrowser.hide();
     QObject::connect(
         &resultsBrowser, &QTextBrowser::anchorClicked, &resultsBrowser, [this](const QUrl& url) {
           platform::guarded([&] { actions.openLink(platform::encodedText(url).toStdString()); });
@@ -132,9 +133,9 @@ class MainWindow::Parts {
     openPush.setObjectName(QStringLiteral("open"));
     connectButton(copyPush, actions.copy);
     connectButton(openPush, actions.open);
-    keepPlaceWhenHidden(captionLabel);
-    keepPlaceWhenHidden(copyPush);
-    keepPlaceWhenHidden(openPush);
+    captionLabel.hide();
+    copyPush.hide();
+    openPush.hide();
   }
 
   void arrange() {
@@ -158,9 +159,23 @@ class MainWindow::Parts {
     all->addWidget(&progressBar);
     all->addWidget(&resultsBrowser, 1);
     all->addLayout(linkRow);
+    // Takes what a window that was enlarged before the first run has left over.
+    all->addStretch();
+    keepPlaces(true);
+    const int width = frame.sizeHint().width();
+    keepPlaces(false);
+    all->activate();
     // As low as it can be: the results are a line or two. Whoever wants to see more makes it
     // larger.
-    frame.resize(frame.sizeHint().width(), frame.minimumSizeHint().height());
+    frame.resize(width, frame.minimumSizeHint().height());
+  }
+
+  // Of the controls below the start button. The window grows when they have not yet had one.
+  void keepPlaces(bool areKept) {
+    for (QWidget* widget : std::initializer_list<QWidget*>{&progressBar, &resultsBrowser,
+                                                           &captionLabel, &copyPush, &openPush}) {
+      keepPlaceWhenHidden(*widget, areKept);
+    }
   }
 
   void orderFocus() {

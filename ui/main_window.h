@@ -38,8 +38,8 @@ struct WindowControls {
 };
 
 /// The one window of the program. It owns its widgets and knows nothing of runs: it offers its
-/// controls and passes on what is pressed. Every control keeps its place while it is hidden, so
-/// that nothing jumps.
+/// controls and passes on what is pressed. At first it is low. From the first run on every control
+/// keeps its place while it is hidden, so that nothing jumps.
 class MainWindow {
  public:
   /// Needs a windowed application. The controls that belong to a run are hidden at first.

@@ -4,6 +4,7 @@
 #include "ui/window_widgets.h"
 
 #include <QKeyEvent>
+#include <QTextBrowser>
 
 namespace ui {
 
@@ -13,17 +14,26 @@ Frame::Frame() {
 }
 
 void Frame::keyPressEvent(QKeyEvent* event) {
-  if (event->key() == Qt::Key_Escape) {
+  const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+  const bool isInResults = qobject_cast<QTextBrowser*>(focusWidget()) != nullptr;
+  if (event->key() == Qt::Key_Escape || (isReturn && isInResults)) {
     event->ignore();
   } else {
     QDialog::keyPressEvent(event);
   }
 }
 
+void FocusKeeper::takeFrom(QWidget* focused) {
+  before = focused == parent() ? results : focused;
+  if (focused != nullptr) {
+    focused->clearFocus();
+  }
+}
+
 bool FocusKeeper::eventFilter(QObject* watched, QEvent* event) {
   const auto* start = qobject_cast<QWidget*>(watched);
   if (event->type() == QEvent::EnabledChange && start->isEnabled() && before != nullptr) {
-    // Later, since the other fields are enabled after the button.
+    // Later, since the fields are enabled and the results are shown after the button.
     QMetaObject::invokeMethod(
         before, [this] { before->setFocus(); }, Qt::QueuedConnection);
   }

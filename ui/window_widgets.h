@@ -18,22 +18,29 @@ class Frame final : public QDialog {
   Frame();
 
  protected:
-  /// Ignores Escape, which would close the window and with it end a run.
+  /// Ignores Escape, which would close the window and with it end a run, and Return in the results,
+  /// which would start a run that removes them.
   void keyPressEvent(QKeyEvent* event) override;
 };
 
 /// Gives the keyboard focus back after a run to the widget that had it before: while the fields and
 /// the button are disabled, nothing has it, and somebody who works by keyboard would have to find
-/// the first field again.
+/// the first field again. From the start button it goes on to the results, so that no second press
+/// of the same key removes them, and a screen reader reads them.
 class FocusKeeper final : public QObject {
  public:
-  explicit FocusKeeper(QPushButton& start) : QObject(&start) { start.installEventFilter(this); }
+  FocusKeeper(QPushButton& start, QWidget& shownResults) : QObject(&start), results(&shownResults) {
+    start.installEventFilter(this);
+  }
 
-  void remember(QWidget* focused) { before = focused; }
+  /// Call this before they are disabled: the focus would go from each to the next, and a screen
+  /// reader would read all of them.
+  void takeFrom(QWidget* focused);
 
   bool eventFilter(QObject* watched, QEvent* event) override;
 
  private:
+  QWidget* results;
   QPointer<QWidget> before;
 };
 

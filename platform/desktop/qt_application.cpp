@@ -7,10 +7,12 @@
 #include <QApplication>
 #include <QMessageBox>
 #include <QSocketNotifier>
+#include <QThread>
 #include <QTimer>
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <csignal>
 #include <cstdlib>
 #include <utility>
@@ -27,28 +29,70 @@ namespace {
 constexpr unsigned shutdownSecondsMax = 10;
 
 enum class Phase { starting, running, ended };
-Phase phase = Phase::starting;
+std::atomic<Phase> phase = Phase::starting;  // read by Qt's threads as well
+
+// Without a display Qt's fatal message lists the plugins that it has.
+bool isWaylandPluginMissing(const QString& fatalMessage) {
+  const bool isOnWayland = qEnvironmentVariableIsSet("WAYLAND_DISPLAY") ||
+                           qgetenv("QT_QPA_PLATFORM").startsWith("wayland");
+  return isOnWayland &&
+         !fatalMessage.section(QLatin1Char('\n'), 1).contains(QLatin1String("wayland"));
+}
+
+void logMissingDisplay(const QString& fatalMessage) {
+  if (isWaylandPluginMissing(fatalMessage)) {
+    text::log(
+        "cannot open the window: Qt's plugin for Wayland is missing; install the package "
+        "qt6-wayland, or use the option -s, which runs without one");
+  } else {
+    text::log("there is no display to open the window on; the option -s runs without one");
+  }
+}
+
+// When the connection to an X server breaks, Qt calls exit(), while there may be a report to save.
+void endAfterLostDisplay() {
+  if (phase == Phase::running) {
+    onFatalError().showError = [](const char* /*reason*/) {};
+    fatalError("the connection to the display is lost");
+  }
+}
+
+// When the connection to a Wayland compositor breaks, each thread of Qt that notices it logs this
+// and calls _exit(). Where the desktop asks for it, newer versions of Qt connect again instead.
+bool isAboutLostWayland(const QString& message) {
+  return message.startsWith(QLatin1String("The Wayland connection ")) &&
+         qEnvironmentVariableIntValue("QT_WAYLAND_RECONNECT") == 0;
+}
+
+void endAfterLostWayland() {
+  if (phase != Phase::running) {
+    return;
+  }
+  if (QThread::currentThread() != qApp->thread()) {
+    // The main thread saves the report. This one must not end the process before that.
+    QMetaObject::invokeMethod(qApp, endAfterLostDisplay, Qt::QueuedConnection);
+    while (true) {
+      pause();
+    }
+  }
+  endAfterLostDisplay();
+}
 
 // Qt's messages go where ours go, but for those about how it starts. The fatal one there means that
 // it found no display: an abort would look like a defect of the program, and Qt's advice to install
 // it again would help nobody.
 void logQtMessage(QtMsgType type, const QMessageLogContext& /*context*/, const QString& message) {
   const bool isStarting = phase == Phase::starting;
+  if (isAboutLostWayland(message)) {
+    endAfterLostWayland();
+  }
   if (isStarting && type == QtFatalMsg) {
-    text::log("there is no display to open the window on; the option -s runs without one");
+    logMissingDisplay(message);
   } else if (!isStarting && type != QtDebugMsg && type != QtInfoMsg) {
     text::log(message.toStdString());
   }
   if (type == QtFatalMsg) {
     std::_Exit(EXIT_FAILURE);
-  }
-}
-
-// Qt calls exit() when the connection to the display breaks, while there may be a report to save.
-void endAfterLostDisplay() {
-  if (phase == Phase::running) {
-    onFatalError().showError = [](const char* /*reason*/) {};
-    fatalError("the connection to the display is lost");
   }
 }
 

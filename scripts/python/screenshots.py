@@ -3,7 +3,8 @@
 """Takes pictures of the window, one of each phase, on a screen of its own.
 
 usage: scripts/screenshots                   into docs/images
-       scripts/screenshots --looks FOLDER    into subfolders of FOLDER: enlarged, in a dark theme, with a long link
+       scripts/screenshots --looks FOLDER    into subfolders of FOLDER: enlarged, in a dark theme, with a long link,
+                                             on Wayland
 
 Build the preset release first. Needs the packages that `scripts/install_packages test` installs; the dark theme needs
 qt6ct as well. The commands are fakes and the submission endpoint is on the loopback interface: no packet leaves the
@@ -21,6 +22,7 @@ import http_server
 import pictures
 import polling
 import virtual_screen
+import wayland
 import windows
 from project import ROOT
 
@@ -29,6 +31,7 @@ LONG_RESULT = (windows.RESULT + b"?token=" + b"4f2a91c07b" * 30)[:300]
 
 DARK_COLOURS = pathlib.Path("/usr/share/qt6ct/colors/darker.conf")
 DARK = {"QT_QPA_PLATFORMTHEME": "qt6ct"}
+WAYLAND = {"QT_QPA_PLATFORM": "wayland"}
 LOOKS = {
     "scale-125": ({"QT_SCALE_FACTOR": "1.25"}, windows.RESULT),
     "scale-200": ({"QT_SCALE_FACTOR": "2"}, windows.RESULT),
@@ -36,6 +39,7 @@ LOOKS = {
     "long-link": ({}, LONG_RESULT),
     "scale-125-dark-long-link": ({"QT_SCALE_FACTOR": "1.25", **DARK}, LONG_RESULT),
     "scale-200-dark-long-link": ({"QT_SCALE_FACTOR": "2", **DARK}, LONG_RESULT),
+    "wayland": (WAYLAND, windows.RESULT),
 }
 
 
@@ -55,6 +59,15 @@ def write_dark_theme(home):
         f"[Appearance]\ncustom_palette=true\ncolor_scheme_path={DARK_COLOURS}\nstyle=Fusion\n")
 
 
+def open_screen(home, settings):
+    """A screen, and the variables by which a program finds it."""
+    if settings.items() >= WAYLAND.items():
+        compositor = wayland.Compositor(home, wayland.FRAMED)
+        return compositor, {"WAYLAND_DISPLAY": str(compositor.display)}
+    screen = virtual_screen.Screen(size=(1600, 1200))
+    return screen, {"DISPLAY": screen.name, "QT_QPA_PLATFORM": "xcb"}
+
+
 def take(folder, settings, result):
     """Takes four: before, in the middle and at the end of a good run, and at the end of one that failed."""
     if settings.items() >= DARK.items() and not DARK_COLOURS.exists():
@@ -69,16 +82,18 @@ def take(folder, settings, result):
         commands = home / "commands"
         waiting = f"while [ ! -e {gate} ]; do sleep 0.05; done"
         commands.write_text(":\n" * 31 + f"{waiting}\n" * 26)
-        screen = virtual_screen.Screen(size=(1600, 1200))
-        environment = dict(os.environ, DISPLAY=screen.name, QT_QPA_PLATFORM="xcb", HOME=name, XDG_RUNTIME_DIR=name,
-                           XDG_CONFIG_HOME=str(home / ".config"), TEST_BUILD_SUBMIT_URL=server.url(),
-                           TEST_BUILD_COMMANDS=str(commands), **settings)
+        screen, place = open_screen(home, settings)
+        environment = {**os.environ, **place, "HOME": name, "XDG_RUNTIME_DIR": name,
+                       "XDG_CONFIG_HOME": str(home / ".config"), "TEST_BUILD_SUBMIT_URL": server.url(),
+                       "TEST_BUILD_COMMANDS": str(commands), **settings}
         process = subprocess.Popen([PROGRAM], env=environment, stderr=subprocess.DEVNULL)
         window = screen.wait_for_window(windows.TITLE, process)
         take_picture(window, folder / "idle.png")
         window.fill(account="acme-office", ticket="48151", domain="example.com")
         window.press("Return")
-        take_picture(window, folder / "running.png")
+        # The shade over the progress bar never stands still, but everything else does by then.
+        time.sleep(3)
+        window.picture().image.save(folder / "running.png", optimize=True)
         gate.touch()
         window.wait_for(lambda picture: picture.box(pictures.ORANGE), "the link is shown")
         take_picture(window, folder / "finished.png")

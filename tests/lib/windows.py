@@ -3,7 +3,9 @@
 
 """Tests of the program with its window on a screen."""
 
+import contextlib
 import os
+import signal
 import socket
 import threading
 
@@ -12,6 +14,7 @@ import fake_desktop
 import http_server
 import polling
 import program_tests
+import report_text
 import virtual_screen
 
 TITLE = r"Halvik Diagnostic v\d+\.\d+\.\d+"
@@ -45,17 +48,23 @@ class WindowedTest(program_tests.ProgramTest):
 
     def setUp(self):
         super().setUp()
-        # Two servers in different networks could both take a number for free, and a lock's file would be in the way of
-        # the second one.
-        self.screen = virtual_screen.Screen(options=["-nolock"])
+        self.screen = self.start_screen()
         self.addCleanup(self.screen.close)
         self.desktop = fake_desktop.Desktop(self.folder)
         self.may_reply = threading.Semaphore(0)
 
+    def start_screen(self):
+        # Two servers in different networks could both take a number for free, and a lock's file would be in the way of
+        # the second one.
+        return virtual_screen.Screen(options=["-nolock"])
+
+    def screen_variables(self):
+        return {"DISPLAY": self.screen.name, "QT_QPA_PLATFORM": "xcb"}
+
     def environment(self, changes=None):
         self.folder.chmod(0o700)
         return super().environment({
-            "DISPLAY": self.screen.name, "QT_QPA_PLATFORM": "xcb", "XDG_RUNTIME_DIR": self.folder,
+            **self.screen_variables(), "XDG_RUNTIME_DIR": self.folder,
             # Without a bus Qt's library would start one, which nobody would end.
             "DBUS_SESSION_BUS_ADDRESS": "disabled:", "PATH": f"{self.desktop.programs}:{os.environ['PATH']}",
             "XDG_DATA_HOME": self.desktop.data,
@@ -85,6 +94,29 @@ class WindowedTest(program_tests.ProgramTest):
         """Starts the test build and waits for its window."""
         self.process = self.start_test_build(options, commands, **others)
         self.window = self.screen.wait_for_window(TITLE, self.process)
+
+    def start_commands(self, server):
+        """Opens a window and starts a run in it, whose commands run until they are asked to end."""
+        folder = self.running = self.folder / "commands-running"
+        folder.mkdir()
+        # What the shell complains of, when it is asked twice, would meet a pipe that nobody reads any more.
+        line = (f"trap 'kill $waiting 2>/dev/null; echo >{folder}/ended-$$; exit' TERM; sleep 1000 & waiting=$!; "
+                f"echo $waiting >{folder}/started-$$; wait")
+        self.addCleanup(self.end_leftovers, folder)
+        self.open_window(commands=[line] * (report_text.PLAN_LENGTH - 1), submit=server.url())
+        self.window.press("Return")
+        self.wait_for_commands("started", self.process)
+
+    def wait_for_commands(self, kind, process=None):
+        polling.wait_until(lambda: sum(path.stat().st_size > 0 for path in self.running.glob(kind + "-*"))
+                           == report_text.PLAN_LENGTH - 1, f"every command has {kind}", process)
+
+    @staticmethod
+    def end_leftovers(folder):
+        for path in folder.glob("started-*"):
+            if not (folder / path.name.replace("started", "ended")).exists():
+                with contextlib.suppress(ProcessLookupError):
+                    os.kill(int(path.read_text()), signal.SIGTERM)
 
     def wait_until_painted(self):
         return self.window.wait_for(lambda picture: picture.is_painted, "the window is painted")

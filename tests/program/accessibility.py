@@ -87,6 +87,35 @@ class Control:
             raise AssertionError(f"{self.name} cannot be pressed")
 
 
+class Events:
+    """What a screen reader is told, in order: a kind, the name of the control, and a number or text that comes with it."""
+
+    KINDS = {"object:state-changed:focused": "focused", "object:state-changed:showing": "showing",
+             "object:text-changed:insert": "inserted", "object:property-change:accessible-name": "named",
+             "object:property-change:accessible-value": "value"}
+
+    def __init__(self, test):
+        self._seen = []
+        self._listener = Atspi.EventListener.new(self._note)
+        for kind in self.KINDS:
+            self._listener.register(kind)
+            test.addCleanup(self._listener.deregister, kind)
+
+    def _note(self, event):
+        detail = event.any_data if isinstance(event.any_data, str) else event.detail1
+        self._seen.append((self.KINDS[":".join(event.type.split(":")[:3])], event.source.get_name(), detail))
+
+    def seen(self):
+        while GLib.MainContext.default().iteration(False):
+            pass
+        return self._seen
+
+    def wait_for(self, expected, process):
+        """Waits for one, and returns what has been seen until then."""
+        polling.wait_until(lambda: expected in self.seen(), f"{expected} has been seen", process)
+        return self._seen[:self._seen.index(expected) + 1]
+
+
 def children(accessible):
     accessible.clear_cache()
     found = [accessible.get_child_at_index(number) for number in range(accessible.get_child_count())]

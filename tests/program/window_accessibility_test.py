@@ -108,6 +108,31 @@ class PhaseTest(PhaseCase):
         self.assertEqual(len(self.focused()), 1, "something has the focus after a run that failed")
 
 
+class OrderTest(PhaseCase):
+    def test_what_is_told_from_the_start_button_to_the_results(self):
+        server = self.serve()
+        gate = windows.Gate(self)
+        self.open_window(commands=[":"] + [gate.line] * (report_text.PLAN_LENGTH - 1), submit=server.url())
+        self.wait_for_phase([])
+        events = accessibility.Events(self)
+        self.window.press("alt+d", "Tab", "space")
+        events.wait_for(("named", status(1), 0), self.process)
+        gate.open()
+        self.may_reply.release()
+        seen = events.wait_for(("focused", "Results", 1), self.process)
+        # Qt repeats what has the focus when it is about to go.
+        focused = dict.fromkeys(name for kind, name, detail in seen if kind == "focused" and detail)
+        self.assertEqual(list(focused), [FIELDS[-1], INPUTS[-1][0], "Results"])
+        for name in ("Results", CAPTION[0], *[name for name, _ in BUTTONS]):
+            self.assertIn(("showing", name, 1), seen)
+        names = list(dict.fromkeys(name for kind, name, _ in seen if kind == "named"))
+        self.assertEqual(names[-1], status(report_text.PLAN_LENGTH))
+        link = next(number for number, event in enumerate(seen) if event[0] == "inserted" and URL in event[2])
+        order = [seen.index(("showing", "Progress", 1)), max(at for at, event in enumerate(seen) if event[0] == "value"),
+                 seen.index(("showing", "Progress", 0)), link, seen.index(("showing", "Results", 1)), len(seen) - 1]
+        self.assertEqual(order, sorted(order))
+
+
 class ActionTest(PhaseCase):
     def test_a_run_without_keys_and_mouse(self):
         server = self.serve()

@@ -3,8 +3,6 @@
 
 """The end of a window, and of the display that it is on."""
 
-import contextlib
-import os
 import signal
 import threading
 
@@ -42,29 +40,6 @@ class EndTest(windows.WindowedTest):
         self.wait_for_commands("ended")
         self.assertEqual(server.connections, 0)
         self.assert_only_files(self.home, [])
-
-    def start_commands(self, server):
-        """Opens a window and starts a run in it, whose commands run until they are asked to end."""
-        folder = self.running = self.folder / "commands-running"
-        folder.mkdir()
-        # What the shell complains of, when it is asked twice, would meet a pipe that nobody reads any more.
-        line = (f"trap 'kill $waiting 2>/dev/null; echo >{folder}/ended-$$; exit' TERM; sleep 1000 & waiting=$!; "
-                f"echo $waiting >{folder}/started-$$; wait")
-        self.addCleanup(self.end_leftovers, folder)
-        self.open_window(commands=[line] * (report_text.PLAN_LENGTH - 1), submit=server.url())
-        self.window.press("Return")
-        self.wait_for_commands("started")
-
-    def wait_for_commands(self, kind):
-        polling.wait_until(lambda: sum(path.stat().st_size > 0 for path in self.running.glob(kind + "-*"))
-                           == report_text.PLAN_LENGTH - 1, f"every command has {kind}")
-
-    @staticmethod
-    def end_leftovers(folder):
-        for path in folder.glob("started-*"):
-            if not (folder / path.name.replace("started", "ended")).exists():
-                with contextlib.suppress(ProcessLookupError):
-                    os.kill(int(path.read_text()), signal.SIGTERM)
 
     def test_closing_while_the_report_is_uploaded(self):
         server = self.serve()
@@ -139,7 +114,7 @@ class DisplayTest(windows.WindowedTest):
                     ended = self.run_test_build(options, ["touch started"], env={**self.ANY, **env})
                     self.assertEqual(ended.status, 1)
                     self.assertEqual(ended.stdout, b"")
-                    self.assertRegex(ended.messages[-1], "(display|window).* the option -s runs without one")
+                    self.assertRegex(ended.messages[-1], "(display|window).* the option -s,? (which )?runs without one")
                     self.assert_only_files(self.work, [])
 
     def test_a_wayland_that_does_not_answer_leaves_the_other_display(self):

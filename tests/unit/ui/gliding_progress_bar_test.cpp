@@ -3,7 +3,9 @@
 
 #include "ui/gliding_progress_bar.h"
 
+#include <QProxyStyle>
 #include <QStyleOptionProgressBar>
+#include <QTest>
 #include <gtest/gtest.h>
 
 #include "support/event_loop.h"
@@ -56,6 +58,46 @@ TEST_F(GlidingProgressBarTest, IsThereAtOnceWhenItStopsGliding) {
   bar.setValue(4);
   bar.setGliding(false);
   EXPECT_EQ(bar.shown(), 1);
+}
+
+TEST_F(GlidingProgressBarTest, MovesWhileNothingFinishes) {
+  bar.setGliding(true);
+  bar.setValue(3);
+  support::turnUntil([&] { return bar.shown() == 0.75; });
+  const QImage before = bar.grab().toImage();
+  support::turnUntil([&] { return bar.grab().toImage() != before; });
+  EXPECT_EQ(bar.value(), 3);
+  EXPECT_EQ(bar.shown(), 0.75);
+}
+
+TEST_F(GlidingProgressBarTest, IsStillAfterARun) {
+  bar.setValue(3);
+  const QImage before = bar.grab().toImage();
+  bar.setGliding(true);
+  support::turnUntil([&] { return bar.grab().toImage() != before; });
+  bar.setGliding(false);
+  EXPECT_EQ(bar.grab().toImage(), before);
+}
+
+// The style of a desktop whose user has turned movement off.
+class StillStyle final : public QProxyStyle {
+ public:
+  int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
+                QStyleHintReturn* data) const override {
+    return hint == SH_Widget_Animation_Duration
+               ? 0
+               : QProxyStyle::styleHint(hint, option, widget, data);
+  }
+};
+
+TEST_F(GlidingProgressBarTest, IsStillWhereMovementIsTurnedOff) {
+  StillStyle style;
+  bar.setStyle(&style);
+  bar.setValue(3);
+  const QImage before = bar.grab().toImage();
+  bar.setGliding(true);
+  QTest::qWait(200);
+  EXPECT_EQ(bar.grab().toImage(), before);
 }
 
 }  // namespace

@@ -190,33 +190,6 @@ TEST_F(MainWindowTest, BreaksALongAddressIntoLines) {
   EXPECT_EQ(results()->verticalScrollBar()->maximum(), 0);
 }
 
-TEST_F(MainWindowTest, CutsNothingOffAtItsSmallest) {
-  for (const char* name : {"status", "progress", "results", "caption", "copy", "open"}) {
-    find(name)->show();
-  }
-  window->resize(window->minimumSizeHint());
-  QApplication::processEvents();
-  for (const QWidget* widget :
-       window->findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly)) {
-    EXPECT_TRUE(window->rect().contains(widget->geometry())) << widget->objectName().toStdString();
-    EXPECT_GE(widget->width(), widget->minimumSizeHint().width());
-    EXPECT_GE(widget->height(), widget->minimumSizeHint().height());
-    for (const QWidget* other :
-         window->findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly)) {
-      EXPECT_TRUE(widget == other || !widget->geometry().intersects(other->geometry()))
-          << widget->objectName().toStdString() << " and " << other->objectName().toStdString();
-    }
-  }
-}
-
-TEST_F(MainWindowTest, GivesTheResultsTheRoomWhenItGrows) {
-  results()->show();
-  const int before = results()->height();
-  window->resize(window->width() + 200, window->height() + 300);
-  QApplication::processEvents();
-  EXPECT_EQ(results()->height(), before + 300);
-}
-
 TEST_F(MainWindowTest, ReturnInAFieldStarts) {
   for (const char* field : {"account", "ticket", "domain"}) {
     find(field)->setFocus();
