@@ -20,7 +20,8 @@ EVERYWHERE = re.compile(r"(?!csignal$)[a-z_]+|Q(?!Network|Ssl)\w+")
 # Nothing of Qt where a run without a window comes by.
 WITH_QT = re.compile(r"platform/desktop/|ui/(gliding|main_window|widget|window)|app/window")
 READER_LIBRARIES = re.compile(r"CLI/CLI\.hpp|nlohmann/json(_fwd)?\.hpp")
-POSIX = re.compile(r"(dlfcn|fcntl|poll|pthread|pwd|spawn|unistd|sys/(resource|stat|time|types|uio|wait))\.h")
+# And that of the size of a terminal, which Linux and macOS share.
+POSIX = re.compile(r"(dlfcn|fcntl|poll|pthread|pwd|spawn|unistd|sys/(ioctl|resource|stat|time|types|uio|wait))\.h")
 # What the C library of Linux offers besides, in headers that POSIX has as well.
 ONLY_ON_LINUX = re.compile(
     r"\b(accept4|clone|close_range|dup3|mkostemp|pipe2|program_invocation\w*|splice|statx|syscall|\w+_np|F_SETPIPE_SZ"

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 Halvik
 // SPDX-License-Identifier: Apache-2.0
 
-// What a termination signal (SIGHUP, SIGINT, SIGTERM, SIGABRT) cleans up before it ends the program:
-// the commands that still run, and a file that is only half written. Main thread only.
+// What a termination signal (SIGHUP, SIGINT, SIGTERM, SIGABRT) cleans up before it ends the
+// program: the commands that still run, and a file that is only half written. Main thread only.
 
 #pragma once
 
