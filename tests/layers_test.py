@@ -20,7 +20,7 @@ EVERYWHERE = re.compile(r"(?!csignal$)[a-z_]+|Q(?!Network|Ssl)\w+")
 # Nothing of Qt where a run without a window comes by.
 WITH_QT = re.compile(r"platform/desktop/|ui/(gliding|main_window|widget|window)|app/window")
 READER_LIBRARIES = re.compile(r"CLI/CLI\.hpp|nlohmann/json(_fwd)?\.hpp")
-# And that of the size of a terminal, which Linux and macOS share.
+# Headers of POSIX, and that of a terminal's size, which Linux and macOS share.
 POSIX = re.compile(r"(dlfcn|fcntl|poll|pthread|pwd|spawn|unistd|sys/(ioctl|resource|stat|time|types|uio|wait))\.h")
 # What the C library of Linux offers besides, in headers that POSIX has as well.
 ONLY_ON_LINUX = re.compile(
