@@ -100,7 +100,7 @@ template <typename V>
 
 bool isUtf8(std::string_view bytes) {
 #ifdef __x86_64__
-  if (__builtin_cpu_supports("avx2") != 0) {
+  if (static_cast<bool>(__builtin_cpu_supports("avx2"))) {
     return checkWithAvx2(bytes);
   }
 #endif
