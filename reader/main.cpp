@@ -129,8 +129,8 @@ void addOptions(CLI::App& app, Options& options) {
   app.add_option("FILE", options.files, "Reports; without one, or for \"-\", standard input");
   app.set_version_flag("--version", HALVIK_VERSION);
   app.footer(
-      "The status is 0 if nothing is wrong, 1 if there is at least one problem, and 2 if\n"
-      "something could not be read.");
+      "The status is 0 if nothing is wrong, 1 if there is at least one problem, and 2\n"
+      "if something could not be read.");
 }
 
 /// Reads the options. Returns the usage or the version if the user asks for it.

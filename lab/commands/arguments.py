@@ -38,7 +38,7 @@ Exit status: that of the program or the command; 2 if it could not be started,
 
 Further forms of shell:
   shell --root [COMMAND...]         as root
-  shell --at PLACE [COMMAND...]     as root, in the network of a place such as home
+  shell --at PLACE [COMMAND...]     as root, in the network of a place: home
   shell --on MACHINE [COMMAND...]   on a machine of the office
 And of scenario:
   scenario --on MACHINE NAME        on a machine of the office alone
