@@ -30,8 +30,9 @@ ERRORS = {
 }
 ERRORS_OF = {name: errors.split() for errors, names in ERRORS.items() for name in names.split()}
 if builds.PLATFORM == "posix":
-    # The handler of SIGCHLD wakes the loop by it, through a pipe that has room: only a signal can come in between.
-    ERRORS_OF["write"] = ["EINTR"]
+    # libuv's handler of SIGCHLD takes a lock and wakes the loop by pipes of its own, and loses the signal when one of these
+    # calls fails. Such pipes have what it asks for: only a signal can come in between.
+    ERRORS_OF["read"] = ERRORS_OF["write"] = ["EINTR"]
 OTHER_ERRORS = ["EIO", "ENOMEM"]  # of a call that another library or system brings
 
 # What is never made to fail.

@@ -119,8 +119,8 @@ class Window(Scenario):
     options = []
     runs = 2
     is_watched_from_start = False
-    # Qt waits for ever for a thread that the system refuses, and libuv aborts without a word.
-    unprotected = ("clone3", "epoll_ctl", "epoll_pwait", "epoll_wait")
+    # Qt waits for ever for a thread that the system refuses, also by refusing its stack. libuv aborts without a word.
+    unprotected = ("clone3", "mmap", "mprotect", "epoll_ctl", "epoll_pwait", "epoll_wait")
 
     def __init__(self, server, screen, desktop, person):
         super().__init__(server)
