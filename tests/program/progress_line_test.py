@@ -18,6 +18,7 @@ from signal_runs import SignalTest
 
 ALL = report_text.PLAN_LENGTH
 ERASE = b"\r\x1b[K"
+LATER = "sleep 1; echo >>started; exec cat"  # by then a line would have been shown
 
 
 class ProgressLineTest(SignalTest):
@@ -104,11 +105,11 @@ class ProgressLineTest(SignalTest):
         for term in ("dumb", None):
             with self.subTest(term):
                 self.renew_input()
-                self.assert_nothing_is_shown(*self.start_on_terminal(["-s", "-c"], ["echo >>started; exec cat"], term=term))
+                self.assert_nothing_is_shown(*self.start_on_terminal(["-s", "-c"], [LATER], term=term))
 
     def test_standard_error_that_is_no_terminal(self):
         reader, writer = os.pipe()
-        process = self.start_run(["-s", "-c"], ["echo >>started; exec cat"], env={"TERM": "xterm"}, stderr=writer)
+        process = self.start_run(["-s", "-c"], [LATER], env={"TERM": "xterm"}, stderr=writer)
         os.close(writer)
         with os.fdopen(reader, "rb") as shown:
             self.assert_nothing_is_shown(process, shown)
