@@ -13,8 +13,7 @@ foreach(linked IN LISTS halvik_linked)
   file(CREATE_LINK "${linked}" "${halvik_headers}/${name}" SYMBOLIC)
 endforeach()
 
-foreach(library IN ITEMS
-    CLI11::CLI11 CURL::libcurl Qt6::Widgets libuv::uv nlohmann_json::nlohmann_json)
+foreach(library IN ITEMS CLI11::CLI11 CURL::libcurl Qt6::Widgets libuv::uv nlohmann_json::nlohmann_json)
   add_library(${library} INTERFACE IMPORTED GLOBAL)
   target_include_directories(${library} INTERFACE "${halvik_headers}" "${halvik_headers}/QtCore"
     "${halvik_headers}/QtGui" "${halvik_headers}/QtWidgets")

@@ -55,7 +55,7 @@ void MainController::showProgressLine(std::chrono::steady_clock::time_point star
   for (const auto& process : processes) {
     // No terminal is wider.
     if (!process->isFinished() && line.size() < 1000) {
-      line += separator + (' ' + process->briefly());
+      line += separator + (' ' + process->briefName());
       separator = ',';
     }
   }

@@ -30,7 +30,7 @@ Process::~Process() {
 void Process::start(const std::string& launchPath, const std::vector<std::string>& args,
                     const std::optional<std::string>& comment) {
   buildDisplayName(launchPath, args, comment);
-  buildShortName(launchPath, args);
+  buildBriefName(launchPath, args);
   task = std::make_unique<platform::ChildProcess>(loop, launchPath, args);
   task->observeTermination([this] { terminatedNotification(*task); });
   task->waitForData(Stream::output, [this] { stdOutNotification(); });
@@ -69,14 +69,15 @@ void Process::buildDisplayName(const std::string& launchPath, const std::vector<
   displayName = text::toUtf8(name);
 }
 
-void Process::buildShortName(const std::string& launchPath, const std::vector<std::string>& args) {
-  shortName = launchPath.substr(launchPath.rfind('/') + 1);
-  // The first one with a dot is a host, an address or a file; what begins with a sign is an option.
+void Process::buildBriefName(const std::string& launchPath, const std::vector<std::string>& args) {
+  brief = launchPath.substr(launchPath.rfind('/') + 1);
+  // The first one with a dot is a host, an address or a file; what begins with one of
+  // these signs is an option or a server.
   const auto subject = std::find_if(args.begin(), args.end(), [](const std::string& arg) {
     return arg.find('.') != std::string::npos && arg.find_first_of("-+@") != 0;
   });
   if (subject != args.end()) {
-    shortName += ' ' + *subject;
+    brief += ' ' + *subject;
   }
 }
 

@@ -47,7 +47,7 @@ class Process {
   bool isFinished() const { return finished; }
 
   /// The command in short, for people who wait for it: its name, and what it asks for or reads.
-  const std::string& briefly() const { return shortName; }
+  const std::string& briefName() const { return brief; }
 
   /// This command's block of the report as a new text. Before the end it holds no streams.
   std::string getResult() const;
@@ -66,7 +66,7 @@ class Process {
  private:
   void buildDisplayName(const std::string& launchPath, const std::vector<std::string>& args,
                         const std::optional<std::string>& comment);
-  void buildShortName(const std::string& launchPath, const std::vector<std::string>& args);
+  void buildBriefName(const std::string& launchPath, const std::vector<std::string>& args);
   void stdOutNotification();
   void stdErrNotification();
 
@@ -76,7 +76,7 @@ class Process {
   std::optional<std::string_view> stdOutStr;
   std::optional<std::string_view> stdErrStr;
   std::string displayName;
-  std::string shortName;
+  std::string brief;
   bool finished = false;
 
   platform::EventLoop& loop;

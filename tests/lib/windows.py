@@ -139,6 +139,18 @@ class WindowedTest(program_tests.ProgramTest):
         self.window.press("alt+s")
         return self.finish_good_run()
 
+    def start_upload(self, server):
+        """Starts a run and waits until the server has its report, but has not answered yet."""
+        self.open_window(commands=["echo here"], submit=server.url())
+        self.window.press("Return")
+        polling.wait_until(lambda: server.requests, "the report has been received", self.process)
+
+    def assert_run_was_ended(self, server):
+        """The commands have ended, and the report has gone nowhere."""
+        self.wait_for_commands("ended")
+        self.assertEqual(server.connections, 0)
+        self.assert_only_files(self.home, [])
+
     def close_window(self):
         """Closes the window; what is left of the program."""
         self.window.close()

@@ -37,9 +37,7 @@ class EndTest(windows.WindowedTest):
         self.start_commands(server)
         ended = self.close_window()
         self.assertEqual((ended.status, ended.stdout, ended.messages), (0, b"", []))
-        self.wait_for_commands("ended")
-        self.assertEqual(server.connections, 0)
-        self.assert_only_files(self.home, [])
+        self.assert_run_was_ended(server)
 
     def test_closing_while_the_report_is_uploaded(self):
         server = self.serve()
@@ -55,15 +53,11 @@ class EndTest(windows.WindowedTest):
         self.start_commands(server)
         self.window.break_connection()
         self.assert_ended_without_display()
-        self.wait_for_commands("ended")
-        self.assertEqual(server.connections, 0)
-        self.assert_only_files(self.home, [])
+        self.assert_run_was_ended(server)
 
     def test_a_display_that_goes_away_while_the_report_is_uploaded(self):
         server = self.serve()
-        self.open_window(commands=["echo here"], submit=server.url())
-        self.window.press("Return")
-        polling.wait_until(lambda: server.requests, "the report has been received", self.process)
+        self.start_upload(server)
         self.window.break_connection()
         self.assert_ended_without_display()
         self.assert_same_text(self.desktop_file.read_bytes(), report_text.report([("echo here", "here\n")]))

@@ -90,24 +90,18 @@ class EndTest(WaylandTest):
         self.start_commands(server)
         ended = self.close_window()
         self.assertEqual((ended.status, ended.stdout, ended.messages), (0, b"", []))
-        self.wait_for_commands("ended")
-        self.assertEqual(server.connections, 0)
-        self.assert_only_files(self.home, [])
+        self.assert_run_was_ended(server)
 
     def test_a_compositor_that_ends_in_the_middle_of_a_run(self):
         server = self.serve()
         self.start_commands(server)
         self.screen.kill()
         self.assert_ended_without_display()
-        self.wait_for_commands("ended")
-        self.assertEqual(server.connections, 0)
-        self.assert_only_files(self.home, [])
+        self.assert_run_was_ended(server)
 
     def test_a_compositor_that_ends_while_the_report_is_uploaded(self):
         server = self.serve()
-        self.open_window(commands=["echo here"], submit=server.url())
-        self.window.press("Return")
-        polling.wait_until(lambda: server.requests, "the report has been received", self.process)
+        self.start_upload(server)
         self.screen.kill()
         self.assert_ended_without_display(f"saving the report to {self.desktop_file}")
         self.assert_same_text(self.desktop_file.read_bytes(), report_text.report([("echo here", "here\n")]))

@@ -119,7 +119,7 @@ class Window(Scenario):
     options = []
     runs = 2
     is_watched_from_start = False
-    # Qt waits for ever for a thread that the system refuses, also by refusing its stack. libuv aborts without a word.
+    # Qt waits for ever for a thread that the system refuses, also by refusing its stack. libuv aborts without a message.
     unprotected = ("clone3", "mmap", "mprotect", "epoll_ctl", "epoll_pwait", "epoll_wait")
 
     def __init__(self, server, screen, desktop, person):
