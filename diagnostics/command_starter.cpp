@@ -5,6 +5,10 @@
 
 namespace diagnostics {
 
+CommandStarter& CommandStarter::named(std::string_view /*name*/) {
+  return *this;
+}
+
 void CommandStarter::startTest(const std::string& launchPath,
                                const std::vector<std::string>& args) {
   startTest(launchPath, args, std::nullopt);

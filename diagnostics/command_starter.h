@@ -7,6 +7,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace diagnostics {
@@ -15,6 +16,10 @@ namespace diagnostics {
 /// instead of running it overrides startTest.
 class CommandStarter {
  public:
+  /// The name of the test that is started next, by which readers of reports know it. The report does
+  /// not show it.
+  virtual CommandStarter& named(std::string_view name);
+
   /// Starts one command. `comment` tells the reader of the report what the arguments alone do not.
   virtual void startTest(const std::string& launchPath, const std::vector<std::string>& args,
                          const std::optional<std::string>& comment) = 0;

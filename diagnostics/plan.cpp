@@ -35,35 +35,37 @@ void startShell(CommandStarter& starter, const std::string& commandLine,
 
 void startDomainTests(CommandStarter& starter, const Endpoints& endpoints,
                       const std::string& domain) {
-  starter.startTraceroute(domain);
-  starter.startTest(dig, {"+time=10", domain});
-  starter.startTest(dig, {"+time=10", domain, at(endpoints.serviceResolverA)});
-  starter.startTest(dig, {"+time=10", domain, at(endpoints.serviceResolverB)});
-  starter.startTest(dig, {"+time=10", domain, at(endpoints.thirdPartyResolver)});
+  starter.named("path-domain").startTraceroute(domain);
+  starter.named("domain").startTest(dig, {"+time=10", domain});
+  starter.named("domain-a").startTest(dig, {"+time=10", domain, at(endpoints.serviceResolverA)});
+  starter.named("domain-b").startTest(dig, {"+time=10", domain, at(endpoints.serviceResolverB)});
+  starter.named("domain-third-party")
+      .startTest(dig, {"+time=10", domain, at(endpoints.thirdPartyResolver)});
 }
 
 void startRouteTests(CommandStarter& starter, const Endpoints& endpoints) {
-  starter.startTraceroute(endpoints.serviceResolverA);
-  starter.startTraceroute(endpoints.serviceResolverB);
-  starter.startTraceroute(endpoints.serviceApiHost);
-  starter.startTraceroute(endpoints.serviceMonitorHost);
-  starter.startTraceroute(endpoints.blockPageHost);
-  starter.startTraceroute(endpoints.categoryHitHost);
+  starter.named("path-resolver-a").startTraceroute(endpoints.serviceResolverA);
+  starter.named("path-resolver-b").startTraceroute(endpoints.serviceResolverB);
+  starter.named("path-api").startTraceroute(endpoints.serviceApiHost);
+  starter.named("path-monitor").startTraceroute(endpoints.serviceMonitorHost);
+  starter.named("path-block-page").startTraceroute(endpoints.blockPageHost);
+  starter.named("path-category-hit").startTraceroute(endpoints.categoryHitHost);
 }
 
 void startResolverTests(CommandStarter& starter, const Endpoints& endpoints) {
   const std::string resolver = at(endpoints.serviceResolverA);
   const std::string& debug = endpoints.debugQueryName;
-  starter.startTest(dig, {resolver, "+time=10", debug, "txt"});
-  starter.startTest(dig, {resolver, "-p", "443", "+time=10", debug, "txt"});
-  starter.startTest(dig, {resolver, "-p", "5353", "+time=10", debug, "txt"});
-  starter.startTest(dig, {"+time=10", debug, "txt"});
-  starter.startTest(dig, {"+time=10", endpoints.akamaiWhoamiName});
-  starter.startTest(dig, {"+time=10", endpoints.ultraDnsWhoamiName});
-  starter.startTest(dig, {resolver, "+time=10", endpoints.myIpQueryName});
-  starter.startTest(dig, {at(endpoints.akamaiNameServer), "+time=10", endpoints.akamaiWhoamiName});
-  starter.startTest(dig,
-                    {at(endpoints.ultraDnsNameServer), "+time=10", endpoints.ultraDnsWhoamiName});
+  starter.named("debug-53").startTest(dig, {resolver, "+time=10", debug, "txt"});
+  starter.named("debug-443").startTest(dig, {resolver, "-p", "443", "+time=10", debug, "txt"});
+  starter.named("debug-5353").startTest(dig, {resolver, "-p", "5353", "+time=10", debug, "txt"});
+  starter.named("debug").startTest(dig, {"+time=10", debug, "txt"});
+  starter.named("akamai-whoami").startTest(dig, {"+time=10", endpoints.akamaiWhoamiName});
+  starter.named("ultradns-whoami").startTest(dig, {"+time=10", endpoints.ultraDnsWhoamiName});
+  starter.named("myip-a").startTest(dig, {resolver, "+time=10", endpoints.myIpQueryName});
+  starter.named("akamai-direct")
+      .startTest(dig, {at(endpoints.akamaiNameServer), "+time=10", endpoints.akamaiWhoamiName});
+  starter.named("ultradns-direct")
+      .startTest(dig, {at(endpoints.ultraDnsNameServer), "+time=10", endpoints.ultraDnsWhoamiName});
 }
 
 void startServerNameTest(CommandStarter& starter, const std::string& server) {
@@ -72,7 +74,8 @@ void startServerNameTest(CommandStarter& starter, const std::string& server) {
 }
 
 void startPings(CommandStarter& starter, const Endpoints& endpoints) {
-  starter.startPing(endpoints.serviceWebsiteHost, inParentheses(endpoints.serviceWebsiteHost));
+  starter.named("ping-website")
+      .startPing(endpoints.serviceWebsiteHost, inParentheses(endpoints.serviceWebsiteHost));
   starter.startPing(endpoints.paloAltoRouter, "(palo alto router)");
   starter.startPing(endpoints.seattleRouter, "(seattle router)");
   starter.startPing(endpoints.losAngelesRouter, "(los angeles router)");
@@ -100,11 +103,13 @@ void startPings(CommandStarter& starter, const Endpoints& endpoints) {
 void startWebTests(CommandStarter& starter, const Endpoints& endpoints) {
   // Without a scheme, so that curl asks over plain HTTP, which is what a block page or a captive
   // portal answers.
-  starter.startTest(curl, {"-Ls", endpoints.blockIdHost + "/monitor.php"});
-  starter.startTest(curl, {"-Ls", "-c", "/dev/null", endpoints.serviceMonitorHost + "/monitor/"});
-  starter.startTest(curl, {"-LIs", "-c", "/dev/null", endpoints.blockIdHost + "/"});
-  starter.startTest(curl, {"-s", endpoints.blockPageHost + "/monitor.php"});
-  starter.startTest(curl, {"-s", endpoints.serviceHttpAddress});
+  starter.named("web-block-id").startTest(curl, {"-Ls", endpoints.blockIdHost + "/monitor.php"});
+  starter.named("web-monitor")
+      .startTest(curl, {"-Ls", "-c", "/dev/null", endpoints.serviceMonitorHost + "/monitor/"});
+  starter.named("web-block-id-head")
+      .startTest(curl, {"-LIs", "-c", "/dev/null", endpoints.blockIdHost + "/"});
+  starter.named("web-block-page").startTest(curl, {"-s", endpoints.blockPageHost + "/monitor.php"});
+  starter.named("web-by-number").startTest(curl, {"-s", endpoints.serviceHttpAddress});
 }
 
 }  // namespace
@@ -120,25 +125,25 @@ TestDomain makeTestDomain(const std::optional<std::string>& option,
 
 void startGeneralTests(CommandStarter& starter, const Endpoints& endpoints,
                        const TestDomain& domain) {
-  starter.startTest(dig, {"+time=10", endpoints.myIpQueryName});
+  starter.named("myip").startTest(dig, {"+time=10", endpoints.myIpQueryName});
   if (domain && hasDot(*domain)) {
     startDomainTests(starter, endpoints, *domain);
   }
   startRouteTests(starter, endpoints);
   // Asked for whether the Skivra is installed or not: the complaint about a missing file tells as
   // much.
-  starter.startTest(cat, {inSkivraFolder("skv_state.plist")});
+  starter.named("skivra-state").startTest(cat, {inSkivraFolder("skv_state.plist")});
   startResolverTests(starter, endpoints);
-  startServerNameTest(starter, endpoints.thirdPartyResolver);
-  startServerNameTest(starter, endpoints.rootServerAddress);
-  startServerNameTest(starter, endpoints.anycastServerAddress);
+  startServerNameTest(starter.named("server-name-third-party"), endpoints.thirdPartyResolver);
+  startServerNameTest(starter.named("server-name-root"), endpoints.rootServerAddress);
+  startServerNameTest(starter.named("server-name-anycast"), endpoints.anycastServerAddress);
   startPings(starter, endpoints);
-  starter.startTest("/bin/ps", {"wwaux"});
-  starter.startTest("/sbin/ifconfig", {"-a"});
-  starter.startTest("/usr/sbin/scutil", {"--dns"});
-  starter.startTest("/usr/sbin/netstat", {"-rn"});
+  starter.named("processes").startTest("/bin/ps", {"wwaux"});
+  starter.named("interfaces").startTest("/sbin/ifconfig", {"-a"});
+  starter.named("name-servers").startTest("/usr/sbin/scutil", {"--dns"});
+  starter.named("routes").startTest("/usr/sbin/netstat", {"-rn"});
   startWebTests(starter, endpoints);
-  starter.startTest("/usr/sbin/system_profiler", {"SPSoftwareDataType"});
+  starter.named("system").startTest("/usr/sbin/system_profiler", {"SPSoftwareDataType"});
 }
 
 void startSkivraTests(CommandStarter& starter, const Endpoints& endpoints,
@@ -146,33 +151,41 @@ void startSkivraTests(CommandStarter& starter, const Endpoints& endpoints,
   if (!domain) {
     // Nobody could name a domain: the query keeps its place in the report but has no arguments, not
     // even the server.
-    starter.startTest(dig, {});
+    starter.named("skivra-domain").startTest(dig, {});
   } else if (hasDot(*domain)) {
-    starter.startTest(dig, {*domain, "@127.0.0.1"});
+    starter.named("skivra-domain").startTest(dig, {*domain, "@127.0.0.1"});
   }
-  starter.startTest(dig, {"@127.0.0.1", endpoints.debugQueryName + '.', "txt"});
-  starter.startTest("/bin/ls", {skivraFolder});
-  starter.startTest(cat, {inSkivraFolder("resolv_orig.conf")});
-  startShell(starter, std::string("/bin/ls '") + skivraFolder + '\'');
-  startShell(starter, "/bin/cat '" + inSkivraFolder("localdomains") + '\'');
+  starter.named("skivra-debug")
+      .startTest(dig, {"@127.0.0.1", endpoints.debugQueryName + '.', "txt"});
+  starter.named("skivra-folder").startTest("/bin/ls", {skivraFolder});
+  starter.named("skivra-resolv-orig").startTest(cat, {inSkivraFolder("resolv_orig.conf")});
+  startShell(starter.named("skivra-folder-again"), std::string("/bin/ls '") + skivraFolder + '\'');
+  startShell(starter.named("skivra-local-domains"),
+             "/bin/cat '" + inSkivraFolder("localdomains") + '\'');
 }
 
 void startSystemLogAndBlockingTests(CommandStarter& starter, const Endpoints& endpoints,
                                     std::int32_t tailSize) {
-  startShell(starter, "/usr/bin/tail -n " + std::to_string(tailSize) +
-                          " /var/log/system.log | /usr/bin/egrep -i "
-                          "\"kernel|launchd|vpn|dns|configd|racoon|brontel\"");
+  startShell(starter.named("system-log"), "/usr/bin/tail -n " + std::to_string(tailSize) +
+                                              " /var/log/system.log | /usr/bin/egrep -i "
+                                              "\"kernel|launchd|vpn|dns|configd|racoon|brontel\"");
   const std::string& blocked = endpoints.blockedIpAddress;
-  startShell(starter, "/sbin/ping -c 1 -t 1 " + blocked, "(Blocked IP)");
-  startShell(starter, "/sbin/route -n get " + blocked, "(Blocked IP)");
+  startShell(starter.named("blocked-ping"), "/sbin/ping -c 1 -t 1 " + blocked, "(Blocked IP)");
+  startShell(starter.named("blocked-route"), "/sbin/route -n get " + blocked, "(Blocked IP)");
   const std::string getPage = "/usr/bin/curl -v -m 2 ";
-  startShell(starter, getPage + blocked + "/some/page", "(Page from Blocked IP)");
+  startShell(starter.named("web-blocked-ip"), getPage + blocked + "/some/page",
+             "(Page from Blocked IP)");
   const std::string& grey = endpoints.greyIpAddress;
-  startShell(starter, "/sbin/route -n get " + grey, inParentheses(endpoints.blockIpTestName));
-  startShell(starter, getPage + grey + "/favicon.ico", "(Allowed page from grey IP)");
-  startShell(starter, getPage + grey + ":8081/favicon.ico", "(Allowed page from grey IP)");
-  startShell(starter, getPage + grey + "/malware.htm", "(Blocked page from grey IP)");
-  startShell(starter, getPage + grey + ":8081/malware.htm", "(Blocked page from grey IP)");
+  startShell(starter.named("grey-route"), "/sbin/route -n get " + grey,
+             inParentheses(endpoints.blockIpTestName));
+  startShell(starter.named("web-grey-allowed"), getPage + grey + "/favicon.ico",
+             "(Allowed page from grey IP)");
+  startShell(starter.named("web-grey-allowed-8081"), getPage + grey + ":8081/favicon.ico",
+             "(Allowed page from grey IP)");
+  startShell(starter.named("web-grey-blocked"), getPage + grey + "/malware.htm",
+             "(Blocked page from grey IP)");
+  startShell(starter.named("web-grey-blocked-8081"), getPage + grey + ":8081/malware.htm",
+             "(Blocked page from grey IP)");
 }
 
 }  // namespace diagnostics

@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <array>
 #include <optional>
-#include <stdexcept>
 #include <utility>
 
 #include "diagnostics/beacon_logs.h"
@@ -24,6 +23,7 @@ using Part = PlannedBlock::Part;
 constexpr std::string_view placeholder = "domain.halvik-report";
 
 struct Command {
+  std::string key;
   std::string name;
   std::string launchPath;
   std::string comment;
@@ -32,9 +32,16 @@ struct Command {
 class Recorder final : public diagnostics::CommandStarter {
  public:
   using CommandStarter::startTest;
+  CommandStarter& named(std::string_view name) override {
+    nextKey = name;
+    return *this;
+  }
   void startTest(const std::string& launchPath, const std::vector<std::string>& args,
                  const std::optional<std::string>& comment) override {
-    Command command{.name = launchPath, .launchPath = launchPath, .comment = comment.value_or("")};
+    Command command{.key = std::exchange(nextKey, ""),
+                    .name = launchPath,
+                    .launchPath = launchPath,
+                    .comment = comment.value_or("")};
     for (const std::string& arg : args) {
       command.name += ' ' + arg;
     }
@@ -45,93 +52,10 @@ class Recorder final : public diagnostics::CommandStarter {
   }
 
   std::vector<Command> commands;
-};
 
-// In the order of the plan. A place that is empty is named after its comment.
-constexpr std::array generalKeys{
-    "myip",
-    "path-domain",
-    "domain",
-    "domain-a",
-    "domain-b",
-    "domain-third-party",
-    "path-resolver-a",
-    "path-resolver-b",
-    "path-api",
-    "path-monitor",
-    "path-block-page",
-    "path-category-hit",
-    "skivra-state",
-    "debug-53",
-    "debug-443",
-    "debug-5353",
-    "debug",
-    "akamai-whoami",
-    "ultradns-whoami",
-    "myip-a",
-    "akamai-direct",
-    "ultradns-direct",
-    "server-name-third-party",
-    "server-name-root",
-    "server-name-anycast",
-    "ping-website",
-    "",
-    "",
-    "",
-    "",
-    "",
-    "",
-    "",
-    "",
-    "",
-    "",
-    "",
-    "",
-    "",
-    "",
-    "",
-    "",
-    "",
-    "",
-    "",
-    "",
-    "",
-    "processes",
-    "interfaces",
-    "name-servers",
-    "routes",
-    "web-block-id",
-    "web-monitor",
-    "web-block-id-head",
-    "web-block-page",
-    "web-by-number",
-    "system",
+ private:
+  std::string nextKey;
 };
-constexpr std::array skivraKeys{
-    "skivra-domain",      "skivra-debug",        "skivra-folder",
-    "skivra-resolv-orig", "skivra-folder-again", "skivra-local-domains",
-};
-constexpr std::array lastKeys{
-    "system-log",
-    "blocked-ping",
-    "blocked-route",
-    "web-blocked-ip",
-    "grey-route",
-    "web-grey-allowed",
-    "web-grey-allowed-8081",
-    "web-grey-blocked",
-    "web-grey-blocked-8081",
-};
-
-// "(palo alto router)" is "ping-palo-alto".
-std::string keyOfPing(std::string_view comment) {
-  std::string key = "ping-";
-  key += between(comment, "(", " router)").value_or("unknown");
-  for (char& c : key) {
-    c = c == ' ' ? '-' : c;
-  }
-  return key;
-}
 
 std::string kindOf(const Command& command) {
   constexpr std::array<std::pair<std::string_view, std::string_view>, 6> shellTools{{
@@ -153,8 +77,23 @@ std::string kindOf(const Command& command) {
   return tool;
 }
 
-PlannedBlock plannedBlock(const Command& command, std::string_view key, Part part) {
-  PlannedBlock block{.key = key.empty() ? keyOfPing(command.comment) : std::string(key),
+// What the plan gives no name is called after its tool and its router: that with the comment "(palo
+// alto router)" is "ping-palo-alto".
+std::string keyOf(const Command& command) {
+  if (!command.key.empty()) {
+    return command.key;
+  }
+  std::string key = kindOf(command);
+  if (const auto city = between(command.comment, "(", " router)")) {
+    key += '-';
+    key += *city;
+  }
+  std::replace(key.begin(), key.end(), ' ', '-');
+  return key;
+}
+
+PlannedBlock plannedBlock(const Command& command, Part part) {
+  PlannedBlock block{.key = keyOf(command),
                      .kind = kindOf(command),
                      .prefix = command.name,
                      .suffix = {},
@@ -171,14 +110,9 @@ PlannedBlock plannedBlock(const Command& command, std::string_view key, Part par
   return block;
 }
 
-template <std::size_t count>
-void addCommands(std::vector<PlannedBlock>& blocks, const Recorder& recorder,
-                 const std::array<const char*, count>& keys, Part part) {
-  if (recorder.commands.size() != count) {
-    throw std::logic_error("the plan has commands that the reader has no keys for");
-  }
-  for (std::size_t i = 0; i < count; ++i) {
-    blocks.push_back(plannedBlock(recorder.commands[i], keys[i], part));
+void addCommands(std::vector<PlannedBlock>& blocks, const Recorder& recorder, Part part) {
+  for (const Command& command : recorder.commands) {
+    blocks.push_back(plannedBlock(command, part));
   }
 }
 
@@ -203,21 +137,21 @@ Plan::Plan(const diagnostics::Endpoints& endpoints) {
   const std::string domain(placeholder);
   Recorder general;
   diagnostics::startGeneralTests(general, endpoints, domain);
-  addCommands(planned, general, generalKeys, Part::always);
+  addCommands(planned, general, Part::always);
   // Without any domain, the first query of this part has no arguments.
   Recorder bareSkivra;
   diagnostics::startSkivraTests(bareSkivra, endpoints, std::nullopt);
-  planned.push_back(plannedBlock(bareSkivra.commands.at(0), "skivra-domain", Part::skivraPerhaps));
+  planned.push_back(plannedBlock(bareSkivra.commands.at(0), Part::skivraPerhaps));
   Recorder skivra;
   diagnostics::startSkivraTests(skivra, endpoints, domain);
   const std::size_t firstOfSkivra = planned.size();
-  addCommands(planned, skivra, skivraKeys, Part::skivra);
+  addCommands(planned, skivra, Part::skivra);
   planned[firstOfSkivra].part = Part::skivraPerhaps;
   addLogs(planned);
   Recorder last;
   constexpr int linesOfSystemLog = 15000;
   diagnostics::startSystemLogAndBlockingTests(last, endpoints, linesOfSystemLog);
-  addCommands(planned, last, lastKeys, Part::skivra);
+  addCommands(planned, last, Part::skivra);
 
   for (std::size_t place = 0; place < planned.size(); ++place) {
     if (planned[place].hasWord) {
