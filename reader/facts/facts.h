@@ -91,7 +91,7 @@ struct PublicAddress {
 struct NameServer {
   std::string_view address{};
   std::optional<int> resolver{};
-  std::string_view interface {};
+  std::string_view interface{};
   std::string_view domain{};
   Source source{};
 };
@@ -192,7 +192,7 @@ struct Route {
   std::string_view destination{};
   /// Empty if the destination is on the link itself.
   std::string_view gateway{};
-  std::string_view interface {};
+  std::string_view interface{};
   std::string_view flags{};
   /// It leads everywhere, or to a half of it, whatever is sent.
   bool isDefault = false;

@@ -41,7 +41,7 @@ std::optional<Interface> firstLine(const BlockToRead& block, const Line& line) {
     return std::nullopt;
   }
   const std::string_view flags = between(line.text, "<", ">").value_or("");
-  Interface interface { .name = line.text.substr(0, colon), .source = block.at(line) };
+  Interface interface{.name = line.text.substr(0, colon), .source = block.at(line)};
   interface.kind = kindOf(interface.name, flags);
   interface.isUp = flags == "UP" || flags.starts_with("UP,") || contains(flags, ",UP,") ||
                    flags.ends_with(",UP");

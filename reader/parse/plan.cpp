@@ -88,7 +88,7 @@ std::string keyOf(const Command& command) {
     key += '-';
     key += *city;
   }
-  std::replace(key.begin(), key.end(), ' ', '-');
+  std::ranges::replace(key, ' ', '-');
   return key;
 }
 
@@ -171,7 +171,7 @@ std::vector<std::size_t> Plan::placesOf(std::string_view name) const {
   }
   if (const auto exact = places.find(name); exact != places.end()) {
     found.insert(found.end(), exact->second.begin(), exact->second.end());
-    std::sort(found.begin(), found.end());
+    std::ranges::sort(found);
   }
   return found;
 }

@@ -216,13 +216,13 @@ TEST_F(EventLoopTest, GoesOnWaitingAfterASignal) {
   static int writeEnd;
   signals = 0;
   writeEnd = watcher.ends[1];
-  struct sigaction action {};
+  struct sigaction action{};
   action.sa_handler = [](int) {
     if (++signals == 20) {
       [[maybe_unused]] const ssize_t written = write(writeEnd, "x", 1);
     }
   };
-  struct sigaction before {};
+  struct sigaction before{};
   sigaction(SIGALRM, &action, &before);
   const itimerval often{.it_interval = {.tv_sec = 0, .tv_usec = 1000},
                         .it_value = {.tv_sec = 0, .tv_usec = 1000}};

@@ -169,8 +169,8 @@ TEST(ChildProcess, HasDefaultSignals) {
 
 TEST(ChildProcess, IgnoresWhatItsTerminalSendsWhereTheProgramDoes) {
   for (const int signal : {SIGHUP, SIGINT, SIGQUIT}) {
-    struct sigaction before {};
-    struct sigaction ignored {};
+    struct sigaction before{};
+    struct sigaction ignored{};
     ignored.sa_handler = SIG_IGN;
     sigaction(signal, &ignored, &before);
     Shell shell("kill -" + std::to_string(signal) + " $$; echo on");

@@ -54,7 +54,7 @@ TEST(ProcessSetup, RaisesTheLimitOnDescriptors) {
 }
 
 TEST(ProcessSetup, TurnsClosedPipesAndFullQuotasIntoErrors) {
-  struct sigaction action {};
+  struct sigaction action{};
   for (const int signal : {SIGPIPE, SIGXFSZ}) {
     sigaction(signal, nullptr, &action);
     EXPECT_EQ(action.sa_handler, SIG_IGN);

@@ -136,8 +136,8 @@ TEST(SpawnDeathTest, KeepsNoStreamOpenThatItCannotTakeBack) {
     }
   }
   for (const int other : others) {
-    struct stat root {};
-    struct stat facts {};
+    struct stat root{};
+    struct stat facts{};
     if (stat("/", &root) != 0 || fstat(other, &facts) != 0 || facts.st_ino != root.st_ino ||
         facts.st_dev != root.st_dev) {
       std::_Exit(1);

@@ -204,7 +204,9 @@ TEST(EndingSignals, RemoveAFileThatIsHalfWritten) {
   const std::string half = folder.write("half", "text");
   const std::string whole = folder.write("whole", "text");
   const int status = statusAfter([&] {
-    { const FileCleanup written(whole.c_str()); }
+    {
+      const FileCleanup written(whole.c_str());
+    }
     const FileCleanup file(half.c_str());
     raise(SIGINT);
   });
@@ -217,7 +219,9 @@ TEST(EndingSignals, KeepAFileThatIsWholeByNow) {
   const support::TemporaryFolder folder;
   const std::string whole = folder.write("whole", "text");
   const int status = statusAfter([&] {
-    { const FileCleanup written(whole.c_str()); }
+    {
+      const FileCleanup written(whole.c_str());
+    }
     raise(SIGINT);
   });
   EXPECT_EQ(signalOf(status), SIGINT);
@@ -277,8 +281,8 @@ TEST(EndingSignals, WaitForTheMainThreadWhicheverThreadTheyCameTo) {
 
 TEST(EndingSignals, OnlyThoseOfATerminalStayIgnored) {
   for (const int signal : {SIGTERM, SIGUSR1, SIGPIPE}) {
-    struct sigaction before {};
-    struct sigaction ignored {};
+    struct sigaction before{};
+    struct sigaction ignored{};
     ignored.sa_handler = SIG_IGN;
     sigaction(signal, &ignored, &before);
     EXPECT_FALSE(staysIgnored(signal));

@@ -30,7 +30,7 @@ struct Read {
 };
 
 template <typename Value>
-std::vector<Value> columnOf(const auto& rows, Value std::decay_t<decltype(rows[0])>::*field) {
+std::vector<Value> columnOf(const auto& rows, Value std::decay_t<decltype(rows[0])>::* field) {
   std::vector<Value> column;
   for (const auto& row : rows) {
     column.push_back(row.*field);
