@@ -6,7 +6,8 @@ usage: scripts/clean_room [--release NAME]... [run|test|check|package|upgrade]..
 
 A release is bookworm, trixie or a later one; bookworm unless named. The steps, all by default:
 
-run      scripts/run -h from a clean clone, as root and as a user with sudo, each in a tree of its own
+run      scripts/run -h from a clean clone, as root and as a user with sudo, each in a tree of its own; then a run in a
+         network without interfaces
 test     scripts/test in the same trees
 check    scripts/check in the same trees
 package  scripts/package in a tree of bookworm, whatever the release; then the package of each is installed in a tree of

@@ -21,6 +21,11 @@ def try_sources(summary, steps, bare, folder):
                 tree.run([f"{clone}/scripts/run", "-h"], f"run-{user}", user=user)
                 if "--noskv, " not in (tree.logs / f"run-{user}.log").read_text():
                     raise Failure("no usage was printed")
+            with summary.step(f"as {user}: a run with no way out") as facts:
+                tree.run([f"{clone}/build/release/halvik-diagnostic", "-s", "-o=report"], f"run-{user}", user=user,
+                         network=False)
+                count = tree.run(["grep", "-c", "^-*Results for: ", "report"], f"run-{user}", user=user)
+                facts.append(f"{count} commands")
         for name in ("test", "check"):
             if name in steps:
                 with summary.step(f"as {user}: scripts/{name}") as facts:

@@ -55,10 +55,11 @@ class Tree:
         self.path, self.release = path, release
         self.logs = LOGS / release
 
-    def command(self, words, user="root", variables=None):
+    def command(self, words, user="root", variables=None, network=True):
         """The command that runs another one in the tree."""
         assignments = [f"{name}={value}" for name, value in (variables or {}).items()]
-        return ["unshare", "--mount", "--pid", "--fork", "--kill-child", "--ipc", "--uts", "--",
+        return ["unshare", "--mount", "--pid", "--fork", "--kill-child", "--ipc", "--uts",
+                *([] if network else ["--net"]), "--",
                 "sh", "-c", ENTER, "sh", str(self.path), user, *assignments, *words]
 
     def run(self, words, log, **others):
