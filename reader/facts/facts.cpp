@@ -134,6 +134,14 @@ bool isLinkLocalAddress(std::string_view address) {
          lowered(address.substr(0, 4)) == "fe80";
 }
 
+std::optional<bool> Facts::usesSkivra() const {
+  if (nameServers.empty()) {
+    return std::nullopt;
+  }
+  return std::any_of(nameServers.begin(), nameServers.end(),
+                     [](const NameServer& server) { return isLoopbackAddress(server.address); });
+}
+
 bool isPrivateAddress(std::string_view address) {
   if (const auto parts = ipv4(address)) {
     const auto [a, b, c, d] = *parts;

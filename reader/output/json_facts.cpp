@@ -5,10 +5,22 @@
 
 #include <nlohmann/json.hpp>
 
-#include <algorithm>
 #include <cmath>
 
 namespace reader {
+
+NLOHMANN_JSON_SERIALIZE_ENUM(WebCheck::Kind, {{WebCheck::Kind::unknown, "unknown"},
+                                              {WebCheck::Kind::nothing, "none"},
+                                              {WebCheck::Kind::expected, "expected"},
+                                              {WebCheck::Kind::blockPage, "block page"},
+                                              {WebCheck::Kind::otherPage, "other page"}})
+NLOHMANN_JSON_SERIALIZE_ENUM(Interface::Kind, {{Interface::Kind::other, "other"},
+                                               {Interface::Kind::loopback, "loopback"},
+                                               {Interface::Kind::ethernet, "ethernet"},
+                                               {Interface::Kind::tunnel, "tunnel"}})
+NLOHMANN_JSON_SERIALIZE_ENUM(Skivra::File, {{Skivra::File::unknown, "unknown"},
+                                            {Skivra::File::present, "present"},
+                                            {Skivra::File::missing, "missing"}})
 
 namespace {
 
@@ -31,17 +43,9 @@ Json rounded(std::optional<double> number) {
   return number ? Json(std::round(*number * thousand) / thousand) : Json(nullptr);
 }
 
-Json texts(const std::vector<std::string_view>& values) {
-  Json list = Json::array();
-  for (const std::string_view each : values) {
-    list.push_back(std::string(each.substr(0, textMax)));
-  }
-  return list;
-}
-
-Json withSource(Json fact, const Source& source) {
-  fact["block"] = source.block;
-  fact["line"] = source.line;
+Json withSource(Json fact, const std::optional<Source>& source) {
+  fact["block"] = source ? Json(source->block) : Json(nullptr);
+  fact["line"] = source ? Json(source->line) : Json(nullptr);
   return fact;
 }
 
@@ -52,6 +56,10 @@ Json listOf(const std::vector<Fact>& facts, Convert convert) {
     list.push_back(convert(fact));
   }
   return list;
+}
+
+Json texts(const std::vector<std::string_view>& values) {
+  return listOf(values, [](std::string_view each) { return Json(each.substr(0, textMax)); });
 }
 
 Json resolverObject(const Resolver& resolver) {
@@ -69,19 +77,18 @@ Json resolverObject(const Resolver& resolver) {
 }
 
 Json publicAddressObject(const PublicAddress& address) {
-  return withSource({{"address", std::string(address.address)},
-                     {"by", std::string(address.by)},
-                     {"server", text(address.server)}},
-                    address.source);
+  return withSource(
+      {{"address", address.address}, {"by", address.by}, {"server", text(address.server)}},
+      address.source);
 }
 
 Json resolverAddressObject(const PublicAddress& address) {
-  return withSource({{"address", std::string(address.address)}, {"by", std::string(address.by)}},
+  return withSource({{"address", address.address}, {"by", std::string(address.by)}},
                     address.source);
 }
 
 Json nameServerObject(const NameServer& server) {
-  return withSource({{"address", std::string(server.address)},
+  return withSource({{"address", server.address},
                      {"resolver", value(server.resolver)},
                      {"interface", text(server.interface)},
                      {"domain", text(server.domain)}},
@@ -90,13 +97,13 @@ Json nameServerObject(const NameServer& server) {
 
 Json queryObject(const Query& query) {
   const auto answer = [](const Answer& each) {
-    return Json{{"name", std::string(each.name)},
-                {"type", std::string(each.type)},
+    return Json{{"name", each.name},
+                {"type", each.type},
                 {"data", std::string(each.data.substr(0, textMax))},
                 {"line", each.source.line}};
   };
   return withSource({{"key", query.key},
-                     {"name", std::string(query.name)},
+                     {"name", query.name},
                      {"type", query.type},
                      {"server", text(query.server)},
                      {"port", query.port},
@@ -109,16 +116,15 @@ Json queryObject(const Query& query) {
 }
 
 Json serverNameObject(const ServerName& name) {
-  return withSource({{"server", std::string(name.server)},
-                     {"name", text(name.name)},
-                     {"error", text(name.error)}},
-                    name.source);
+  return withSource(
+      {{"server", name.server}, {"name", text(name.name)}, {"error", text(name.error)}},
+      name.source);
 }
 
 Json pingObject(const Ping& ping) {
   return withSource({{"kind", ping.isCity ? "city" : "website"},
                      {"name", ping.name},
-                     {"host", std::string(ping.host)},
+                     {"host", ping.host},
                      {"address", text(ping.address)},
                      {"sent", value(ping.sent)},
                      {"received", value(ping.received)},
@@ -141,7 +147,7 @@ Json pathObject(const Path& path) {
   const auto step = path.slowestStep();
   const Hop* end = path.end();
   return withSource(
-      {{"host", std::string(path.host)},
+      {{"host", path.host},
        {"address", text(path.address)},
        {"reached", path.address.empty() ? Json(nullptr) : Json(path.isReached())},
        {"hops", listOf(path.hops, hopObject)},
@@ -152,51 +158,21 @@ Json pathObject(const Path& path) {
       path.source);
 }
 
-std::string_view nameOf(WebCheck::Kind kind) {
-  switch (kind) {
-    case WebCheck::Kind::nothing:
-      return "none";
-    case WebCheck::Kind::expected:
-      return "expected";
-    case WebCheck::Kind::blockPage:
-      return "block page";
-    case WebCheck::Kind::otherPage:
-      return "other page";
-    case WebCheck::Kind::unknown:
-      break;
-  }
-  return "unknown";
-}
-
 Json webCheckObject(const WebCheck& check) {
   return withSource({{"key", check.key},
-                     {"url", std::string(check.url)},
+                     {"url", check.url},
                      {"status", value(check.status)},
                      {"redirects", texts(check.redirects)},
                      {"title", text(check.title)},
                      {"text", text(check.text)},
-                     {"answer", nameOf(check.kind)},
+                     {"answer", check.kind},
                      {"error", text(check.error)}},
                     check.source);
 }
 
-std::string_view nameOf(Interface::Kind kind) {
-  switch (kind) {
-    case Interface::Kind::loopback:
-      return "loopback";
-    case Interface::Kind::ethernet:
-      return "ethernet";
-    case Interface::Kind::tunnel:
-      return "tunnel";
-    case Interface::Kind::other:
-      break;
-  }
-  return "other";
-}
-
 Json interfaceObject(const Interface& interface) {
-  return withSource({{"name", std::string(interface.name)},
-                     {"kind", nameOf(interface.kind)},
+  return withSource({{"name", interface.name},
+                     {"kind", interface.kind},
                      {"up", interface.isUp},
                      {"mtu", value(interface.mtu)},
                      {"addresses", texts(interface.addresses)}},
@@ -204,73 +180,43 @@ Json interfaceObject(const Interface& interface) {
 }
 
 Json routeObject(const Route& route) {
-  return withSource({{"destination", std::string(route.destination)},
+  return withSource({{"destination", route.destination},
                      {"gateway", text(route.gateway)},
                      {"interface", text(route.interface)},
-                     {"flags", std::string(route.flags)},
+                     {"flags", route.flags},
                      {"default", route.isDefault},
                      {"family", route.isIpv6 ? "ipv6" : "ipv4"}},
                     route.source);
 }
 
-Json withOptionalSource(Json fact, const std::optional<Source>& source) {
-  fact["block"] = source ? Json(source->block) : Json(nullptr);
-  fact["line"] = source ? Json(source->line) : Json(nullptr);
-  return fact;
-}
-
 Json systemObject(const System& system) {
-  return withOptionalSource({{"version", text(system.version)},
-                             {"kernel", text(system.kernel)},
-                             {"computer", text(system.computer)},
-                             {"user", text(system.user)},
-                             {"timeSinceBoot", text(system.timeSinceBoot)},
-                             {"clock", text(system.clock)},
-                             {"serverClock", text(system.serverClock)}},
-                            system.source);
+  return withSource({{"version", text(system.version)},
+                     {"kernel", text(system.kernel)},
+                     {"computer", text(system.computer)},
+                     {"user", text(system.user)},
+                     {"timeSinceBoot", text(system.timeSinceBoot)},
+                     {"clock", text(system.clock)},
+                     {"serverClock", text(system.serverClock)}},
+                    system.source);
 }
 
 Json logsObject(const SkivraLogs& logs) {
-  return {{"folder", std::string(logs.folder)},
-          {"number", logs.count},
-          {"bytes", logs.bytes},
-          {"oldest", text(logs.oldest)},
-          {"newest", text(logs.newest)},
-          {"firstBlock", logs.firstBlock},
+  return {{"folder", logs.folder},       {"number", logs.count},
+          {"bytes", logs.bytes},         {"oldest", text(logs.oldest)},
+          {"newest", text(logs.newest)}, {"firstBlock", logs.firstBlock},
           {"lastBlock", logs.lastBlock}};
-}
-
-std::string_view nameOf(Skivra::File file) {
-  switch (file) {
-    case Skivra::File::present:
-      return "present";
-    case Skivra::File::missing:
-      return "missing";
-    case Skivra::File::unknown:
-      break;
-  }
-  return "unknown";
-}
-
-Json isSkivraInUse(const Facts& facts) {
-  if (facts.nameServers.empty()) {
-    return nullptr;
-  }
-  return std::ranges::any_of(facts.nameServers, [](const NameServer& server) {
-    return isLoopbackAddress(server.address);
-  });
 }
 
 Json skivraObject(const Facts& facts) {
   const Skivra& skivra = facts.skivra;
   const Query* query = facts.query("skivra-debug");
-  return withOptionalSource(
+  return withSource(
       {{"installed", value(skivra.isInstalled)},
-       {"stateFile", nameOf(skivra.stateFile)},
+       {"stateFile", skivra.stateFile},
        {"state", text(skivra.state)},
        {"organization", text(skivra.organization)},
        {"resolverAnswers", query == nullptr ? Json(nullptr) : Json(query->isAnswered())},
-       {"inUse", isSkivraInUse(facts)},
+       {"inUse", value(facts.usesSkivra())},
        {"originalNameServers", texts(skivra.originalNameServers)},
        {"localDomains", texts(skivra.localDomains)},
        {"logs", listOf(skivra.logs, logsObject)}},
