@@ -32,10 +32,8 @@ void MainController::startTests() {
     tailBeaconLogs();
     diagnostics::startSystemLogAndBlockingTests(*this, endpoints, tailSize);
   }
-  progressIndicator.send(&ui::ProgressBar::setMinValue, 0.0);
-  progressIndicator.send(&ui::ProgressBar::setMaxValue, static_cast<double>(processes.size()));
-  progressIndicator.send(&ui::ProgressBar::setDoubleValue, 0.0);
-  progressIndicator.send(&ui::ProgressBar::setControlTint, ui::ProgressBar::graphiteTint);
+  progressIndicator.send(&ui::ProgressBar::setRange, 0, static_cast<int>(processes.size()));
+  progressIndicator.send(&ui::ProgressBar::setValue, 0);
   if (!isSilent) {
     showProgress();
   }

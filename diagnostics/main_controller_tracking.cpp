@@ -32,7 +32,7 @@ void MainController::updateProgress() {
     textStatus.send(&ui::Label::setStringValue, "Please wait. Finished " + std::to_string(done) +
                                                     " out of " + std::to_string(processes.size()) +
                                                     " tests.");
-    progressIndicator.send(&ui::ProgressBar::setDoubleValue, static_cast<double>(done));
+    progressIndicator.send(&ui::ProgressBar::setValue, static_cast<int>(done));
   });
 }
 

@@ -10,17 +10,14 @@
 #include <string>
 #include <vector>
 
-#include "ui/text_range.h"
+#include "ui/links.h"
 
 namespace ui {
 
 /// Anything that can be shown and enabled.
 class Control {
  public:
-  Control() = default;
   virtual ~Control() = default;
-  Control(const Control&) = delete;
-  Control& operator=(const Control&) = delete;
   virtual void setHidden(bool hidden) = 0;
   virtual void setEnabled(bool enabled) = 0;
 };
@@ -43,56 +40,30 @@ class Label : public Control {
   virtual void setStringValue(const std::string& text) = 0;
 };
 
-/// A bar that shows a value between two others.
+/// A grey bar that shows a value between two others.
 class ProgressBar : public Control {
  public:
-  /// A quiet grey in place of the desktop's accent colour.
-  static constexpr int graphiteTint = 6;
-
-  virtual void setMinValue(double value) = 0;
-  virtual void setMaxValue(double value) = 0;
+  virtual void setRange(int minimum, int maximum) = 0;
   /// While the bar is animated it glides to the new value, otherwise it jumps there.
-  virtual void setDoubleValue(double value) = 0;
-  /// Every tint but graphite leaves the desktop's colour.
-  virtual void setControlTint(int tint) = 0;
-  virtual void startAnimation() = 0;
-  virtual void stopAnimation() = 0;
+  virtual void setValue(int value) = 0;
+  virtual void setAnimated(bool animated) = 0;
 };
 
-/// A colour of the results view.
-struct Color {
-  int red;
-  int green;
-  int blue;
-};
-
-/// Text with attributes, which can be selected but not edited.
-class RichTextView {
+/// White text with orange links, which can be selected but not edited.
+class RichTextView : public Control {
  public:
-  RichTextView() = default;
-  virtual ~RichTextView() = default;
-  RichTextView(const RichTextView&) = delete;
-  RichTextView& operator=(const RichTextView&) = delete;
-  /// Replaces the whole contents by `text`, without attributes.
+  /// Replaces the whole contents by `text`, without links.
   virtual void setString(const std::string& text) = 0;
+  /// The contents, with a line feed for every kind of line end.
   virtual std::u16string string() const = 0;
-  /// Makes the text in each of `ranges`, which are in the order of the text, a link to itself,
-  /// underlined and blue. What is no URL stays plain, and so does what comes behind the first four
-  /// million units of links.
+  /// Makes the text in each of `ranges`, which are in the order of the text, a link to itself. What
+  /// is no URL stays plain, and so does what comes behind the first four million units of links.
   virtual void addLinks(const std::vector<TextRange>& ranges) = 0;
-  /// The colour of the whole text, links included.
-  virtual void setTextColor(const Color& color) = 0;
-  /// The colour in which links are shown, whatever colour their text has.
-  virtual void setLinkColor(const Color& color) = 0;
 };
 
 /// The window itself.
-class Window {
+class Window : public Control {
  public:
-  Window() = default;
-  virtual ~Window() = default;
-  Window(const Window&) = delete;
-  Window& operator=(const Window&) = delete;
   virtual void setTitle(const std::string& title) = 0;
 };
 

@@ -26,6 +26,9 @@ constexpr float shadeStrength = 0.25F;
 }  // namespace
 
 GlidingProgressBar::GlidingProgressBar(QWidget* parent) : QProgressBar(parent) {
+  QPalette quiet;
+  quiet.setColor(QPalette::Highlight, QColor(0x8c, 0x8c, 0x8c));
+  setPalette(quiet);
   glide.setDuration(glideMs);
   connect(this, &QProgressBar::valueChanged, this, &GlidingProgressBar::glideTo);
   connect(&glide, &QVariantAnimation::valueChanged, this, [this] { update(); });

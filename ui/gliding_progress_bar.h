@@ -11,9 +11,9 @@
 
 namespace ui {
 
-/// A progress bar whose picture glides to a new value, and over which a shade wanders, so that one
-/// sees that something happens while nothing finishes. Its range and its value, which a screen
-/// reader reads, are exact at every moment.
+/// A progress bar, grey in place of the desktop's accent colour, whose picture glides to a new
+/// value, and over which a shade wanders, so that one sees that something happens while nothing
+/// finishes. Its range and its value, which a screen reader reads, are exact at every moment.
 class GlidingProgressBar : public QProgressBar {
  public:
   explicit GlidingProgressBar(QWidget* parent = nullptr);

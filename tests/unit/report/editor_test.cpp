@@ -81,7 +81,7 @@ TEST_F(Editor, OpensTheReportWhereItIsWhenTheDesktopTakesNoFile) {
       (Calls{"start enable", "account enable", "ticket enable", "domain enable", "status hide",
              "progress stop", "progress hide", "copy show", "open show",
              "results set There was an error submitting the results", "results links",
-             "results link colour 255 165 0", "results text colour 255 255 255", "scroll show"}));
+             "scroll show"}));
 }
 
 }  // namespace

@@ -34,6 +34,10 @@ class GlidingProgressBarTest : public testing::Test {
   Bar bar;
 };
 
+TEST_F(GlidingProgressBarTest, IsGrey) {
+  EXPECT_EQ(bar.palette().color(QPalette::Highlight), QColor(0x8c, 0x8c, 0x8c));
+}
+
 TEST_F(GlidingProgressBarTest, JumpsUnlessItIsToGlide) {
   bar.setValue(3);
   EXPECT_EQ(bar.shown(), 0.75);
