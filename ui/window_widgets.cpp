@@ -3,25 +3,9 @@
 
 #include "ui/window_widgets.h"
 
-#include <QKeyEvent>
-#include <QTextBrowser>
+#include <QEvent>
 
 namespace ui {
-
-Frame::Frame() {
-  setWindowFlags(Qt::Window);
-  setAttribute(Qt::WA_QuitOnClose);
-}
-
-void Frame::keyPressEvent(QKeyEvent* event) {
-  const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
-  const bool isInResults = qobject_cast<QTextBrowser*>(focusWidget()) != nullptr;
-  if (event->key() == Qt::Key_Escape || (isReturn && isInResults)) {
-    event->ignore();
-  } else {
-    QDialog::keyPressEvent(event);
-  }
-}
 
 void FocusKeeper::takeFrom(QWidget* focused) {
   before = focused == parent() ? results : focused;

@@ -5,23 +5,11 @@
 
 #pragma once
 
-#include <QDialog>
 #include <QLineEdit>
 #include <QPointer>
 #include <QPushButton>
 
 namespace ui {
-
-/// A dialog, because only dialogs have a default button, with the frame of an ordinary window.
-class Frame final : public QDialog {
- public:
-  Frame();
-
- protected:
-  /// Ignores Escape, which would close the window and with it end a run, and Return in the results,
-  /// which would start a run that removes them.
-  void keyPressEvent(QKeyEvent* event) override;
-};
 
 /// Gives the keyboard focus back after a run to the widget that had it before: while the fields and
 /// the button are disabled, nothing has it, and somebody who works by keyboard would have to find
