@@ -16,9 +16,8 @@
 #include <system_error>
 #include <vector>
 
-#include "diagnostics/command_starter.h"
-#include "diagnostics/endpoints.h"
-#include "diagnostics/process_list.h"
+#include "diagnostics/plan.h"
+#include "diagnostics/process.h"
 #include "platform/desktop/desktop.h"
 #include "platform/event_loop/event_loop.h"
 #include "report/http.h"
@@ -70,8 +69,6 @@ class MainController : public report::HttpProtocol, public diagnostics::CommandS
   void startTest(const std::string& launchPath, const std::vector<std::string>& args,
                  const Text& comment) override;
 
-  // The Skivra's logs: diagnostics/main_controller_beacon_logs.cpp
-
   /// Launches a reader for every entry of the three beacon-log folders.
   void tailBeaconLogs();
   /// Launches a reader for every entry of `folder`, which ends in "/", the oldest entry first.
@@ -93,23 +90,20 @@ class MainController : public report::HttpProtocol, public diagnostics::CommandS
   /// process.
   void handleAllTestsFinished();
 
-  // The report: report/main_controller_report.cpp
+  // The report and its delivery: report/main_controller_delivery.cpp
 
   /// Takes account and ticket from the window for the run that begins.
   void rememberAccountAndTicketNo();
   void freeAccountAndTicketNo();
   /// Joins the results of all processes into `results`.
   void buildResults();
-
-  // Delivery: report/main_controller_delivery.cpp
-
   /// Starts the upload of the report, trimmed where it is too large. Always true.
   bool submitResults();
   void onHttpDone(const report::Http& client) override;
   void onHttpError(const report::Http& client) override;
-  /// Writes the report to `path`; a failure is logged. In a windowed run the file is then opened in
-  /// an editor.
-  void writeToPath(const std::string& path);
+  /// Writes the report to `path`, and tells whether it worked; a failure is logged. In a windowed
+  /// run the file is then opened in an editor.
+  bool writeToPath(const std::string& path);
   /// Writes the report to where it is kept when it could not be delivered: the Desktop, or else a
   /// private folder among the temporary files.
   void saveToDesktop();
@@ -169,8 +163,6 @@ class MainController : public report::HttpProtocol, public diagnostics::CommandS
   bool hasOutputFile() const;
   /// Whether the report is going to be uploaded.
   bool willUpload() const;
-  /// As writeToPath, and tell whether it worked.
-  bool didWriteToPath(const std::string& path);
   bool didSaveIn(const std::string& folder);
   /// Prints on standard output, and tells whether it worked. A failure costs what could not be
   /// printed, and is the error that the run ends with.

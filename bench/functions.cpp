@@ -106,7 +106,7 @@ BENCHMARK_CAPTURE(checkText, mixed, mixedText());
 void buildMultipartBody(benchmark::State& state) {
   const std::string& text = englishText();
   for (auto _ : state) {
-    benchmark::DoNotOptimize(report::multipartBody("boundary", text).data());
+    benchmark::DoNotOptimize(report::postRequestWithURL("", "boundary", text).body.data());
   }
   countBytes(state, text.size());
 }

@@ -1,11 +1,12 @@
 // SPDX-FileCopyrightText: 2026 Halvik
 // SPDX-License-Identifier: Apache-2.0
 
-// The plan of a run, launched.
+// The plan of a run, launched, with a command for each of the Skivra's beacon logs.
 
 #include <memory>
 
 #include "app/main_controller.h"
+#include "diagnostics/beacon_logs.h"
 #include "diagnostics/plan.h"
 #include "platform/files/files.h"
 #include "platform/http/http_connection.h"
@@ -51,6 +52,19 @@ void MainController::startTest(const std::string& launchPath, const std::vector<
       [this] { processTerminatedNotification(); });
   processes.append(process);
   process->start(launchPath, args, comment);
+}
+
+void MainController::tailBeaconLogs() {
+  for (const std::string& folder : diagnostics::beaconLogFolders()) {
+    tailBeaconSubfolderLog(folder);
+  }
+}
+
+void MainController::tailBeaconSubfolderLog(const std::string& folder) {
+  for (const std::string& path :
+       diagnostics::orderByCreation(folder, platform::listFolder(folder))) {
+    startTest("/bin/sh", {"-c", diagnostics::readerCommandLine(path)});
+  }
 }
 
 }  // namespace app

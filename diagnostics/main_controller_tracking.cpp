@@ -92,7 +92,7 @@ void MainController::handleAllTestsFinished() {
     didPrint(printed);
   }
   if (hasOutputFile()) {
-    writeToPath(*outputFile);
+    isReportInFile = writeToPath(*outputFile);
     didPrint({"outputFile=", *outputFile, "\n"});
   }
   if (willUpload()) {

@@ -109,6 +109,16 @@ void startWebTests(CommandStarter& starter, const Endpoints& endpoints) {
 
 }  // namespace
 
+void CommandStarter::startPing(const std::string& host, const std::string& comment) {
+  startTest("/sbin/ping", {"-c", "5", host}, comment);
+}
+
+void CommandStarter::startTraceroute(const std::string& host) {
+  // The option and its value in one argument, blank included: support staff know the report's line
+  // in this form.
+  startTest("/usr/sbin/traceroute", {"-I", "-w 2", host}, std::nullopt);
+}
+
 TestDomain makeTestDomain(const std::optional<std::string>& option,
                           const std::optional<std::string>& field) {
   TestDomain domain = option && !option->empty() ? option : field;

@@ -1,18 +1,41 @@
 // SPDX-FileCopyrightText: 2026 Halvik
 // SPDX-License-Identifier: Apache-2.0
 
-// The fixed plan of diagnostic commands: what is run, with which arguments, in which order.
+// The fixed plan of diagnostic commands: what is run, with which arguments, in which order. The
+// plan says what to start, a CommandStarter starts it.
 
 #pragma once
 
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
-#include "diagnostics/command_starter.h"
 #include "diagnostics/endpoints.h"
 
 namespace diagnostics {
+
+/// Starts tests, in the order in which they are to stand in the report. Whoever wants to see a plan
+/// instead of running it overrides startTest.
+class CommandStarter {
+ public:
+  /// Starts one command. `comment` tells the reader of the report what the arguments alone do not.
+  virtual void startTest(const std::string& launchPath, const std::vector<std::string>& args,
+                         const std::optional<std::string>& comment) = 0;
+
+  void startTest(const std::string& launchPath, const std::vector<std::string>& args) {
+    startTest(launchPath, args, std::nullopt);
+  }
+
+  /// Five echo requests to `host`.
+  void startPing(const std::string& host, const std::string& comment);
+
+  /// The route to `host`, probed with ICMP echo, two seconds a probe.
+  void startTraceroute(const std::string& host);
+
+ protected:
+  ~CommandStarter() = default;
+};
 
 /// The domain that the user wants tested, used verbatim as an argument; absent when nobody could
 /// name one.

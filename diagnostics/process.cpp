@@ -52,10 +52,6 @@ report::ResultBlock Process::resultBlock() const {
   return {.displayName = displayName, .standardOutput = stdOutStr, .standardError = stdErrStr};
 }
 
-void Process::countWhenFinished(std::shared_ptr<std::uint32_t> tally) {
-  finishedTally = std::move(tally);
-}
-
 void Process::buildDisplayName(const std::string& launchPath, const std::vector<std::string>& args,
                                const std::optional<std::string>& comment) {
   std::string name = launchPath;

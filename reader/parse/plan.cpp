@@ -10,7 +10,6 @@
 #include <utility>
 
 #include "diagnostics/beacon_logs.h"
-#include "diagnostics/command_starter.h"
 #include "diagnostics/plan.h"
 #include "reader/parse/lines.h"
 

@@ -76,12 +76,11 @@ TEST_F(Editor, OpensTheReportWhereItIsWhenTheDesktopTakesNoFile) {
   EXPECT_EQ("edit " + opened, window.desktopCalls.front());
   EXPECT_TRUE(opened.starts_with(temporary.path())) << opened;
   EXPECT_EQ(support::contentsOf(opened), text::join(controller.results.buffers()));
-  EXPECT_EQ(
-      window.calls,
-      (Calls{"start enable", "account enable", "ticket enable", "domain enable", "status hide",
-             "progress stop", "progress hide", "copy show", "open show",
-             "results set There was an error submitting the results", "results links",
-             "scroll show"}));
+  EXPECT_EQ(window.calls,
+            (Calls{"start enable", "account enable", "ticket enable", "domain enable",
+                   "status hide", "progress stop", "progress hide", "copy show", "open show",
+                   "results set There was an error submitting the results", "results links",
+                   "scroll show"}));
 }
 
 }  // namespace
