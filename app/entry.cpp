@@ -16,11 +16,6 @@ namespace app {
 
 namespace {
 
-OptionTable programOptions() {
-  const diagnostics::Endpoints& endpoints = diagnostics::builtInEndpoints();
-  return makeOptionTable(endpoints.serviceDomain, text::hostOfUrl(endpoints.submitUrl));
-}
-
 // Returns only when the run is not to be headless.
 void maybeRunWithoutGUIAndExit(const OptionValues& values,
                                const ControllerFactory& makeController) {
@@ -67,7 +62,9 @@ int runProgram(int argc, char** argv, const ControllerFactory& makeController,
   text::setProcessName(argc > 0 ? argv[0] : "");
   platform::setUpProcess();
   platform::guarded([&] {
-    const OptionTable table = programOptions();
+    const diagnostics::Endpoints& endpoints = diagnostics::builtInEndpoints();
+    const OptionTable table =
+        makeOptionTable(endpoints.serviceDomain, text::hostOfUrl(endpoints.submitUrl));
     const std::vector<std::string> arguments(argv, argv + argc);
     const OptionValues values = getValues(parseArguments(arguments), table);
     if (isSet(values, "helpSig")) {

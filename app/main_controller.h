@@ -24,7 +24,6 @@
 #include "report/report.h"
 #include "text/utf8.h"
 #include "ui/controls.h"
-#include "ui/outlet.h"
 
 namespace app {
 
@@ -45,21 +44,19 @@ class MainController : public report::HttpProtocol, public diagnostics::CommandS
 
   /// Sets the five options that a headless run takes from the command line.
   void initArgsWithSilent(bool silent, bool console, bool forceSKV, bool skipSKV, bool internet);
-  /// The domain to test in place of the window's field; bytes, unchanged.
+  /// Bytes, unchanged; they count more than the window's field.
   void setDomain(const std::string& text);
-  /// The file that the report is written to; a leading tilde is expanded. Empty means none.
+  /// A leading tilde is expanded. Empty means none.
   void setOutputFile(const std::string& path);
-  /// Makes the controller ready for its first run; called once, after the options and the outlets
-  /// are set.
+  /// Called once, after the options and the outlets are set, before the first run.
   void awakeFromNib();
-  /// Whether closing the last window ends the program: always.
+  /// Always true.
   bool applicationShouldTerminateAfterLastWindowClosed();
-  /// Kept as an empty operation: all that the controller owns goes with it.
+  /// Does nothing: all that the controller owns goes with it.
   void deallocate() {}
 
   // The plan of a run: diagnostics/main_controller_plan.cpp
 
-  /// Starts a run: the start button's action.
   void runTests();
   /// Launches every command of the plan at once and returns. Throws std::system_error when one
   /// cannot be launched.
@@ -81,10 +78,9 @@ class MainController : public report::HttpProtocol, public diagnostics::CommandS
   bool didAllTestsFinished() const;
   /// Refreshes the progress display in a later turn of the event loop.
   void updateProgress();
-  /// From here on until all commands have ended, a run without a window shows its progress on the
-  /// terminal, if there is one.
+  /// For a run without a window, if there is a terminal.
   void startProgressLine();
-  /// The end of one process: when it was the last one, the report is built and delivered, once.
+  /// At the end of the last process the report is built and delivered, once.
   void processTerminatedNotification();
   /// Builds the report, prints and writes it as the options ask, then uploads it or ends the
   /// process.
@@ -95,7 +91,6 @@ class MainController : public report::HttpProtocol, public diagnostics::CommandS
   /// Takes account and ticket from the window for the run that begins.
   void rememberAccountAndTicketNo();
   void freeAccountAndTicketNo();
-  /// Joins the results of all processes into `results`.
   void buildResults();
   /// Starts the upload of the report, trimmed where it is too large. Always true.
   bool submitResults();
@@ -117,9 +112,7 @@ class MainController : public report::HttpProtocol, public diagnostics::CommandS
   /// Replaces what `view` shows by `text`, with every web address in it made a link.
   void setTextView(const ui::Outlet<ui::RichTextView>& view, const std::string& text);
   void hiliteAndActivateURLs(const ui::Outlet<ui::RichTextView>& view);
-  /// Puts the results' URL on the clipboard: the copy button's action.
   void copyToClipBoardLinkButtonPressed();
-  /// Opens the results' URL in the browser: the open button's action.
   void shareButtonPressed();
 
   // Fields

@@ -35,9 +35,9 @@ int runWindowed(int& argc, char** argv, const ControllerFactory& makeController)
   platform::EventLoop loop;
   platform::QtApplication application(loop, argc, argv);
   WindowedRun run(makeController(loop), application.desktop());
-  run.show();
+  run.window.show();
   return application.run(
-      [&] { return run.mainController().applicationShouldTerminateAfterLastWindowClosed(); });
+      [&] { return run.controller->applicationShouldTerminateAfterLastWindowClosed(); });
 }
 
 }  // namespace app

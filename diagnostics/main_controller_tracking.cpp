@@ -45,9 +45,8 @@ void MainController::startProgressLine() {
 }
 
 void MainController::showProgressLine(std::chrono::steady_clock::time_point start) {
-  using std::chrono::seconds;
   const auto elapsed =
-      std::chrono::duration_cast<seconds>(std::chrono::steady_clock::now() - start);
+      std::chrono::floor<std::chrono::seconds>(std::chrono::steady_clock::now() - start);
   std::string line = std::to_string(finishedTasksCount()) + " of " +
                      std::to_string(processes.size()) + " tests finished, " +
                      std::to_string(elapsed.count()) + " s; waiting for";

@@ -15,10 +15,6 @@ std::string at(const std::string& server) {
   return '@' + server;
 }
 
-std::string inParentheses(const std::string& text) {
-  return '(' + text + ')';
-}
-
 std::string inSkivraFolder(const std::string& name) {
   return std::string(skivraFolder) + '/' + name;
 }
@@ -72,7 +68,7 @@ void startServerNameTest(CommandStarter& starter, const std::string& server) {
 }
 
 void startPings(CommandStarter& starter, const Endpoints& endpoints) {
-  starter.startPing(endpoints.serviceWebsiteHost, inParentheses(endpoints.serviceWebsiteHost));
+  starter.startPing(endpoints.serviceWebsiteHost, '(' + endpoints.serviceWebsiteHost + ')');
   starter.startPing(endpoints.paloAltoRouter, "(palo alto router)");
   starter.startPing(endpoints.seattleRouter, "(seattle router)");
   starter.startPing(endpoints.losAngelesRouter, "(los angeles router)");
@@ -178,7 +174,7 @@ void startSystemLogAndBlockingTests(CommandStarter& starter, const Endpoints& en
   const std::string getPage = "/usr/bin/curl -v -m 2 ";
   startShell(starter, getPage + blocked + "/some/page", "(Page from Blocked IP)");
   const std::string& grey = endpoints.greyIpAddress;
-  startShell(starter, "/sbin/route -n get " + grey, inParentheses(endpoints.blockIpTestName));
+  startShell(starter, "/sbin/route -n get " + grey, '(' + endpoints.blockIpTestName + ')');
   startShell(starter, getPage + grey + "/favicon.ico", "(Allowed page from grey IP)");
   startShell(starter, getPage + grey + ":8081/favicon.ico", "(Allowed page from grey IP)");
   startShell(starter, getPage + grey + "/malware.htm", "(Blocked page from grey IP)");

@@ -27,10 +27,7 @@ void addBlock(Buffers& buffers, const ResultBlock& block) {
 }
 
 std::string headLine(std::string_view label, const std::optional<std::string>& text) {
-  if (!text) {
-    return {};
-  }
-  return std::string(label) + *text + '\n';
+  return text ? std::string(label) + *text + '\n' : std::string();
 }
 
 }  // namespace

@@ -3,11 +3,14 @@
 
 // The kinds of controls that the window is made of, as the controller sees them: plain operations
 // on UTF-8 text. What they are made of is not said here, so that a run without a window needs no
-// widgets.
+// widgets. And the outlets by which it reaches them.
 
 #pragma once
 
+#include <functional>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "ui/links.h"
@@ -65,6 +68,36 @@ class RichTextView : public Control {
 class Window : public Control {
  public:
   virtual void setTitle(const std::string& title) = 0;
+};
+
+/// Names a control that may be absent. What is sent to an absent control does nothing; what is
+/// asked of it has no answer. The control is not owned.
+template <class Target>
+class Outlet {
+ public:
+  /// `target` must outlive every use of the outlet.
+  void connect(Target& target) { control = &target; }
+
+  /// Calls `operation` on the control.
+  template <class Operation, class... Arguments>
+  void send(Operation operation, Arguments&&... arguments) const {
+    if (control != nullptr) {
+      std::invoke(operation, *control, std::forward<Arguments>(arguments)...);
+    }
+  }
+
+  /// The answer of the control to `question`, or none.
+  template <class Question, class... Arguments>
+  auto ask(Question question, Arguments&&... arguments) const
+      -> std::optional<std::invoke_result_t<Question, Target&, Arguments...>> {
+    if (control == nullptr) {
+      return std::nullopt;
+    }
+    return std::invoke(question, *control, std::forward<Arguments>(arguments)...);
+  }
+
+ private:
+  Target* control = nullptr;
 };
 
 }  // namespace ui

@@ -47,7 +47,7 @@ MainWindow::MainWindow(WindowActions pressed) : actions(std::move(pressed)) {
   setUpResults();
   setUpButtons();
   arrange();
-  orderFocus();
+  accountField.setFocus();
 }
 
 void MainWindow::keyPressEvent(QKeyEvent* event) {
@@ -65,12 +65,31 @@ void MainWindow::setUpFields() {
   setUpField(domainField, "domain", QStringLiteral("optional, e.g. example.com"));
   startPush.setObjectName(QStringLiteral("start"));
   startPush.setDefault(true);
-  auto* focus = new FocusKeeper(startPush, resultsBrowser);
-  connectButton(startPush, [this, focus] {
-    focus->takeFrom(focusWidget());
+  startPush.installEventFilter(this);
+  connectButton(startPush, [this] {
+    takeFocusAway();
     keepPlaces(true);
     actions.start();
   });
+}
+
+void MainWindow::takeFocusAway() {
+  QWidget* focused = focusWidget();
+  focusedBefore = focused == &startPush ? &resultsBrowser : focused;
+  // Otherwise the focus would go from each disabled widget to the next, and a screen reader would
+  // read all of them.
+  if (focused != nullptr) {
+    focused->clearFocus();
+  }
+}
+
+bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
+  if (event->type() == QEvent::EnabledChange && startPush.isEnabled() && focusedBefore != nullptr) {
+    // Later, since the fields are enabled and the results are shown after the button.
+    QMetaObject::invokeMethod(
+        focusedBefore, [this] { focusedBefore->setFocus(); }, Qt::QueuedConnection);
+  }
+  return QDialog::eventFilter(watched, event);
 }
 
 void MainWindow::setUpRun() {
@@ -154,15 +173,6 @@ void MainWindow::keepPlaces(bool areKept) {
                                                          &captionLabel, &copyPush, &openPush}) {
     keepPlaceWhenHidden(*widget, areKept);
   }
-}
-
-void MainWindow::orderFocus() {
-  const std::initializer_list<QWidget*> order{
-      &accountField, &ticketField, &domainField, &startPush, &resultsBrowser, &copyPush, &openPush};
-  for (const auto* widget = order.begin(); widget + 1 != order.end(); ++widget) {
-    QWidget::setTabOrder(*widget, *(widget + 1));
-  }
-  accountField.setFocus();
 }
 
 }  // namespace ui

@@ -12,7 +12,6 @@
 #include <string>
 
 #include "ui/widget_controls.h"
-#include "ui/window_widgets.h"
 
 namespace ui {
 
@@ -38,6 +37,8 @@ class MainWindow final : public QDialog {
   /// Ignores Escape, which would close the window and with it end a run, and Return in the results,
   /// which would start a run that removes them.
   void keyPressEvent(QKeyEvent* event) override;
+  /// Gives the keyboard focus back when the start button is enabled after a run.
+  bool eventFilter(QObject* watched, QEvent* event) override;
 
  private:
   void setUpFields();
@@ -46,7 +47,7 @@ class MainWindow final : public QDialog {
   void setUpButtons();
   void arrange();
   void keepPlaces(bool areKept);
-  void orderFocus();
+  void takeFocusAway();
 
   const WindowActions actions;
   QLabel purposeLabel{QStringLiteral(
@@ -61,6 +62,10 @@ class MainWindow final : public QDialog {
   QLabel captionLabel{QStringLiteral("Send this link to Halvik support:")};
   QPushButton copyPush{QStringLiteral("&Copy link")};
   QPushButton openPush{QStringLiteral("&Open link")};
+  /// Has the keyboard focus again after a run, or null: while the fields and the button are
+  /// disabled, nothing has it. From the start button it goes on to the results, so that no second
+  /// press of the same key removes them, and a screen reader reads them.
+  QWidget* focusedBefore = nullptr;
 
  public:
   WidgetTextField account{accountField};

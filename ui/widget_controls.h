@@ -11,7 +11,7 @@
 #include <QTextBrowser>
 
 #include "ui/controls.h"
-#include "ui/gliding_progress_bar.h"
+#include "ui/window_widgets.h"
 
 namespace ui {
 

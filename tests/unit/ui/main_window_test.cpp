@@ -187,6 +187,24 @@ TEST_F(MainWindowTest, ReturnInAFieldStarts) {
   }
 }
 
+TEST_F(MainWindowTest, ReturnInTheResultsStartsNothing) {
+  runOnce();
+  for (const auto key : {Qt::Key_Return, Qt::Key_Enter}) {
+    results()->setFocus();
+    QTest::keyClick(results(), key);
+    EXPECT_TRUE(find("start")->isEnabled());
+    EXPECT_TRUE(results()->isVisible());
+  }
+  EXPECT_EQ(desktop.opened, QStringList());
+}
+
+TEST_F(MainWindowTest, TheKeyboardGoesOnFromTheStartButtonToTheResults) {
+  find("start")->setFocus();
+  QTest::keyClick(find("start"), Qt::Key_Space);
+  finish();
+  support::turnUntil([&] { return window->focusWidget() == results(); });
+}
+
 TEST_F(MainWindowTest, EscapeDoesNotCloseIt) {
   QTest::keyClick(find("account"), Qt::Key_Escape);
   EXPECT_TRUE(window->isVisible());
