@@ -21,7 +21,6 @@
 #include "platform/desktop/desktop.h"
 #include "platform/event_loop/event_loop.h"
 #include "report/http.h"
-#include "report/report.h"
 #include "text/utf8.h"
 #include "ui/controls.h"
 
@@ -134,7 +133,8 @@ class MainController : public report::HttpProtocol, public diagnostics::CommandS
   ui::Outlet<platform::Desktop> desktop;
   Text txtHalvikAccount;
   Text txtTicketNo;
-  report::Report results;
+  /// Views over `resultsHead` and over what `processes` have captured.
+  text::Buffers results;
   std::string resultsUrl;
   Text outputFile;
   bool isSilent = false;
@@ -163,6 +163,7 @@ class MainController : public report::HttpProtocol, public diagnostics::CommandS
   /// Ends the process, with `status` if everything could be printed.
   [[noreturn]] void endSilentRun(int status);
 
+  std::string resultsHead;
   /// The report has been built and has not reached anyone yet.
   bool isReportAtRisk = false;
   /// The output file holds it.

@@ -86,7 +86,7 @@ void MainController::handleAllTestsFinished() {
   buildResults();
   isReportAtRisk = true;
   if (isConsole) {
-    text::Buffers printed = text::untilNul(results.buffers());
+    text::Buffers printed = text::untilNul(results);
     printed.emplace_back("\n");
     didPrint(printed);
   }

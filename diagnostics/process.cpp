@@ -45,7 +45,9 @@ void Process::terminate() const {
 }
 
 std::string Process::getResult() const {
-  return report::formatBlock(resultBlock());
+  text::Buffers result;
+  report::addBlock(result, resultBlock());
+  return text::join(result);
 }
 
 report::ResultBlock Process::resultBlock() const {

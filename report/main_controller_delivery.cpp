@@ -6,6 +6,7 @@
 #include "app/main_controller.h"
 #include "platform/files/files.h"
 #include "platform/process/process_setup.h"
+#include "report/report.h"
 #include "report/trim.h"
 #include "text/log.h"
 #include "text/standard_streams.h"
@@ -38,16 +39,15 @@ void MainController::freeAccountAndTicketNo() {
 }
 
 void MainController::buildResults() {
-  std::vector<report::ResultBlock> blocks;
-  blocks.reserve(processes.size());
+  resultsHead = report::headOf(txtHalvikAccount, txtTicketNo);
+  results = {resultsHead};
   for (const auto& process : processes) {
-    blocks.push_back(process->resultBlock());
+    report::addBlock(results, process->resultBlock());
   }
-  results = report::Report(txtHalvikAccount, txtTicketNo, blocks);
 }
 
 bool MainController::submitResults() {
-  std::string body = text::join(text::untilNul(results.buffers()));
+  std::string body = text::join(text::untilNul(results));
   if (body.size() > static_cast<std::size_t>(maxPostSize)) {
     body = report::trimTailData(body, maxPostSize);
   }
@@ -111,7 +111,7 @@ void MainController::endSilentRun(int status) {
 }
 
 bool MainController::writeToPath(const std::string& path) {
-  if (!platform::writeAtomically(path, results.buffers())) {
+  if (!platform::writeAtomically(path, results)) {
     text::log(couldNotSave);
     return false;
   }
