@@ -6,7 +6,6 @@
 #include <memory>
 
 #include "app/main_controller.h"
-#include "diagnostics/beacon_logs.h"
 #include "diagnostics/plan.h"
 #include "platform/files/files.h"
 #include "platform/http/http_connection.h"

@@ -3,6 +3,9 @@
 
 #include "diagnostics/plan.h"
 
+#include <algorithm>
+#include <tuple>
+
 namespace diagnostics {
 
 namespace {
@@ -179,6 +182,28 @@ void startSystemLogAndBlockingTests(CommandStarter& starter, const Endpoints& en
   startShell(starter, getPage + grey + ":8081/favicon.ico", "(Allowed page from grey IP)");
   startShell(starter, getPage + grey + "/malware.htm", "(Blocked page from grey IP)");
   startShell(starter, getPage + grey + ":8081/malware.htm", "(Blocked page from grey IP)");
+}
+
+std::vector<std::string> beaconLogFolders() {
+  const std::string logs = std::string(skivraFolder) + "/beacon-logs/";
+  return {logs + "ipblock/", logs + "probe/", logs + "service/"};
+}
+
+std::vector<std::string> orderByCreation(const std::string& folder,
+                                         std::vector<platform::FolderEntry> entries) {
+  std::sort(entries.begin(), entries.end(), [](const auto& left, const auto& right) {
+    return std::tie(left.createdNs, left.name) < std::tie(right.createdNs, right.name);
+  });
+  std::vector<std::string> paths;
+  paths.reserve(entries.size());
+  for (const platform::FolderEntry& entry : entries) {
+    paths.push_back(folder + entry.name);
+  }
+  return paths;
+}
+
+std::string readerCommandLine(const std::string& path) {
+  return "cat \"" + path + '"';
 }
 
 }  // namespace diagnostics

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "diagnostics/endpoints.h"
+#include "platform/files/files.h"
 
 namespace diagnostics {
 
@@ -62,5 +63,18 @@ void startSkivraTests(CommandStarter& starter, const Endpoints& endpoints,
 /// log are searched.
 void startSystemLogAndBlockingTests(CommandStarter& starter, const Endpoints& endpoints,
                                     std::int32_t tailSize);
+
+/// The three folders of the Skivra's beacon logs, in the order of the report, each with a trailing
+/// "/".
+std::vector<std::string> beaconLogFolders();
+
+/// The full paths of `entries` of `folder` (which ends in "/"), the oldest entry first. Entries
+/// that were created at the same moment are ordered by name.
+std::vector<std::string> orderByCreation(const std::string& folder,
+                                         std::vector<platform::FolderEntry> entries);
+
+/// The shell command line that prints the file at `path`. The path stands between double quotes and
+/// is not escaped.
+std::string readerCommandLine(const std::string& path);
 
 }  // namespace diagnostics

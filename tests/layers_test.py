@@ -13,7 +13,7 @@ LAYERS = ("text", "platform", "ui", "report", "diagnostics", "app")
 # The reader of reports stands beside the program, in layers of its own.
 READER_LAYERS = ("reader/parse/", "reader/facts/", "reader/rules/", "reader/output/", "reader/")
 # What it uses of the program.
-SHARED = {"diagnostics/beacon_logs.h", "diagnostics/endpoints.h", "diagnostics/plan.h"}
+SHARED = {"diagnostics/endpoints.h", "diagnostics/plan.h"}
 SYSTEM_INCLUDE = re.compile(r"^#include <([^>]+)>", re.M)
 # Headers of the language, but for that of signals, and of Qt.
 EVERYWHERE = re.compile(r"(?!csignal$)[a-z_]+|Q(?!Network|Ssl)\w+")

@@ -9,7 +9,6 @@
 #include <stdexcept>
 #include <utility>
 
-#include "diagnostics/beacon_logs.h"
 #include "diagnostics/plan.h"
 #include "reader/parse/lines.h"
 
