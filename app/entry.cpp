@@ -3,6 +3,7 @@
 
 #include "app/entry.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <string>
 
@@ -47,13 +48,9 @@ std::unique_ptr<MainController> makeMainController(platform::EventLoop& loop) {
 }
 
 bool handleGateKeeperArgument(int argc, const char* const* argv) {
-  for (int i = 0; i < argc; ++i) {
-    // Padded, so that five characters can be taken of the shortest argument.
-    if ((std::string(argv[i]) + "     ").substr(0, 5) == "-psn_") {
-      return true;
-    }
-  }
-  return false;
+  return std::any_of(argv, argv + argc, [](const char* argument) {
+    return std::string_view(argument).starts_with("-psn_");
+  });
 }
 
 int runProgram(int argc, char** argv, const ControllerFactory& makeController,

@@ -36,8 +36,6 @@ class MainController : public report::HttpProtocol, public diagnostics::CommandS
   explicit MainController(platform::EventLoop& eventLoop,
                           diagnostics::Endpoints asked = diagnostics::builtInEndpoints());
   virtual ~MainController();
-  MainController(const MainController&) = delete;
-  MainController& operator=(const MainController&) = delete;
 
   // State and set-up: app/main_controller.cpp
 

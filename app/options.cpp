@@ -10,14 +10,6 @@ namespace app {
 
 namespace {
 
-std::string join(const std::vector<std::string>& texts) {
-  std::string joined;
-  for (const std::string& text : texts) {
-    joined += joined.empty() ? text : ' ' + text;
-  }
-  return joined;
-}
-
 OptionValue resolve(const OptionRecord& option, const ParsedArguments& parsed) {
   for (const auto& [key, value] : parsed) {
     if (std::find(option.signature.begin(), option.signature.end(), key) !=
@@ -92,7 +84,11 @@ OptionValues getValues(const ParsedArguments& parsed, const OptionTable& table) 
 std::string generateHelp(const OptionTable& table) {
   std::string help;
   for (const auto& [key, option] : table) {
-    help += join(option.signature) + ", " + option.help + "\n\n";
+    for (const std::string& spelling : option.signature) {
+      help += spelling + ' ';
+    }
+    help.back() = ',';
+    help += ' ' + option.help + "\n\n";
   }
   return help;
 }

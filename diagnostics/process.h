@@ -33,8 +33,6 @@ class Process {
   /// `eventLoop` must outlive the process.
   explicit Process(platform::EventLoop& eventLoop);
   ~Process();
-  Process(const Process&) = delete;
-  Process& operator=(const Process&) = delete;
 
   /// Starts the command, named in the report by its path, its arguments and `comment`. Throws
   /// std::system_error when it cannot be started; the process then never finishes.
@@ -44,7 +42,6 @@ class Process {
   /// Asks the command to end if it runs.
   void terminate() const;
 
-  /// Whether the command has ended.
   bool isFinished() const { return finished; }
 
   /// The command in short, for people who wait for it: its name, and what it asks for or reads.
