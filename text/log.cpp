@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <cstdio>
 #include <ctime>
 #include <string>
 
@@ -26,8 +27,10 @@ std::string prefix() {
   localtime_r(&now.tv_sec, &local);
   std::array<char, 32> time{};
   std::strftime(time.data(), time.size(), "%Y-%m-%d %H:%M:%S", &local);
-  const std::string milliseconds = std::to_string(1000 + now.tv_usec / 1000).substr(1);
-  return std::string(time.data()) + '.' + milliseconds + ' ' + processName + '[' +
+  std::array<char, 8> milliseconds{};
+  std::snprintf(milliseconds.data(), milliseconds.size(), ".%03d",
+                static_cast<int>(now.tv_usec / 1000));
+  return std::string(time.data()) + milliseconds.data() + ' ' + processName + '[' +
          std::to_string(getpid()) + "] ";
 }
 
