@@ -3,6 +3,7 @@
 
 #include "app/entry.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <string>
 
@@ -15,11 +16,6 @@
 namespace app {
 
 namespace {
-
-OptionTable programOptions() {
-  const diagnostics::Endpoints& endpoints = diagnostics::builtInEndpoints();
-  return makeOptionTable(endpoints.serviceDomain, text::hostOfUrl(endpoints.submitUrl));
-}
 
 // Returns only when the run is not to be headless.
 void maybeRunWithoutGUIAndExit(const OptionValues& values,
@@ -52,13 +48,9 @@ std::unique_ptr<MainController> makeMainController(platform::EventLoop& loop) {
 }
 
 bool handleGateKeeperArgument(int argc, const char* const* argv) {
-  for (int i = 0; i < argc; ++i) {
-    // Padded, so that five characters can be taken of the shortest argument.
-    if ((std::string(argv[i]) + "     ").substr(0, 5) == "-psn_") {
-      return true;
-    }
-  }
-  return false;
+  return std::any_of(argv, argv + argc, [](const char* argument) {
+    return std::string_view(argument).starts_with("-psn_");
+  });
 }
 
 int runProgram(int argc, char** argv, const ControllerFactory& makeController,
@@ -67,7 +59,9 @@ int runProgram(int argc, char** argv, const ControllerFactory& makeController,
   text::setProcessName(argc > 0 ? argv[0] : "");
   platform::setUpProcess();
   platform::guarded([&] {
-    const OptionTable table = programOptions();
+    const diagnostics::Endpoints& endpoints = diagnostics::builtInEndpoints();
+    const OptionTable table =
+        makeOptionTable(endpoints.serviceDomain, text::hostOfUrl(endpoints.submitUrl));
     const std::vector<std::string> arguments(argv, argv + argc);
     const OptionValues values = getValues(parseArguments(arguments), table);
     if (isSet(values, "helpSig")) {

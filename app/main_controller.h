@@ -16,16 +16,13 @@
 #include <system_error>
 #include <vector>
 
-#include "diagnostics/command_starter.h"
-#include "diagnostics/endpoints.h"
-#include "diagnostics/process_list.h"
+#include "diagnostics/plan.h"
+#include "diagnostics/process.h"
 #include "platform/desktop/desktop.h"
 #include "platform/event_loop/event_loop.h"
 #include "report/http.h"
-#include "report/report.h"
 #include "text/utf8.h"
 #include "ui/controls.h"
-#include "ui/outlet.h"
 
 namespace app {
 
@@ -39,28 +36,24 @@ class MainController : public report::HttpProtocol, public diagnostics::CommandS
   explicit MainController(platform::EventLoop& eventLoop,
                           diagnostics::Endpoints asked = diagnostics::builtInEndpoints());
   virtual ~MainController();
-  MainController(const MainController&) = delete;
-  MainController& operator=(const MainController&) = delete;
 
   // State and set-up: app/main_controller.cpp
 
   /// Sets the five options that a headless run takes from the command line.
   void initArgsWithSilent(bool silent, bool console, bool forceSKV, bool skipSKV, bool internet);
-  /// The domain to test in place of the window's field; bytes, unchanged.
+  /// Bytes, unchanged; they count more than the window's field.
   void setDomain(const std::string& text);
-  /// The file that the report is written to; a leading tilde is expanded. Empty means none.
+  /// A leading tilde is expanded. Empty means none.
   void setOutputFile(const std::string& path);
-  /// Makes the controller ready for its first run; called once, after the options and the outlets
-  /// are set.
+  /// Called once, after the options and the outlets are set, before the first run.
   void awakeFromNib();
-  /// Whether closing the last window ends the program: always.
+  /// Always true.
   bool applicationShouldTerminateAfterLastWindowClosed();
-  /// Kept as an empty operation: all that the controller owns goes with it.
+  /// Does nothing: all that the controller owns goes with it.
   void deallocate() {}
 
   // The plan of a run: diagnostics/main_controller_plan.cpp
 
-  /// Starts a run: the start button's action.
   void runTests();
   /// Launches every command of the plan at once and returns. Throws std::system_error when one
   /// cannot be launched.
@@ -69,8 +62,6 @@ class MainController : public report::HttpProtocol, public diagnostics::CommandS
   /// Launches one command as the next process of the run.
   void startTest(const std::string& launchPath, const std::vector<std::string>& args,
                  const Text& comment) override;
-
-  // The Skivra's logs: diagnostics/main_controller_beacon_logs.cpp
 
   /// Launches a reader for every entry of the three beacon-log folders.
   void tailBeaconLogs();
@@ -84,32 +75,27 @@ class MainController : public report::HttpProtocol, public diagnostics::CommandS
   bool didAllTestsFinished() const;
   /// Refreshes the progress display in a later turn of the event loop.
   void updateProgress();
-  /// From here on until all commands have ended, a run without a window shows its progress on the
-  /// terminal, if there is one.
+  /// For a run without a window, if there is a terminal.
   void startProgressLine();
-  /// The end of one process: when it was the last one, the report is built and delivered, once.
+  /// At the end of the last process the report is built and delivered, once.
   void processTerminatedNotification();
   /// Builds the report, prints and writes it as the options ask, then uploads it or ends the
   /// process.
   void handleAllTestsFinished();
 
-  // The report: report/main_controller_report.cpp
+  // The report and its delivery: report/main_controller_delivery.cpp
 
   /// Takes account and ticket from the window for the run that begins.
   void rememberAccountAndTicketNo();
   void freeAccountAndTicketNo();
-  /// Joins the results of all processes into `results`.
   void buildResults();
-
-  // Delivery: report/main_controller_delivery.cpp
-
   /// Starts the upload of the report, trimmed where it is too large. Always true.
   bool submitResults();
   void onHttpDone(const report::Http& client) override;
   void onHttpError(const report::Http& client) override;
-  /// Writes the report to `path`; a failure is logged. In a windowed run the file is then opened in
-  /// an editor.
-  void writeToPath(const std::string& path);
+  /// Writes the report to `path`, and tells whether it worked; a failure is logged. In a windowed
+  /// run the file is then opened in an editor.
+  bool writeToPath(const std::string& path);
   /// Writes the report to where it is kept when it could not be delivered: the Desktop, or else a
   /// private folder among the temporary files.
   void saveToDesktop();
@@ -123,9 +109,7 @@ class MainController : public report::HttpProtocol, public diagnostics::CommandS
   /// Replaces what `view` shows by `text`, with every web address in it made a link.
   void setTextView(const ui::Outlet<ui::RichTextView>& view, const std::string& text);
   void hiliteAndActivateURLs(const ui::Outlet<ui::RichTextView>& view);
-  /// Puts the results' URL on the clipboard: the copy button's action.
   void copyToClipBoardLinkButtonPressed();
-  /// Opens the results' URL in the browser: the open button's action.
   void shareButtonPressed();
 
   // Fields
@@ -147,7 +131,8 @@ class MainController : public report::HttpProtocol, public diagnostics::CommandS
   ui::Outlet<platform::Desktop> desktop;
   Text txtHalvikAccount;
   Text txtTicketNo;
-  report::Report results;
+  /// Views over `resultsHead` and over what `processes` have captured.
+  text::Buffers results;
   std::string resultsUrl;
   Text outputFile;
   bool isSilent = false;
@@ -169,8 +154,6 @@ class MainController : public report::HttpProtocol, public diagnostics::CommandS
   bool hasOutputFile() const;
   /// Whether the report is going to be uploaded.
   bool willUpload() const;
-  /// As writeToPath, and tell whether it worked.
-  bool didWriteToPath(const std::string& path);
   bool didSaveIn(const std::string& folder);
   /// Prints on standard output, and tells whether it worked. A failure costs what could not be
   /// printed, and is the error that the run ends with.
@@ -178,6 +161,7 @@ class MainController : public report::HttpProtocol, public diagnostics::CommandS
   /// Ends the process, with `status` if everything could be printed.
   [[noreturn]] void endSilentRun(int status);
 
+  std::string resultsHead;
   /// The report has been built and has not reached anyone yet.
   bool isReportAtRisk = false;
   /// The output file holds it.

@@ -10,21 +10,6 @@ namespace app {
 
 namespace {
 
-std::string join(const std::vector<std::string>& texts) {
-  std::string joined;
-  for (const std::string& text : texts) {
-    joined += joined.empty() ? text : ' ' + text;
-  }
-  return joined;
-}
-
-char firstCharacter(const std::string& argument) {
-  if (argument.empty()) {
-    throw std::out_of_range("an argument on the command line is empty: it has no first character");
-  }
-  return argument.front();
-}
-
 OptionValue resolve(const OptionRecord& option, const ParsedArguments& parsed) {
   for (const auto& [key, value] : parsed) {
     if (std::find(option.signature.begin(), option.signature.end(), key) !=
@@ -33,11 +18,6 @@ OptionValue resolve(const OptionRecord& option, const ParsedArguments& parsed) {
     }
   }
   return option.defaultValue;
-}
-
-const OptionValue* find(const OptionValues& values, const std::string& key) {
-  const auto found = values.find(key);
-  return found == values.end() ? nullptr : &found->second;
 }
 
 }  // namespace
@@ -50,9 +30,8 @@ OptionTable makeOptionTable(const std::string& serviceDomain, const std::string&
         NullMarker()}},
       {"silentSig",
        {{"-s", "--silent"},
-        "Automatically run tests in silent mode (will not show the UI or new windows; defaults to "
-        "-i "
-        "output)",
+        "Automatically run tests in silent mode (will not show the UI or new windows; defaults "
+        "to -i output)",
         false}},
       {"internetSig",
        {{"-i", "--internet"},
@@ -62,8 +41,7 @@ OptionTable makeOptionTable(const std::string& serviceDomain, const std::string&
       {"outputSig",
        {{"-o=", "--output="},
         "Output to a file, which will print to console as 'outputFile=FILE'; can be a full path, "
-        "make "
-        "sure to use \"quotes\" if needed",
+        "make sure to use \"quotes\" if needed",
         NullMarker()}},
       {"consoleSig", {{"-c", "--console"}, "Output all results to console as text", false}},
       {"skvSig", {{"--skv"}, "Force the Skivra tests to be performed", false}},
@@ -75,7 +53,11 @@ OptionTable makeOptionTable(const std::string& serviceDomain, const std::string&
 ParsedArguments parseArguments(const std::vector<std::string>& arguments) {
   ParsedArguments parsed;
   for (const std::string& argument : arguments) {
-    if (firstCharacter(argument) != '-') {
+    if (argument.empty()) {
+      throw std::out_of_range(
+          "an argument on the command line is empty: it has no first character");
+    }
+    if (argument.front() != '-') {
       continue;
     }
     const std::size_t first = argument.find('=');
@@ -102,18 +84,23 @@ OptionValues getValues(const ParsedArguments& parsed, const OptionTable& table) 
 std::string generateHelp(const OptionTable& table) {
   std::string help;
   for (const auto& [key, option] : table) {
-    help += join(option.signature) + ", " + option.help + "\n\n";
+    for (const std::string& spelling : option.signature) {
+      help += spelling + ' ';
+    }
+    help.back() = ',';
+    help += ' ' + option.help + "\n\n";
   }
   return help;
 }
 
 bool isSet(const OptionValues& values, const std::string& key) {
-  const bool* flag = std::get_if<bool>(find(values, key));
-  return flag != nullptr && *flag;
+  const auto found = values.find(key);
+  return found != values.end() && found->second == OptionValue(true);
 }
 
 const std::string* textOf(const OptionValues& values, const std::string& key) {
-  return std::get_if<std::string>(find(values, key));
+  const auto found = values.find(key);
+  return found == values.end() ? nullptr : std::get_if<std::string>(&found->second);
 }
 
 }  // namespace app

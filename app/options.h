@@ -18,8 +18,7 @@ namespace app {
 /// included.
 using NullMarker = std::monostate;
 
-/// true or false for a flag, a text or the null marker for an option that takes a value. Texts are
-/// bytes as given.
+/// The value of a flag, or of an option that takes a text. Texts are bytes as given.
 using OptionValue = std::variant<NullMarker, bool, std::string>;
 
 /// How an option is written on the command line, what it does, and its value when it is not given.
@@ -58,7 +57,6 @@ OptionValues getValues(const ParsedArguments& parsed, const OptionTable& table);
 /// The usage text: a line and an empty line for each option.
 std::string generateHelp(const OptionTable& table);
 
-/// Whether the flag `key` is set.
 bool isSet(const OptionValues& values, const std::string& key);
 
 /// The text given for `key`, or null when there is none.

@@ -15,19 +15,18 @@ WindowedRun::WindowedRun(std::unique_ptr<MainController> owned, platform::Deskto
               .open = [this] { controller->shareButtonPressed(); },
               .openLink = [&ownDesktop](const std::string& url) { ownDesktop.openUrl(url); }}),
       controller(std::move(owned)) {
-  const ui::WindowControls controls = window.controls();
-  controller->buttonStartTests.connect(controls.start);
-  controller->textHalvikAccount.connect(controls.account);
-  controller->textTicketNo.connect(controls.ticket);
-  controller->textDomainToTest.connect(controls.domain);
-  controller->progressIndicator.connect(controls.progress);
-  controller->textStatus.connect(controls.status);
-  controller->textCopyPaste.connect(controls.caption);
-  controller->textResultsLinkView.connect(controls.resultsScroll);
-  controller->textResultsLink.connect(controls.results);
-  controller->window.connect(controls.window);
-  controller->copyToClipBoardLink.connect(controls.copy);
-  controller->shareButton.connect(controls.open);
+  controller->buttonStartTests.connect(window.start);
+  controller->textHalvikAccount.connect(window.account);
+  controller->textTicketNo.connect(window.ticket);
+  controller->textDomainToTest.connect(window.domain);
+  controller->progressIndicator.connect(window.progress);
+  controller->textStatus.connect(window.status);
+  controller->textCopyPaste.connect(window.caption);
+  controller->textResultsLinkView.connect(window.resultsScroll);
+  controller->textResultsLink.connect(window.results);
+  controller->window.connect(window.titleBar);
+  controller->copyToClipBoardLink.connect(window.copyLink);
+  controller->shareButton.connect(window.openLink);
   controller->desktop.connect(ownDesktop);
   controller->awakeFromNib();
 }
@@ -36,9 +35,9 @@ int runWindowed(int& argc, char** argv, const ControllerFactory& makeController)
   platform::EventLoop loop;
   platform::QtApplication application(loop, argc, argv);
   WindowedRun run(makeController(loop), application.desktop());
-  run.show();
+  run.window.show();
   return application.run(
-      [&] { return run.mainController().applicationShouldTerminateAfterLastWindowClosed(); });
+      [&] { return run.controller->applicationShouldTerminateAfterLastWindowClosed(); });
 }
 
 }  // namespace app

@@ -20,10 +20,6 @@ class WindowedRun {
  public:
   WindowedRun(std::unique_ptr<MainController> owned, platform::Desktop& ownDesktop);
 
-  void show() { window.show(); }
-  MainController& mainController() { return *controller; }
-
- private:
   ui::MainWindow window;
   // Destroyed before the window whose controls it names; commands that still run are then asked to
   // end.

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 Halvik
 // SPDX-License-Identifier: Apache-2.0
 
-// The plan of a run, launched.
+// The plan of a run, launched, with a command for each of the Skivra's beacon logs.
 
 #include <memory>
 
@@ -32,10 +32,8 @@ void MainController::startTests() {
     tailBeaconLogs();
     diagnostics::startSystemLogAndBlockingTests(*this, endpoints, tailSize);
   }
-  progressIndicator.send(&ui::ProgressBar::setMinValue, 0.0);
-  progressIndicator.send(&ui::ProgressBar::setMaxValue, static_cast<double>(processes.size()));
-  progressIndicator.send(&ui::ProgressBar::setDoubleValue, 0.0);
-  progressIndicator.send(&ui::ProgressBar::setControlTint, ui::ProgressBar::graphiteTint);
+  progressIndicator.send(&ui::ProgressBar::setRange, 0, static_cast<int>(processes.size()));
+  progressIndicator.send(&ui::ProgressBar::setValue, 0);
   if (!isSilent) {
     showProgress();
   }
@@ -53,6 +51,19 @@ void MainController::startTest(const std::string& launchPath, const std::vector<
       [this] { processTerminatedNotification(); });
   processes.append(process);
   process->start(launchPath, args, comment);
+}
+
+void MainController::tailBeaconLogs() {
+  for (const std::string& folder : diagnostics::beaconLogFolders()) {
+    tailBeaconSubfolderLog(folder);
+  }
+}
+
+void MainController::tailBeaconSubfolderLog(const std::string& folder) {
+  for (const std::string& path :
+       diagnostics::orderByCreation(folder, platform::listFolder(folder))) {
+    startTest("/bin/sh", {"-c", diagnostics::readerCommandLine(path)});
+  }
 }
 
 }  // namespace app

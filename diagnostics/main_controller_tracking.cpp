@@ -32,7 +32,7 @@ void MainController::updateProgress() {
     textStatus.send(&ui::Label::setStringValue, "Please wait. Finished " + std::to_string(done) +
                                                     " out of " + std::to_string(processes.size()) +
                                                     " tests.");
-    progressIndicator.send(&ui::ProgressBar::setDoubleValue, static_cast<double>(done));
+    progressIndicator.send(&ui::ProgressBar::setValue, static_cast<int>(done));
   });
 }
 
@@ -45,9 +45,8 @@ void MainController::startProgressLine() {
 }
 
 void MainController::showProgressLine(std::chrono::steady_clock::time_point start) {
-  using std::chrono::seconds;
   const auto elapsed =
-      std::chrono::duration_cast<seconds>(std::chrono::steady_clock::now() - start);
+      std::chrono::floor<std::chrono::seconds>(std::chrono::steady_clock::now() - start);
   std::string line = std::to_string(finishedTasksCount()) + " of " +
                      std::to_string(processes.size()) + " tests finished, " +
                      std::to_string(elapsed.count()) + " s; waiting for";
@@ -87,12 +86,12 @@ void MainController::handleAllTestsFinished() {
   buildResults();
   isReportAtRisk = true;
   if (isConsole) {
-    text::Buffers printed = text::untilNul(results.buffers());
+    text::Buffers printed = text::untilNul(results);
     printed.emplace_back("\n");
     didPrint(printed);
   }
   if (hasOutputFile()) {
-    writeToPath(*outputFile);
+    isReportInFile = writeToPath(*outputFile);
     didPrint({"outputFile=", *outputFile, "\n"});
   }
   if (willUpload()) {

@@ -3,6 +3,9 @@
 
 #include "diagnostics/plan.h"
 
+#include <algorithm>
+#include <tuple>
+
 namespace diagnostics {
 
 namespace {
@@ -13,10 +16,6 @@ constexpr const char* dig = "/usr/bin/dig";
 
 std::string at(const std::string& server) {
   return '@' + server;
-}
-
-std::string inParentheses(const std::string& text) {
-  return '(' + text + ')';
 }
 
 std::string inSkivraFolder(const std::string& name) {
@@ -75,7 +74,7 @@ void startServerNameTest(CommandStarter& starter, const std::string& server) {
 
 void startPings(CommandStarter& starter, const Endpoints& endpoints) {
   starter.named("ping-website")
-      .startPing(endpoints.serviceWebsiteHost, inParentheses(endpoints.serviceWebsiteHost));
+      .startPing(endpoints.serviceWebsiteHost, '(' + endpoints.serviceWebsiteHost + ')');
   starter.startPing(endpoints.paloAltoRouter, "(palo alto router)");
   starter.startPing(endpoints.seattleRouter, "(seattle router)");
   starter.startPing(endpoints.losAngelesRouter, "(los angeles router)");
@@ -113,6 +112,20 @@ void startWebTests(CommandStarter& starter, const Endpoints& endpoints) {
 }
 
 }  // namespace
+
+CommandStarter& CommandStarter::named(std::string_view /*name*/) {
+  return *this;
+}
+
+void CommandStarter::startPing(const std::string& host, const std::string& comment) {
+  startTest("/sbin/ping", {"-c", "5", host}, comment);
+}
+
+void CommandStarter::startTraceroute(const std::string& host) {
+  // The option and its value in one argument, blank included: support staff know the report's line
+  // in this form.
+  startTest("/usr/sbin/traceroute", {"-I", "-w 2", host}, std::nullopt);
+}
 
 TestDomain makeTestDomain(const std::optional<std::string>& option,
                           const std::optional<std::string>& field) {
@@ -177,7 +190,7 @@ void startSystemLogAndBlockingTests(CommandStarter& starter, const Endpoints& en
              "(Page from Blocked IP)");
   const std::string& grey = endpoints.greyIpAddress;
   startShell(starter.named("grey-route"), "/sbin/route -n get " + grey,
-             inParentheses(endpoints.blockIpTestName));
+             '(' + endpoints.blockIpTestName + ')');
   startShell(starter.named("web-grey-allowed"), getPage + grey + "/favicon.ico",
              "(Allowed page from grey IP)");
   startShell(starter.named("web-grey-allowed-8081"), getPage + grey + ":8081/favicon.ico",
@@ -186,6 +199,28 @@ void startSystemLogAndBlockingTests(CommandStarter& starter, const Endpoints& en
              "(Blocked page from grey IP)");
   startShell(starter.named("web-grey-blocked-8081"), getPage + grey + ":8081/malware.htm",
              "(Blocked page from grey IP)");
+}
+
+std::vector<std::string> beaconLogFolders() {
+  const std::string logs = std::string(skivraFolder) + "/beacon-logs/";
+  return {logs + "ipblock/", logs + "probe/", logs + "service/"};
+}
+
+std::vector<std::string> orderByCreation(const std::string& folder,
+                                         std::vector<platform::FolderEntry> entries) {
+  std::sort(entries.begin(), entries.end(), [](const auto& left, const auto& right) {
+    return std::tie(left.createdNs, left.name) < std::tie(right.createdNs, right.name);
+  });
+  std::vector<std::string> paths;
+  paths.reserve(entries.size());
+  for (const platform::FolderEntry& entry : entries) {
+    paths.push_back(folder + entry.name);
+  }
+  return paths;
+}
+
+std::string readerCommandLine(const std::string& path) {
+  return "cat \"" + path + '"';
 }
 
 }  // namespace diagnostics

@@ -45,15 +45,13 @@ void Process::terminate() const {
 }
 
 std::string Process::getResult() const {
-  return report::formatBlock(resultBlock());
+  text::Buffers result;
+  report::addBlock(result, resultBlock());
+  return text::join(result);
 }
 
 report::ResultBlock Process::resultBlock() const {
   return {.displayName = displayName, .standardOutput = stdOutStr, .standardError = stdErrStr};
-}
-
-void Process::countWhenFinished(std::shared_ptr<std::uint32_t> tally) {
-  finishedTally = std::move(tally);
 }
 
 void Process::buildDisplayName(const std::string& launchPath, const std::vector<std::string>& args,

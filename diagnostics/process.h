@@ -11,6 +11,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "platform/process/byte_buffer.h"
@@ -32,8 +33,6 @@ class Process {
   /// `eventLoop` must outlive the process.
   explicit Process(platform::EventLoop& eventLoop);
   ~Process();
-  Process(const Process&) = delete;
-  Process& operator=(const Process&) = delete;
 
   /// Starts the command, named in the report by its path, its arguments and `comment`. Throws
   /// std::system_error when it cannot be started; the process then never finishes.
@@ -43,7 +42,6 @@ class Process {
   /// Asks the command to end if it runs.
   void terminate() const;
 
-  /// Whether the command has ended.
   bool isFinished() const { return finished; }
 
   /// The command in short, for people who wait for it: its name, and what it asks for or reads.
@@ -55,9 +53,6 @@ class Process {
   /// The same as views, valid as long as the process: the report is joined from these without
   /// copying a block twice.
   report::ResultBlock resultBlock() const;
-
-  /// Adds one to `tally` when the command ends, right before it is announced.
-  void countWhenFinished(std::shared_ptr<std::uint32_t> tally);
 
   /// The end of a command: takes the rest of what it printed and announces it. Throws
   /// std::logic_error when the command is another process's.
@@ -80,7 +75,33 @@ class Process {
   bool finished = false;
 
   platform::EventLoop& loop;
+  friend class ProcessList;
+  /// Counts the finished commands of the list; one is added right before the end is announced.
   std::shared_ptr<std::uint32_t> finishedTally;
+};
+
+/// The commands of one run, in launch order. It knows how many of them have finished without asking
+/// each one, since that is asked at every end of a command and a run may have thousands. Copies
+/// share their processes.
+class ProcessList {
+ public:
+  ProcessList() { processes.reserve(20); }
+
+  /// Adds `process`, which must not have been started yet.
+  void append(std::shared_ptr<Process> process) {
+    process->finishedTally = finished;
+    processes.push_back(std::move(process));
+  }
+
+  std::size_t size() const { return processes.size(); }
+  std::uint32_t finishedCount() const { return *finished; }
+
+  auto begin() const { return processes.begin(); }
+  auto end() const { return processes.end(); }
+
+ private:
+  std::vector<std::shared_ptr<Process>> processes;
+  std::shared_ptr<std::uint32_t> finished = std::make_shared<std::uint32_t>(0);
 };
 
 }  // namespace diagnostics

@@ -28,9 +28,6 @@ class HttpProtocol {
   virtual void onHttpError(const Http& client) = 0;
 
  protected:
-  HttpProtocol() = default;
-  HttpProtocol(const HttpProtocol&) = default;
-  HttpProtocol& operator=(const HttpProtocol&) = default;
   ~HttpProtocol() = default;
 };
 
@@ -62,8 +59,6 @@ class Http final : private platform::HttpConnectionDelegate {
  private:
   void upload(platform::EventLoop& loop, std::string_view data,
               std::chrono::milliseconds stallLimit);
-  platform::HttpRequest postRequestWithURL(const std::string& url, std::string_view boundry,
-                                           std::string_view data) const;
   void uploadSucceeded(bool ok);
 
   void connectionDidReceiveResponse(const platform::HttpResponse& response) override;

@@ -1,11 +1,12 @@
 // SPDX-FileCopyrightText: 2026 Halvik
 // SPDX-License-Identifier: Apache-2.0
 
-// Delivery of the report: to the submission endpoint, or to a file.
+// The report of a run, and its delivery to the submission endpoint or to a file.
 
 #include "app/main_controller.h"
 #include "platform/files/files.h"
 #include "platform/process/process_setup.h"
+#include "report/report.h"
 #include "report/trim.h"
 #include "text/log.h"
 #include "text/standard_streams.h"
@@ -18,10 +19,35 @@ namespace {
 constexpr int internalServerError = 500;
 constexpr const char* couldNotSave = "could not save diagnostic_results.txt";
 
+MainController::Text typedText(const ui::Outlet<ui::TextField>& field) {
+  const std::string text =
+      text::trimSpaces(field.ask(&ui::TextField::stringValue).value_or(std::string()));
+  return text.empty() ? std::nullopt : MainController::Text(text);
+}
+
 }  // namespace
 
+void MainController::rememberAccountAndTicketNo() {
+  freeAccountAndTicketNo();
+  txtHalvikAccount = typedText(textHalvikAccount);
+  txtTicketNo = typedText(textTicketNo);
+}
+
+void MainController::freeAccountAndTicketNo() {
+  txtHalvikAccount.reset();
+  txtTicketNo.reset();
+}
+
+void MainController::buildResults() {
+  resultsHead = report::headOf(txtHalvikAccount, txtTicketNo);
+  results = {resultsHead};
+  for (const auto& process : processes) {
+    report::addBlock(results, process->resultBlock());
+  }
+}
+
 bool MainController::submitResults() {
-  std::string body = text::join(text::untilNul(results.buffers()));
+  std::string body = text::join(text::untilNul(results));
   if (body.size() > static_cast<std::size_t>(maxPostSize)) {
     body = report::trimTailData(body, maxPostSize);
   }
@@ -84,12 +110,8 @@ void MainController::endSilentRun(int status) {
   platform::exitProcess(status);
 }
 
-void MainController::writeToPath(const std::string& path) {
-  isReportInFile = didWriteToPath(path);
-}
-
-bool MainController::didWriteToPath(const std::string& path) {
-  if (!platform::writeAtomically(path, results.buffers())) {
+bool MainController::writeToPath(const std::string& path) {
+  if (!platform::writeAtomically(path, results)) {
     text::log(couldNotSave);
     return false;
   }
@@ -115,7 +137,7 @@ void MainController::saveToDesktop() {
 bool MainController::didSaveIn(const std::string& folder) {
   const std::string path = folder + "/diagnostic_results.txt";
   text::log("saving the report to " + path);
-  return didWriteToPath(path);
+  return writeToPath(path);
 }
 
 }  // namespace app

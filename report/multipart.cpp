@@ -5,18 +5,18 @@
 
 namespace report {
 
-std::string multipartContentType(std::string_view boundary) {
-  return "multipart/form-data; boundary=" + std::string(boundary);
-}
-
-std::string multipartBody(std::string_view boundary, std::string_view data) {
+platform::HttpRequest postRequestWithURL(const std::string& url, std::string_view boundry,
+                                         std::string_view data) {
+  const std::string name(boundry);
   std::string body;
   body.reserve(data.size() + 512);
-  body.append("--").append(boundary).append("\r\n");
-  body.append("Content-Disposition: form-data; name=\"file\"; filename=\"test.bin\"\r\n\r\n");
-  body.append(data);
-  body.append("\r\n--").append(boundary).append("--\r\n");
-  return body;
+  body += "--" + name + "\r\n";
+  body += "Content-Disposition: form-data; name=\"file\"; filename=\"test.bin\"\r\n\r\n";
+  body += data;
+  body += "\r\n--" + name + "--\r\n";
+  return {.url = url,
+          .headers = {{"Content-Type", "multipart/form-data; boundary=" + name}},
+          .body = std::move(body)};
 }
 
 }  // namespace report

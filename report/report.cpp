@@ -19,38 +19,22 @@ void addStream(Buffers& buffers, std::string_view label, std::optional<std::stri
   }
 }
 
-void addBlock(Buffers& buffers, const ResultBlock& block) {
-  buffers.push_back(separator);
-  addLine(buffers, "Results for: ", block.displayName);
-  addStream(buffers, "stdout:\n", block.standardOutput);
-  addStream(buffers, "stderr:\n", block.standardError);
-}
-
 std::string headLine(std::string_view label, const std::optional<std::string>& text) {
-  if (!text) {
-    return {};
-  }
-  return std::string(label) + *text + '\n';
+  return text ? std::string(label) + *text + '\n' : std::string();
 }
 
 }  // namespace
 
-std::string formatBlock(const ResultBlock& block) {
-  Buffers buffers;
-  addBlock(buffers, block);
-  return text::join(buffers);
+std::string headOf(const std::optional<std::string>& account,
+                   const std::optional<std::string>& ticket) {
+  return headLine("Halvik account: ", account) + headLine("Halvik ticket: ", ticket);
 }
 
-Report::Report(const std::optional<std::string>& account, const std::optional<std::string>& ticket,
-               std::span<const ResultBlock> blocks)
-    : head(std::make_shared<const std::string>(headLine("Halvik account: ", account) +
-                                               headLine("Halvik ticket: ", ticket))) {
-  if (!head->empty()) {
-    parts.push_back(*head);
-  }
-  for (const ResultBlock& block : blocks) {
-    addBlock(parts, block);
-  }
+void addBlock(Buffers& report, const ResultBlock& block) {
+  report.push_back(separator);
+  addLine(report, "Results for: ", block.displayName);
+  addStream(report, "stdout:\n", block.standardOutput);
+  addStream(report, "stderr:\n", block.standardError);
 }
 
 }  // namespace report

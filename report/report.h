@@ -5,9 +5,7 @@
 
 #pragma once
 
-#include <memory>
 #include <optional>
-#include <span>
 #include <string>
 #include <string_view>
 
@@ -26,29 +24,12 @@ struct ResultBlock {
   std::optional<std::string_view> standardError;
 };
 
-/// The block as text: the separator with the command's name, then each stream that printed
-/// anything.
-std::string formatBlock(const ResultBlock& block);
+/// The report's first lines: account and ticket, unless they are absent.
+std::string headOf(const std::optional<std::string>& account,
+                   const std::optional<std::string>& ticket);
 
-/// The whole report, as a row of pieces: what the commands printed stays where it was captured and
-/// is not copied, so the blocks that a report was made of must outlive it. Copies share their head.
-class Report {
- public:
-  Report() = default;
-
-  /// A report with a head line for the account and for the ticket, unless they are absent, then all
-  /// blocks.
-  Report(const std::optional<std::string>& account, const std::optional<std::string>& ticket,
-         std::span<const ResultBlock> blocks);
-
-  /// The report in order.
-  const text::Buffers& buffers() const { return parts; }
-
-  bool empty() const { return parts.empty(); }
-
- private:
-  std::shared_ptr<const std::string> head;
-  text::Buffers parts;
-};
+/// Adds the block to a report: the separator with the command's name, then each stream that printed
+/// anything. What it printed stays where it was captured, and must outlive the report.
+void addBlock(text::Buffers& report, const ResultBlock& block);
 
 }  // namespace report

@@ -12,14 +12,6 @@ namespace report {
 
 namespace {
 
-std::string_view keptBeginning(std::string_view section, std::size_t length) {
-  if (text::isInsideCharacter(section, length)) {
-    throw std::runtime_error(
-        "the report cannot be trimmed for the upload: the cut falls inside a character");
-  }
-  return section.substr(0, length);
-}
-
 // Written so that the compiler compares many places at a time: a report is mostly sections in which
 // the word never comes.
 bool holdsTail(std::string_view section) {
@@ -48,7 +40,14 @@ std::string_view cutBeginning(std::string_view section, std::int64_t lost) {
     return {};
   }
   const std::int64_t keep = static_cast<std::int64_t>(text::utf16Length(section)) - lost;
-  return keep < 1 ? std::string_view() : keptBeginning(section, static_cast<std::size_t>(keep));
+  if (keep < 1) {
+    return {};
+  }
+  if (text::isInsideCharacter(section, static_cast<std::size_t>(keep))) {
+    throw std::runtime_error(
+        "the report cannot be trimmed for the upload: the cut falls inside a character");
+  }
+  return section.substr(0, static_cast<std::size_t>(keep));
 }
 
 void appendTrimmed(std::string& trimmed, std::string_view section, std::int32_t excess) {

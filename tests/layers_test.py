@@ -13,12 +13,12 @@ LAYERS = ("text", "platform", "ui", "report", "diagnostics", "app")
 # The reader of reports stands beside the program, in layers of its own.
 READER_LAYERS = ("reader/parse/", "reader/facts/", "reader/rules/", "reader/output/", "reader/")
 # What it uses of the program.
-SHARED = {"diagnostics/beacon_logs.h", "diagnostics/endpoints.h", "diagnostics/command_starter.h", "diagnostics/plan.h"}
+SHARED = {"diagnostics/endpoints.h", "diagnostics/plan.h"}
 SYSTEM_INCLUDE = re.compile(r"^#include <([^>]+)>", re.M)
 # Headers of the language, but for that of signals, and of Qt.
 EVERYWHERE = re.compile(r"(?!csignal$)[a-z_]+|Q(?!Network|Ssl)\w+")
 # Nothing of Qt where a run without a window comes by.
-WITH_QT = re.compile(r"platform/desktop/|ui/(gliding|main_window|widget|window)|app/window")
+WITH_QT = re.compile(r"platform/desktop/|ui/(main_window|widget|window)|app/window")
 READER_LIBRARIES = re.compile(r"CLI/CLI\.hpp|nlohmann/json(_fwd)?\.hpp")
 # Headers of POSIX, and that of a terminal's size, which Linux and macOS share.
 POSIX = re.compile(r"(dlfcn|fcntl|poll|pthread|pwd|spawn|unistd|sys/(ioctl|resource|stat|time|types|uio|wait))\.h")

@@ -10,6 +10,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace text {
@@ -21,26 +22,35 @@ class NotificationCenter {
   using Handler = std::function<void()>;
 
   /// The one centre of this process.
-  static NotificationCenter& defaultCenter();
+  static NotificationCenter& defaultCenter() {
+    static NotificationCenter center;
+    return center;
+  }
 
   /// Calls `handler` on every post of `name` by `object`, in the order of registration, until the
   /// object is forgotten.
-  void addObserver(std::string_view name, const void* object, Handler handler);
+  void addObserver(std::string_view name, const void* object, Handler handler) {
+    observations[object].emplace_back(name, std::move(handler));
+  }
 
-  /// Calls the observers of `name` and `object` before it returns; without observers it does
-  /// nothing.
-  void post(std::string_view name, const void* object) const;
+  /// Calls the observers of `name` and `object` before it returns.
+  void post(std::string_view name, const void* object) const {
+    if (const auto found = observations.find(object); found != observations.end()) {
+      // A copy, since a handler may add observers of the same object.
+      for (const auto& [observed, handler] : std::vector(found->second)) {
+        if (observed == name) {
+          handler();
+        }
+      }
+    }
+  }
 
   /// Ends every observation of `object`; called by its destructor, since a later object may get the
   /// same address.
-  void forget(const void* object);
+  void forget(const void* object) { observations.erase(object); }
 
  private:
-  struct Observation {
-    std::string name;
-    Handler handler;
-  };
-  std::unordered_map<const void*, std::vector<Observation>> observations;
+  std::unordered_map<const void*, std::vector<std::pair<std::string, Handler>>> observations;
 };
 
 }  // namespace text

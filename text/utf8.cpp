@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
-#include <cstring>
 
 namespace text {
 
@@ -21,103 +20,60 @@ constexpr std::array<std::string_view, 18> trimmed{
     "\t",     " ",      "\u00A0", "\u1680", "\u2000", "\u2001", "\u2002", "\u2003", "\u2004",
     "\u2005", "\u2006", "\u2007", "\u2008", "\u2009", "\u200A", "\u202F", "\u205F", "\u3000"};
 
-// The length that the first byte of a character promises, and 1 for any other byte.
-std::size_t promisedLength(char first) {
-  const auto byte = static_cast<unsigned char>(first);
-  return byte < 0xC0U ? 1 : byte < 0xE0U ? 2 : byte < 0xF0U ? 3 : 4;
-}
-
-// Vectors of GCC and clang, which they have for every processor. Checks that take one byte after
-// the other are a tenth as fast where a text is not all ASCII. What handles vectors is inlined,
-// because the caller decides which instructions it may use.
-using Vector = std::int8_t __attribute__((vector_size(16)));
-using LongVector = std::int8_t __attribute__((vector_size(32)));
-
-// So many bytes before another one decide whether it may stand there.
-constexpr std::size_t before = 3;
-
-// The bytes less 0x80, as processors compare signed numbers only.
-template <typename V>
-[[gnu::always_inline]] inline void load(const char* bytes, V& loaded) {
-  std::memcpy(&loaded, bytes, sizeof loaded);
-  loaded ^= static_cast<std::int8_t>(-0x80);
-}
-
-// Marks the bytes that may not follow the three before each of them. A character that lacks its end
-// shows in the byte that follows.
-template <typename V>
-[[gnu::always_inline]] inline void markWrong(const char* threeBefore, V& wrong) {
-  V third;
-  V second;
-  V last;
-  V byte;
-  load(threeBefore, third);
-  load(threeBefore + 1, second);
-  load(threeBefore + 2, last);
-  load(threeBefore + 3, byte);
-  const V isFirst = byte > 0x3F;  // 0xC0 less 0x80, and so on
-  const V continues = (byte > -1) ^ isFirst;
-  const V mustContinue = (last > 0x3F) | (second > 0x5F) | (third > 0x6F);
-  const V isUnused = (isFirst ^ (byte > 0x41)) | (byte > 0x74);
-  const V isOverlong = ((last == 0x60) & (byte < 0x20)) | ((last == 0x70) & (byte < 0x10));
-  const V isSurrogate = (last == 0x6D) & (byte > 0x1F);
-  const V isTooLarge = (last == 0x74) & (byte > 0x0F);
-  wrong |= (continues ^ mustContinue) | isUnused | isOverlong | isSurrogate | isTooLarge;
-}
-
-template <typename V>
-[[gnu::always_inline]] inline bool checkWith(std::string_view bytes) {
-  V wrong{};
-  std::size_t checked = 0;
-  // The first bytes have none before them, and are checked in a copy that has.
-  std::array<char, before + sizeof(V)> copy{};
-  if (bytes.size() >= sizeof(V)) {
-    std::copy_n(bytes.begin(), sizeof(V), copy.begin() + before);
-    markWrong(copy.data(), wrong);
-    checked = sizeof(V);
+// Written so that the compiler looks at many bytes at a time.
+bool isAscii(std::string_view bytes) {
+  std::uint8_t seen = 0;
+  for (const char byte : bytes) {
+    seen = static_cast<std::uint8_t>(seen | static_cast<std::uint8_t>(byte));
   }
-  for (; checked > 0 && checked + sizeof(V) <= bytes.size(); checked += sizeof(V)) {
-    markWrong(bytes.data() + checked - before, wrong);
-  }
-  // So are the last ones. Where the NULs begin, a character must have ended.
-  copy.fill('\0');
-  const std::size_t seen = std::min(checked, before);
-  std::copy(bytes.begin() + static_cast<std::ptrdiff_t>(checked - seen), bytes.end(),
-            copy.begin() + static_cast<std::ptrdiff_t>(before - seen));
-  markWrong(copy.data(), wrong);
-  std::array<char, sizeof(V)> marks{};
-  std::memcpy(marks.data(), &wrong, sizeof wrong);
-  return marks == std::array<char, sizeof(V)>{};
+  return seen < 0x80;
 }
 
-#ifdef __x86_64__
-[[gnu::target("avx2")]] bool checkWithAvx2(std::string_view bytes) {
-  return checkWith<LongVector>(bytes);
+// The length of the character that `bytes` begin with; 0 when there is no valid one.
+std::size_t characterLength(std::string_view bytes) {
+  const auto at = [bytes](std::size_t index) {
+    return index < bytes.size() ? static_cast<unsigned char>(bytes[index]) : 0U;
+  };
+  const auto continues = [&](std::size_t index) { return (at(index) & 0xC0U) == 0x80U; };
+  const unsigned first = at(0);
+  const unsigned second = at(1);
+  if (first < 0x80) {
+    return 1;
+  }
+  if (first < 0xE0) {
+    return first >= 0xC2 && continues(1) ? 2 : 0;
+  }
+  const bool isOverlong = (first == 0xE0 && second < 0xA0) || (first == 0xF0 && second < 0x90);
+  const bool isSurrogate = first == 0xED && second > 0x9F;
+  const bool isTooLarge = first > 0xF4 || (first == 0xF4 && second > 0x8F);
+  if (isOverlong || isSurrogate || isTooLarge || !continues(1) || !continues(2)) {
+    return 0;
+  }
+  return first < 0xF0 ? 3 : continues(3) ? 4 : 0;
 }
-#endif
 
 }  // namespace
 
 bool isUtf8(std::string_view bytes) {
-#ifdef __x86_64__
-  if (static_cast<bool>(__builtin_cpu_supports("avx2"))) {
-    return checkWithAvx2(bytes);
+  constexpr std::size_t blockBytes = 64;
+  while (!bytes.empty()) {
+    const bool isBlock = bytes.size() >= blockBytes && isAscii(bytes.substr(0, blockBytes));
+    const std::size_t valid = isBlock ? blockBytes : characterLength(bytes);
+    if (valid == 0) {
+      return false;
+    }
+    bytes.remove_prefix(valid);
   }
-#endif
-  return checkWith<Vector>(bytes);
+  return true;
 }
 
 std::string toUtf8(std::string_view bytes) {
-  if (isUtf8(bytes)) {
-    return std::string(bytes);
-  }
   constexpr std::string_view replacement = "\xEF\xBF\xBD";
   std::string text;
   while (!bytes.empty()) {
-    const std::string_view character = bytes.substr(0, promisedLength(bytes.front()));
-    const bool isWhole = isUtf8(character);
-    text += isWhole ? character : replacement;
-    bytes.remove_prefix(isWhole ? character.size() : 1);
+    const std::size_t valid = characterLength(bytes);
+    text += valid > 0 ? bytes.substr(0, valid) : replacement;
+    bytes.remove_prefix(std::max<std::size_t>(valid, 1));
   }
   return text;
 }

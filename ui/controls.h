@@ -3,24 +3,24 @@
 
 // The kinds of controls that the window is made of, as the controller sees them: plain operations
 // on UTF-8 text. What they are made of is not said here, so that a run without a window needs no
-// widgets.
+// widgets. And the outlets by which it reaches them.
 
 #pragma once
 
+#include <functional>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
-#include "ui/text_range.h"
+#include "ui/links.h"
 
 namespace ui {
 
 /// Anything that can be shown and enabled.
 class Control {
  public:
-  Control() = default;
   virtual ~Control() = default;
-  Control(const Control&) = delete;
-  Control& operator=(const Control&) = delete;
   virtual void setHidden(bool hidden) = 0;
   virtual void setEnabled(bool enabled) = 0;
 };
@@ -43,57 +43,61 @@ class Label : public Control {
   virtual void setStringValue(const std::string& text) = 0;
 };
 
-/// A bar that shows a value between two others.
+/// A grey bar that shows a value between two others.
 class ProgressBar : public Control {
  public:
-  /// A quiet grey in place of the desktop's accent colour.
-  static constexpr int graphiteTint = 6;
-
-  virtual void setMinValue(double value) = 0;
-  virtual void setMaxValue(double value) = 0;
+  virtual void setRange(int minimum, int maximum) = 0;
   /// While the bar is animated it glides to the new value, otherwise it jumps there.
-  virtual void setDoubleValue(double value) = 0;
-  /// Every tint but graphite leaves the desktop's colour.
-  virtual void setControlTint(int tint) = 0;
-  virtual void startAnimation() = 0;
-  virtual void stopAnimation() = 0;
+  virtual void setValue(int value) = 0;
+  virtual void setAnimated(bool animated) = 0;
 };
 
-/// A colour of the results view.
-struct Color {
-  int red;
-  int green;
-  int blue;
-};
-
-/// Text with attributes, which can be selected but not edited.
-class RichTextView {
+/// White text with orange links, which can be selected but not edited.
+class RichTextView : public Control {
  public:
-  RichTextView() = default;
-  virtual ~RichTextView() = default;
-  RichTextView(const RichTextView&) = delete;
-  RichTextView& operator=(const RichTextView&) = delete;
-  /// Replaces the whole contents by `text`, without attributes.
+  /// Replaces the whole contents by `text`, without links.
   virtual void setString(const std::string& text) = 0;
+  /// The contents, with a line feed for every kind of line end.
   virtual std::u16string string() const = 0;
-  /// Makes the text in each of `ranges`, which are in the order of the text, a link to itself,
-  /// underlined and blue. What is no URL stays plain, and so does what comes behind the first four
-  /// million units of links.
+  /// Makes the text in each of `ranges`, which are in the order of the text, a link to itself. What
+  /// is no URL stays plain, and so does what comes behind the first four million units of links.
   virtual void addLinks(const std::vector<TextRange>& ranges) = 0;
-  /// The colour of the whole text, links included.
-  virtual void setTextColor(const Color& color) = 0;
-  /// The colour in which links are shown, whatever colour their text has.
-  virtual void setLinkColor(const Color& color) = 0;
 };
 
 /// The window itself.
-class Window {
+class Window : public Control {
  public:
-  Window() = default;
-  virtual ~Window() = default;
-  Window(const Window&) = delete;
-  Window& operator=(const Window&) = delete;
   virtual void setTitle(const std::string& title) = 0;
+};
+
+/// Names a control that may be absent. What is sent to an absent control does nothing; what is
+/// asked of it has no answer. The control is not owned.
+template <class Target>
+class Outlet {
+ public:
+  /// `target` must outlive every use of the outlet.
+  void connect(Target& target) { control = &target; }
+
+  /// Calls `operation` on the control.
+  template <class Operation, class... Arguments>
+  void send(Operation operation, Arguments&&... arguments) const {
+    if (control != nullptr) {
+      std::invoke(operation, *control, std::forward<Arguments>(arguments)...);
+    }
+  }
+
+  /// The answer of the control to `question`, or none.
+  template <class Question, class... Arguments>
+  auto ask(Question question, Arguments&&... arguments) const
+      -> std::optional<std::invoke_result_t<Question, Target&, Arguments...>> {
+    if (control == nullptr) {
+      return std::nullopt;
+    }
+    return std::invoke(question, *control, std::forward<Arguments>(arguments)...);
+  }
+
+ private:
+  Target* control = nullptr;
 };
 
 }  // namespace ui

@@ -12,23 +12,10 @@ namespace {
 constexpr std::u16string_view secure = u"https://";
 constexpr std::u16string_view plain = u"http://";
 
-// What lies beyond ASCII: the next line, the spaces of Unicode, and its separators of lines and
-// paragraphs.
-constexpr std::u16string_view whiteSpaceBeyondAscii =
-    u"\u0085\u00A0\u1680\u2000\u2001\u2002\u2003\u2004\u2005\u2006\u2007\u2008\u2009\u200A"
-    u"\u2028\u2029\u202F\u205F\u3000";
-
-bool isWhiteSpaceOrNewline(char16_t unit) {
-  return unit < 0x80 ? unit == u' ' || (unit >= u'\t' && unit <= u'\r')
-                     : whiteSpaceBeyondAscii.find(unit) != std::u16string_view::npos;
-}
-
-// The first white space from `start` on, or the end of the text.
-std::size_t findSpace(std::u16string_view text, std::size_t start) {
-  const auto* const space = std::find_if(text.begin() + static_cast<std::ptrdiff_t>(start),
-                                         text.end(), isWhiteSpaceOrNewline);
-  return static_cast<std::size_t>(space - text.begin());
-}
+// Of ASCII and of Unicode, with its separators of lines and paragraphs.
+constexpr std::u16string_view whiteSpaceAndNewlines =
+    u" \t\n\v\f\r\u0085\u00A0\u1680\u2000\u2001\u2002\u2003\u2004\u2005\u2006\u2007\u2008"
+    u"\u2009\u200A\u2028\u2029\u202F\u205F\u3000";
 
 }  // namespace
 
@@ -54,7 +41,7 @@ std::vector<TextRange> findLinks(std::u16string_view text) {
     // one.
     start = position + prefix.size();
     if (space < start) {
-      space = findSpace(text, start);
+      space = std::min(text.find_first_of(whiteSpaceAndNewlines, start), text.size());
     }
     // The white space belongs to the link when there is one.
     links.push_back({.position = position, .length = std::min(space + 1, text.size()) - position});

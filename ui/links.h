@@ -5,12 +5,18 @@
 
 #pragma once
 
+#include <cstddef>
 #include <string_view>
 #include <vector>
 
-#include "ui/text_range.h"
-
 namespace ui {
+
+/// A place in a text, in UTF-16 code units.
+struct TextRange {
+  std::size_t position;
+  std::size_t length;
+  bool operator==(const TextRange&) const = default;
+};
 
 /// The ranges of `text` that are shown as links, in the order in which they are found. A link
 /// begins with "http://" or "https://" and ends with the white space that follows it, that one

@@ -8,13 +8,6 @@
 
 namespace app {
 
-namespace {
-
-constexpr ui::Color white{.red = 255, .green = 255, .blue = 255};
-constexpr ui::Color orange{.red = 255, .green = 165, .blue = 0};
-
-}  // namespace
-
 void MainController::enableUI() {
   buttonStartTests.send(&ui::Button::setEnabled, true);
   textHalvikAccount.send(&ui::TextField::setEnabled, true);
@@ -35,14 +28,14 @@ void MainController::showProgress() {
   textCopyPaste.send(&ui::Label::setHidden, true);
   textStatus.send(&ui::Label::setHidden, false);
   progressIndicator.send(&ui::ProgressBar::setHidden, false);
-  progressIndicator.send(&ui::ProgressBar::startAnimation);
+  progressIndicator.send(&ui::ProgressBar::setAnimated, true);
   copyToClipBoardLink.send(&ui::Button::setHidden, true);
   shareButton.send(&ui::Button::setHidden, true);
 }
 
 void MainController::hideProgress() {
   textStatus.send(&ui::Label::setHidden, true);
-  progressIndicator.send(&ui::ProgressBar::stopAnimation);
+  progressIndicator.send(&ui::ProgressBar::setAnimated, false);
   progressIndicator.send(&ui::ProgressBar::setHidden, true);
   copyToClipBoardLink.send(&ui::Button::setHidden, false);
   // Shown after a failed upload as well, when there may be no URL of this run.
@@ -53,13 +46,11 @@ void MainController::setTextView(const ui::Outlet<ui::RichTextView>& view,
                                  const std::string& text) {
   view.send(&ui::RichTextView::setString, text);
   hiliteAndActivateURLs(view);
-  view.send(&ui::RichTextView::setTextColor, white);
 }
 
 void MainController::hiliteAndActivateURLs(const ui::Outlet<ui::RichTextView>& view) {
   const std::u16string text = view.ask(&ui::RichTextView::string).value_or(std::u16string());
   view.send(&ui::RichTextView::addLinks, ui::findLinks(text));
-  view.send(&ui::RichTextView::setLinkColor, orange);
 }
 
 void MainController::copyToClipBoardLinkButtonPressed() {

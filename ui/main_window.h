@@ -5,11 +5,13 @@
 
 #pragma once
 
+#include <QDialog>
+#include <QPushButton>
+
 #include <functional>
-#include <memory>
 #include <string>
 
-#include "ui/controls.h"
+#include "ui/widget_controls.h"
 
 namespace ui {
 
@@ -21,40 +23,63 @@ struct WindowActions {
   std::function<void(const std::string& url)> openLink;
 };
 
-/// The controls of the window, which owns them.
-struct WindowControls {
-  TextField& account;
-  TextField& ticket;
-  TextField& domain;
-  Button& start;
-  Label& status;
-  ProgressBar& progress;
-  ScrollView& resultsScroll;
-  RichTextView& results;
-  Label& caption;
-  Button& copy;
-  Button& open;
-  Window& window;
-};
-
 /// The one window of the program. It owns its widgets and knows nothing of runs: it offers its
-/// controls and passes on what is pressed. At first it is low. From the first run on every control
-/// keeps its place while it is hidden, so that nothing jumps.
-class MainWindow {
+/// controls and passes on what is pressed. At first it is low, and the controls that belong to a
+/// run are hidden. From the first run on every control keeps its place while it is hidden, so that
+/// nothing jumps. It is a dialog, because only dialogs have a default button, with the frame of an
+/// ordinary window.
+class MainWindow final : public QDialog {
  public:
-  /// Needs a windowed application. The controls that belong to a run are hidden at first.
+  /// Needs a windowed application.
   explicit MainWindow(WindowActions pressed);
-  ~MainWindow();
-  MainWindow(const MainWindow&) = delete;
-  MainWindow& operator=(const MainWindow&) = delete;
 
-  void show();
-
-  WindowControls controls();
+ protected:
+  /// Ignores Escape, which would close the window and with it end a run, and Return in the results,
+  /// which would start a run that removes them.
+  void keyPressEvent(QKeyEvent* event) override;
+  /// Gives the keyboard focus back when the start button is enabled after a run.
+  bool eventFilter(QObject* watched, QEvent* event) override;
 
  private:
-  class Parts;
-  std::unique_ptr<Parts> parts;
+  void setUpFields();
+  void setUpRun();
+  void setUpResults();
+  void setUpButtons();
+  void arrange();
+  void keepPlaces(bool areKept);
+  void takeFocusAway();
+
+  const WindowActions actions;
+  QLabel purposeLabel{QStringLiteral(
+      "Runs network tests on this computer and sends\nwhat they print to Halvik support.")};
+  Field accountField;
+  Field ticketField;
+  Field domainField;
+  QPushButton startPush{QStringLiteral("&Start tests")};
+  QLabel statusLabel;
+  GlidingProgressBar progressBar;
+  QTextBrowser resultsBrowser;
+  QLabel captionLabel{QStringLiteral("Send this link to Halvik support:")};
+  QPushButton copyPush{QStringLiteral("&Copy link")};
+  QPushButton openPush{QStringLiteral("&Open link")};
+  /// Has the keyboard focus again after a run, or null: while the fields and the button are
+  /// disabled, nothing has it. From the start button it goes on to the results, so that no second
+  /// press of the same key removes them, and a screen reader reads them.
+  QWidget* focusedBefore = nullptr;
+
+ public:
+  WidgetTextField account{accountField};
+  WidgetTextField ticket{ticketField};
+  WidgetTextField domain{domainField};
+  WidgetButton start{startPush};
+  WidgetLabel status{statusLabel};
+  WidgetProgressBar progress{progressBar};
+  WidgetScrollView resultsScroll{resultsBrowser};
+  WidgetRichTextView results{resultsBrowser};
+  WidgetLabel caption{captionLabel};
+  WidgetButton copyLink{copyPush};
+  WidgetButton openLink{openPush};
+  WidgetWindow titleBar{*this};
 };
 
 }  // namespace ui

@@ -8,13 +8,10 @@
 
 #include <QLabel>
 #include <QLineEdit>
-#include <QProgressBar>
 #include <QTextBrowser>
 
-#include <vector>
-
 #include "ui/controls.h"
-#include "ui/gliding_progress_bar.h"
+#include "ui/window_widgets.h"
 
 namespace ui {
 
@@ -36,56 +33,39 @@ using WidgetScrollView = WidgetControl<ScrollView>;
 class WidgetTextField final : public WidgetControl<TextField, QLineEdit> {
  public:
   using WidgetControl::WidgetControl;
-  std::string stringValue() const override;
+  std::string stringValue() const override { return widget->text().toStdString(); }
 };
 
 class WidgetLabel final : public WidgetControl<Label, QLabel> {
  public:
   using WidgetControl::WidgetControl;
-  void setStringValue(const std::string& text) override;
+  void setStringValue(const std::string& text) override {
+    widget->setText(QString::fromStdString(text));
+  }
 };
 
 class WidgetProgressBar final : public WidgetControl<ProgressBar, GlidingProgressBar> {
  public:
   using WidgetControl::WidgetControl;
-  void setMinValue(double value) override;
-  void setMaxValue(double value) override;
-  void setDoubleValue(double value) override;
-  void setControlTint(int tint) override;
-  void startAnimation() override;
-  void stopAnimation() override;
+  void setRange(int minimum, int maximum) override { widget->setRange(minimum, maximum); }
+  void setValue(int value) override { widget->setValue(value); }
+  void setAnimated(bool animated) override { widget->setGliding(animated); }
 };
 
-class WidgetRichTextView final : public RichTextView {
+class WidgetRichTextView final : public WidgetControl<RichTextView, QTextBrowser> {
  public:
-  explicit WidgetRichTextView(QTextBrowser& shown);
-  void setString(const std::string& shown) override;
-  std::u16string string() const override;
+  using WidgetControl::WidgetControl;
+  void setString(const std::string& text) override;
+  std::u16string string() const override { return widget->toPlainText().toStdU16String(); }
   void addLinks(const std::vector<TextRange>& ranges) override;
-  void setTextColor(const Color& color) override;
-  void setLinkColor(const Color& color) override;
-
- private:
-  void addLink(const TextRange& range);
-  void showLinks();
-  TextRange placeInView(const TextRange& range) const;
-
-  QTextBrowser* view;
-  std::u16string text;
-  /// Where in `text` a line feed follows a carriage return: the view has one unit for both.
-  std::vector<std::size_t> lineFeedsLeftOut;
-  /// Places in the view.
-  std::vector<TextRange> links;
-  Color linkColor{};
 };
 
-class WidgetWindow final : public Window {
+class WidgetWindow final : public WidgetControl<Window> {
  public:
-  explicit WidgetWindow(QWidget& shown) : widget(&shown) {}
-  void setTitle(const std::string& title) override;
-
- private:
-  QWidget* widget;
+  using WidgetControl::WidgetControl;
+  void setTitle(const std::string& title) override {
+    widget->setWindowTitle(QString::fromStdString(title));
+  }
 };
 
 }  // namespace ui

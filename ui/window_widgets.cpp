@@ -3,42 +3,28 @@
 
 #include "ui/window_widgets.h"
 
-#include <QKeyEvent>
-#include <QTextBrowser>
+#include <QApplication>
+#include <QEvent>
+#include <QLinearGradient>
+#include <QPainter>
+#include <QStyleOptionProgressBar>
+
+#include <cmath>
 
 namespace ui {
 
-Frame::Frame() {
-  setWindowFlags(Qt::Window);
-  setAttribute(Qt::WA_QuitOnClose);
-}
+namespace {
 
-void Frame::keyPressEvent(QKeyEvent* event) {
-  const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
-  const bool isInResults = qobject_cast<QTextBrowser*>(focusWidget()) != nullptr;
-  if (event->key() == Qt::Key_Escape || (isReturn && isInResults)) {
-    event->ignore();
-  } else {
-    QDialog::keyPressEvent(event);
-  }
-}
+constexpr int glideMs = 150;
+// Styles paint in whole steps; a hundred of them for each unit let the picture glide.
+constexpr int stepsPerUnit = 100;
 
-void FocusKeeper::takeFrom(QWidget* focused) {
-  before = focused == parent() ? results : focused;
-  if (focused != nullptr) {
-    focused->clearFocus();
-  }
-}
+constexpr int shadeStepMs = 50;
+constexpr int shadeSteps = 40;  // from one end to the other
+constexpr double shadeWidth = 0.25;
+constexpr float shadeStrength = 0.25F;
 
-bool FocusKeeper::eventFilter(QObject* watched, QEvent* event) {
-  const auto* start = qobject_cast<QWidget*>(watched);
-  if (event->type() == QEvent::EnabledChange && start->isEnabled() && before != nullptr) {
-    // Later, since the fields are enabled and the results are shown after the button.
-    QMetaObject::invokeMethod(
-        before, [this] { before->setFocus(); }, Qt::QueuedConnection);
-  }
-  return QObject::eventFilter(watched, event);
-}
+}  // namespace
 
 void Field::changeEvent(QEvent* event) {
   QLineEdit::changeEvent(event);
@@ -56,6 +42,80 @@ void Field::strengthenHint() {
     colors.setColor(QPalette::PlaceholderText, hint);
     setPalette(colors);
   }
+}
+
+GlidingProgressBar::GlidingProgressBar(QWidget* parent) : QProgressBar(parent) {
+  QPalette quiet;
+  quiet.setColor(QPalette::Highlight, QColor(0x8c, 0x8c, 0x8c));
+  setPalette(quiet);
+  glide.setDuration(glideMs);
+  connect(this, &QProgressBar::valueChanged, this, &GlidingProgressBar::glideTo);
+  connect(&glide, &QVariantAnimation::valueChanged, this, [this](const QVariant& value) {
+    shown = value.toDouble();
+    update();
+  });
+  shadeTimer.setInterval(shadeStepMs);
+  connect(&shadeTimer, &QTimer::timeout, this, &GlidingProgressBar::moveShade);
+}
+
+void GlidingProgressBar::setGliding(bool on) {
+  glide.stop();
+  shown = value();
+  shadeStep = 0;
+  // Desktops have a setting for those whom movement disturbs.
+  const bool mayMove = style()->styleHint(QStyle::SH_Widget_Animation_Duration, nullptr, this) > 0;
+  if (on && mayMove) {
+    shadeTimer.start();
+  } else {
+    shadeTimer.stop();
+  }
+  update();
+}
+
+void GlidingProgressBar::moveShade() {
+  // Behind a message about an error nothing goes on.
+  if (QApplication::activeModalWidget() == nullptr) {
+    shadeStep = (shadeStep + 1) % shadeSteps;
+    update();
+  }
+}
+
+void GlidingProgressBar::paintEvent(QPaintEvent* event) {
+  QProgressBar::paintEvent(event);
+  if (!shadeTimer.isActive()) {
+    return;
+  }
+  QStyleOptionProgressBar option;
+  initStyleOption(&option);
+  const QRectF bar = style()->subElementRect(QStyle::SE_ProgressBarContents, &option, this);
+  const double width = bar.width() * shadeWidth;
+  const double left = bar.left() - width + (bar.width() + width) * shadeStep / shadeSteps;
+  QColor shade = palette().color(QPalette::Text);
+  QLinearGradient gradient(left, 0, left + width, 0);
+  shade.setAlphaF(0);
+  gradient.setColorAt(0, shade);
+  gradient.setColorAt(1, shade);
+  shade.setAlphaF(shadeStrength);
+  gradient.setColorAt(0.5, shade);
+  QPainter(this).fillRect(bar, gradient);
+}
+
+void GlidingProgressBar::glideTo(int value) {
+  glide.stop();
+  if (!shadeTimer.isActive()) {
+    shown = value;
+    return;
+  }
+  glide.setStartValue(shown);
+  glide.setEndValue(static_cast<double>(value));
+  glide.start();
+}
+
+void GlidingProgressBar::initStyleOption(QStyleOptionProgressBar* option) const {
+  QProgressBar::initStyleOption(option);
+  option->minimum = minimum() * stepsPerUnit;
+  option->maximum = maximum() * stepsPerUnit;
+  option->progress = static_cast<int>(std::lround(shown * stepsPerUnit));
 }
 
 }  // namespace ui

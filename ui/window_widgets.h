@@ -5,44 +5,12 @@
 
 #pragma once
 
-#include <QDialog>
 #include <QLineEdit>
-#include <QPointer>
-#include <QPushButton>
+#include <QProgressBar>
+#include <QTimer>
+#include <QVariantAnimation>
 
 namespace ui {
-
-/// A dialog, because only dialogs have a default button, with the frame of an ordinary window.
-class Frame final : public QDialog {
- public:
-  Frame();
-
- protected:
-  /// Ignores Escape, which would close the window and with it end a run, and Return in the results,
-  /// which would start a run that removes them.
-  void keyPressEvent(QKeyEvent* event) override;
-};
-
-/// Gives the keyboard focus back after a run to the widget that had it before: while the fields and
-/// the button are disabled, nothing has it, and somebody who works by keyboard would have to find
-/// the first field again. From the start button it goes on to the results, so that no second press
-/// of the same key removes them, and a screen reader reads them.
-class FocusKeeper final : public QObject {
- public:
-  FocusKeeper(QPushButton& start, QWidget& shownResults) : QObject(&start), results(&shownResults) {
-    start.installEventFilter(this);
-  }
-
-  /// Call this before they are disabled: the focus would go from each to the next, and a screen
-  /// reader would read all of them.
-  void takeFrom(QWidget* focused);
-
-  bool eventFilter(QObject* watched, QEvent* event) override;
-
- private:
-  QWidget* results;
-  QPointer<QWidget> before;
-};
 
 /// A field whose hint can be read: Qt's is half as strong as its text, too faint for many.
 class Field final : public QLineEdit {
@@ -54,6 +22,32 @@ class Field final : public QLineEdit {
 
  private:
   void strengthenHint();
+};
+
+/// A progress bar, grey in place of the desktop's accent colour, whose picture glides to a new
+/// value, and over which a shade wanders, so that one sees that something happens while nothing
+/// finishes. Its range and its value, which a screen reader reads, are exact at every moment.
+class GlidingProgressBar : public QProgressBar {
+ public:
+  explicit GlidingProgressBar(QWidget* parent = nullptr);
+
+  /// While this is off, or movement turned off for the whole desktop, the picture jumps, and there
+  /// is no shade.
+  void setGliding(bool on);
+
+ protected:
+  void initStyleOption(QStyleOptionProgressBar* option) const override;
+  void paintEvent(QPaintEvent* event) override;
+
+ private:
+  void glideTo(int value);
+  void moveShade();
+
+  QVariantAnimation glide;
+  /// The value that the picture shows.
+  double shown = 0;
+  QTimer shadeTimer;
+  int shadeStep = 0;
 };
 
 }  // namespace ui

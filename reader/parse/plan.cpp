@@ -8,8 +8,6 @@
 #include <optional>
 #include <utility>
 
-#include "diagnostics/beacon_logs.h"
-#include "diagnostics/command_starter.h"
 #include "diagnostics/plan.h"
 #include "reader/parse/lines.h"
 

@@ -122,7 +122,7 @@ TEST(BeaconLogRun, FiveThousandLogsAreReadAtOnce) {
   controller.tailBeaconSubfolderLog(folder.path() + '/');
   support::turnUntil([&] { return controller.finishedTasksCount() == 5000; });
   controller.buildResults();
-  const std::string results = text::join(controller.results.buffers());
+  const std::string results = text::join(controller.results);
   // One way through the text, as looking for each in the whole takes longer than all else.
   std::set<int> found;
   for (std::size_t at = 0; (at = results.find("\"\nstdout:\nlog ", at)) != std::string::npos;

@@ -63,7 +63,7 @@ TEST(RunTracking, CompletionWaitsForTheLastCommandAndRunsOnce) {
   controller.processTerminatedNotification();
   EXPECT_EQ(controller.completions, 1);
   EXPECT_TRUE(controller.isFinishing);
-  const std::string results = text::join(controller.results.buffers());
+  const std::string results = text::join(controller.results);
   std::size_t position = 0;
   for (int i = 0; i < 20; ++i) {
     position = results.find("stdout:\n" + std::to_string(i) + "\n\n", position);

@@ -33,7 +33,7 @@ const Calls shown{"scroll hide",    "caption hide", "status show", "progress sho
                   "progress start", "copy hide",    "open hide"};
 
 Calls range(const std::string& count) {
-  return {"progress min 0", "progress max " + count, "progress value 0", "progress tint 6"};
+  return {"progress range 0 to " + count, "progress value 0"};
 }
 
 Calls refresh(const std::string& done, const std::string& total) {

@@ -88,7 +88,7 @@ TEST(RunSuccession, ACommandOfAnEarlierRunRefreshesTheProgressOfTheNewerOneAndNo
   EXPECT_EQ(controller.completions, 0);
   controller.letGo(1, newer);
   EXPECT_EQ(controller.completions, 1);
-  const std::string report = text::join(controller.results.buffers());
+  const std::string report = text::join(controller.results);
   EXPECT_EQ(report.find("stdout:\nrun0"), std::string::npos);
   EXPECT_NE(report.find("stdout:\nrun1"), std::string::npos);
 }

@@ -8,6 +8,7 @@
 
 #include <filesystem>
 
+#include "report/report.h"
 #include "support/environment.h"
 #include "support/fake_controls.h"
 #include "support/process_controller.h"
@@ -22,8 +23,8 @@ class Editor : public testing::Test {
  protected:
   // An upload with nowhere to go, in a run with a window: what it writes on standard error.
   std::string failToSubmit() {
-    const std::vector<report::ResultBlock> blocks{{"cmd", "out\n", std::nullopt}};
-    controller.results = {std::nullopt, std::nullopt, blocks};
+    controller.results.clear();
+    report::addBlock(controller.results, {"cmd", "out\n", std::nullopt});
     testing::internal::CaptureStderr();
     controller.submitResults();
     return testing::internal::GetCapturedStderr();
@@ -75,13 +76,12 @@ TEST_F(Editor, OpensTheReportWhereItIsWhenTheDesktopTakesNoFile) {
   const std::string opened = window.desktopCalls.front().substr(5);
   EXPECT_EQ("edit " + opened, window.desktopCalls.front());
   EXPECT_TRUE(opened.starts_with(temporary.path())) << opened;
-  EXPECT_EQ(support::contentsOf(opened), text::join(controller.results.buffers()));
-  EXPECT_EQ(
-      window.calls,
-      (Calls{"start enable", "account enable", "ticket enable", "domain enable", "status hide",
-             "progress stop", "progress hide", "copy show", "open show",
-             "results set There was an error submitting the results", "results links",
-             "results link colour 255 165 0", "results text colour 255 255 255", "scroll show"}));
+  EXPECT_EQ(support::contentsOf(opened), text::join(controller.results));
+  EXPECT_EQ(window.calls,
+            (Calls{"start enable", "account enable", "ticket enable", "domain enable",
+                   "status hide", "progress stop", "progress hide", "copy show", "open show",
+                   "results set There was an error submitting the results", "results links",
+                   "scroll show"}));
 }
 
 }  // namespace

@@ -39,9 +39,10 @@ class Uploading final : public MainController {
 };
 
 // A report of one command that printed `output`, which must outlive it.
-report::Report reportOf(const std::string& output) {
-  const std::vector<report::ResultBlock> blocks{{"cmd", output, std::nullopt}};
-  return {std::nullopt, std::nullopt, blocks};
+text::Buffers reportOf(const std::string& output) {
+  text::Buffers report;
+  report::addBlock(report, {"cmd", output, std::nullopt});
+  return report;
 }
 
 const std::string start = std::string(45, '-') + "Results for: cmd\nstdout:\n";
@@ -58,7 +59,7 @@ std::string uploadedBody(const std::string& output) {
     EXPECT_TRUE(controller.submitResults());
     support::turnUntil([&] { return controller.outcome.has_value(); });
     EXPECT_EQ(controller.outcome, "done");
-    EXPECT_EQ(text::join(controller.results.buffers()), start + output + '\n');
+    EXPECT_EQ(text::join(controller.results), start + output + '\n');
   }
   const std::string body = request.substr(request.find("\r\n\r\n") + 4);
   EXPECT_GE(body.size(), 110U);

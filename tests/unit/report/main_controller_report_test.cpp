@@ -86,7 +86,7 @@ TEST(ReportRun, JoinsTheResultsInLaunchOrderWhateverEndsFirst) {
   std::ofstream(fifo) << "go\n";
   support::turnUntil([&] { return controller.didAllTestsFinished(); });
   controller.buildResults();
-  const std::string results = text::join(controller.results.buffers());
+  const std::string results = text::join(controller.results);
   const std::string hyphens(45, '-');
   EXPECT_TRUE(results.starts_with("Halvik account: acme-office\n" + hyphens));
   EXPECT_TRUE(results.ends_with("echo first (first)\nstdout:\nfirst\n\n" + hyphens +

@@ -12,19 +12,22 @@ namespace report {
 namespace {
 
 TEST(Multipart, WrapsTheDataInOnePart) {
-  EXPECT_EQ(multipartBody("0xKhTmLbOuNdArY", "data"),
+  const auto [url, headers, body] = postRequestWithURL("https://a/", "0xKhTmLbOuNdArY", "data");
+  EXPECT_EQ(url, "https://a/");
+  EXPECT_EQ(body,
             "--0xKhTmLbOuNdArY\r\n"
             "Content-Disposition: form-data; name=\"file\"; filename=\"test.bin\"\r\n\r\n"
             "data\r\n--0xKhTmLbOuNdArY--\r\n");
-  EXPECT_EQ(multipartContentType("0xKhTmLbOuNdArY"),
-            "multipart/form-data; boundary=0xKhTmLbOuNdArY");
+  const std::vector<std::pair<std::string, std::string>> expected{
+      {"Content-Type", "multipart/form-data; boundary=0xKhTmLbOuNdArY"}};
+  EXPECT_EQ(headers, expected);
 }
 
 TEST(Multipart, AddsOneHundredAndTenBytesWhateverTheData) {
   const std::vector<std::string> bodies{"", "x", std::string("a\0b\xff", 4),
                                         std::string(1'000'000, 'x'), "--0xKhTmLbOuNdArY--\r\n"};
   for (const std::string& data : bodies) {
-    const std::string body = multipartBody("0xKhTmLbOuNdArY", data);
+    const std::string body = postRequestWithURL("", "0xKhTmLbOuNdArY", data).body;
     EXPECT_EQ(body.size(), data.size() + 110);
     EXPECT_EQ(body.substr(87, data.size()), data);
   }

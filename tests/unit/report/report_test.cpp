@@ -13,9 +13,12 @@ namespace {
 
 const std::string hyphens(45, '-');
 
-std::string textOf(const std::optional<std::string>& account,
-                   const std::optional<std::string>& ticket, std::span<const ResultBlock> blocks) {
-  return text::join(Report(account, ticket, blocks).buffers());
+std::string textOf(const std::vector<ResultBlock>& blocks) {
+  text::Buffers report;
+  for (const ResultBlock& block : blocks) {
+    addBlock(report, block);
+  }
+  return text::join(report);
 }
 
 TEST(Report, TheSeparatorIsFortyFiveHyphens) {
@@ -32,51 +35,36 @@ TEST(Report, ABlockHoldsWhatWasPrinted) {
       {{"cmd", "out\n", "err"}, "Results for: cmd\nstdout:\nout\n\nstderr:\nerr\n"},
   };
   for (const auto& [block, text] : cases) {
-    EXPECT_EQ(formatBlock(block), hyphens + text);
+    EXPECT_EQ(textOf({block}), hyphens + text);
   }
 }
 
-TEST(Report, JoinsHeadAndBlocksInOrder) {
-  const std::vector<ResultBlock> blocks{{"first", "1\n", std::nullopt}, {"second", "", "2\n"}};
-  const std::string body = hyphens + "Results for: first\nstdout:\n1\n\n" + hyphens +
-                           "Results for: second\nstderr:\n2\n\n";
-  EXPECT_EQ(textOf(std::nullopt, std::nullopt, blocks), body);
-  EXPECT_EQ(textOf("acme-office", std::nullopt, blocks), "Halvik account: acme-office\n" + body);
-  EXPECT_EQ(textOf(std::nullopt, "12345", blocks), "Halvik ticket: 12345\n" + body);
-  EXPECT_EQ(textOf("acme-office", "12345", blocks),
-            "Halvik account: acme-office\nHalvik ticket: 12345\n" + body);
-  EXPECT_EQ(textOf(std::nullopt, std::nullopt, {}), "");
+TEST(Report, HoldsItsBlocksInOrder) {
+  EXPECT_EQ(textOf({{"first", "1\n", std::nullopt}, {"second", "", "2\n"}}),
+            hyphens + "Results for: first\nstdout:\n1\n\n" + hyphens +
+                "Results for: second\nstderr:\n2\n\n");
 }
 
-TEST(Report, IsEmptyWithoutAHeadAndBlocks) {
-  EXPECT_TRUE(Report(std::nullopt, std::nullopt, {}).empty());
+TEST(Report, BeginsWithAccountAndTicket) {
+  EXPECT_EQ(headOf(std::nullopt, std::nullopt), "");
+  EXPECT_EQ(headOf("acme-office", std::nullopt), "Halvik account: acme-office\n");
+  EXPECT_EQ(headOf(std::nullopt, "12345"), "Halvik ticket: 12345\n");
+  EXPECT_EQ(headOf("acme-office", "12345"), "Halvik account: acme-office\nHalvik ticket: 12345\n");
 }
 
 TEST(Report, KeepsEveryByteOfAText) {
   const std::string text("a\0b\xC3\xA9", 5);
-  const std::vector<ResultBlock> blocks{{"cmd", text, std::nullopt}};
-  EXPECT_EQ(textOf(std::nullopt, std::nullopt, blocks),
+  EXPECT_EQ(textOf({{"cmd", text, std::nullopt}}),
             hyphens + "Results for: cmd\nstdout:\n" + text + '\n');
 }
 
 TEST(Report, LeavesWhatWasPrintedWhereItIs) {
   const std::string text(1'000'000, 'x');
-  const std::vector<ResultBlock> blocks{{"cmd", text, std::nullopt}};
-  const Report whole(std::nullopt, std::nullopt, blocks);
-  EXPECT_EQ(std::count_if(whole.buffers().begin(), whole.buffers().end(),
+  text::Buffers report;
+  addBlock(report, {"cmd", text, std::nullopt});
+  EXPECT_EQ(std::count_if(report.begin(), report.end(),
                           [&](std::string_view piece) { return piece.data() == text.data(); }),
             1);
-}
-
-TEST(Report, ACopyOutlivesTheOriginal) {
-  Report copy;
-  EXPECT_TRUE(copy.empty());
-  {
-    const Report original("an account", "a ticket", {});
-    copy = original;
-  }
-  EXPECT_FALSE(copy.empty());
-  EXPECT_EQ(text::join(copy.buffers()), "Halvik account: an account\nHalvik ticket: a ticket\n");
 }
 
 }  // namespace

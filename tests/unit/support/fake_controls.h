@@ -19,11 +19,6 @@ namespace support {
 /// What has been asked of the controls of one window, in order: the control's name and the request.
 using Calls = std::vector<std::string>;
 
-/// Numbers as they are counted here: without decimals.
-inline std::string whole(double value) {
-  return std::to_string(static_cast<long long>(value));
-}
-
 template <class Interface>
 class FakeControl : public Interface {
  public:
@@ -55,17 +50,16 @@ struct FakeLabel final : FakeControl<ui::Label> {
 
 struct FakeProgressBar final : FakeControl<ui::ProgressBar> {
   using FakeControl::FakeControl;
-  void setMinValue(double value) override { add("min " + whole(value)); }
-  void setMaxValue(double value) override { add("max " + whole(value)); }
-  void setDoubleValue(double value) override { add("value " + whole(value)); }
-  void setControlTint(int tint) override { add("tint " + std::to_string(tint)); }
-  void startAnimation() override { add("start"); }
-  void stopAnimation() override { add("stop"); }
+  void setRange(int minimum, int maximum) override {
+    add("range " + std::to_string(minimum) + " to " + std::to_string(maximum));
+  }
+  void setValue(int value) override { add("value " + std::to_string(value)); }
+  void setAnimated(bool animated) override { add(animated ? "start" : "stop"); }
 };
 
 /// Keeps ASCII only.
-struct FakeRichTextView final : ui::RichTextView {
-  FakeRichTextView(std::string itsName, Calls& record) : name(std::move(itsName)), calls(record) {}
+struct FakeRichTextView final : FakeControl<ui::RichTextView> {
+  using FakeControl::FakeControl;
   void setString(const std::string& text) override {
     shown = std::u16string(text.begin(), text.end());
     add("set " + text);
@@ -78,25 +72,14 @@ struct FakeRichTextView final : ui::RichTextView {
     }
     add(request);
   }
-  void setTextColor(const ui::Color& color) override { add("text colour " + numbers(color)); }
-  void setLinkColor(const ui::Color& color) override { add("link colour " + numbers(color)); }
 
  private:
-  static std::string numbers(const ui::Color& color) {
-    return std::to_string(color.red) + ' ' + std::to_string(color.green) + ' ' +
-           std::to_string(color.blue);
-  }
-  void add(const std::string& request) { calls.push_back(name + ' ' + request); }
-
-  std::string name;
-  Calls& calls;
   std::u16string shown;
 };
 
-struct FakeTitle final : ui::Window {
-  explicit FakeTitle(Calls& record) : calls(record) {}
-  void setTitle(const std::string& title) override { calls.push_back("window title " + title); }
-  Calls& calls;
+struct FakeTitle final : FakeControl<ui::Window> {
+  using FakeControl::FakeControl;
+  void setTitle(const std::string& title) override { add("title " + title); }
 };
 
 struct FakeDesktop final : platform::Desktop {
@@ -136,7 +119,7 @@ struct FakeWindow {
   FakeLabel caption{"caption", calls};
   FakeScrollView scroll{"scroll", calls};
   FakeRichTextView results{"results", calls};
-  FakeTitle window{calls};
+  FakeTitle window{"window", calls};
   FakeButton copy{"copy", calls};
   FakeButton open{"open", calls};
   FakeDesktop desktop{desktopCalls};

@@ -42,16 +42,10 @@ TEST_F(ControlOrder, TheButtonsComeWhenTheProgressGoes) {
             (Calls{"status hide", "progress stop", "progress hide", "copy show", "open show"}));
 }
 
-TEST_F(ControlOrder, ATextIsSetThenLinkedThenColoured) {
+TEST_F(ControlOrder, ATextIsSetThenLinked) {
   controller.setTextView(controller.textResultsLink, "See results at https://a/?u=http://b now");
   EXPECT_EQ(window.calls, (Calls{"results set See results at https://a/?u=http://b now",
-                                 "results links 15+22 28+9", "results link colour 255 165 0",
-                                 "results text colour 255 255 255"}));
-}
-
-TEST_F(ControlOrder, TheColourOfLinksIsSetWithoutALink) {
-  controller.hiliteAndActivateURLs(controller.textResultsLink);
-  EXPECT_EQ(window.calls, (Calls{"results links", "results link colour 255 165 0"}));
+                                 "results links 15+22 28+9"}));
 }
 
 TEST_F(ControlOrder, TheButtonsActOnTheUrlAsItIs) {

@@ -334,7 +334,7 @@ TEST_F(WindowControl, SavesAndOpensTheReportAfterAFailureOnly) {
   EXPECT_FALSE(std::filesystem::exists(path));
   EXPECT_THAT(desktop.edited, testing::IsEmpty());
   runOnce();
-  EXPECT_EQ(support::contentsOf(path), text::join(controller->results.buffers()));
+  EXPECT_EQ(support::contentsOf(path), text::join(controller->results));
   EXPECT_THAT(desktop.edited, testing::ElementsAre(path));
   EXPECT_EQ(desktop.opened, QStringList());
 }

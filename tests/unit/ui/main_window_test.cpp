@@ -91,7 +91,7 @@ TEST_F(MainWindowTest, LinksTheAddressThatStandsInTheText) {
   }
 }
 
-// A line of the view is two units of the text there.
+// In the view, such a line end is one unit.
 TEST_F(MainWindowTest, LinksAtTheRightPlacesBehindCarriageReturns) {
   show("a\r\nb\r\nhttps://a/1\r\nc https://b/2\r\n");
   EXPECT_EQ(shownText(), "a\nb\nhttps://a/1\nc https://b/2\n");
@@ -100,18 +100,6 @@ TEST_F(MainWindowTest, LinksAtTheRightPlacesBehindCarriageReturns) {
   expectLink(14, QStringLiteral("https://a/1"));
   expectPlain(16);
   expectLink(18, QStringLiteral("https://b/2"));
-}
-
-// The view has a meaning of its own for these.
-TEST_F(MainWindowTest, NoncharactersDoNotEndALink) {
-  for (const char* character : {"\uFDD0", "\uFDD1", "\uFDEF", "\uFFFE"}) {
-    const std::string address = "https://a/" + std::string(character) + "b";
-    show(address + " c");
-    expectLink(0, QString::fromStdString(address));
-    expectLink(11, QString::fromStdString(address));
-    expectPlain(13);
-    EXPECT_EQ(results()->document()->blockCount(), 1);
-  }
 }
 
 TEST_F(MainWindowTest, LeavesWhatIsNoUrlPlain) {
@@ -197,6 +185,24 @@ TEST_F(MainWindowTest, ReturnInAFieldStarts) {
     EXPECT_FALSE(find("start")->isEnabled()) << field;
     finish();
   }
+}
+
+TEST_F(MainWindowTest, ReturnInTheResultsStartsNothing) {
+  runOnce();
+  for (const auto key : {Qt::Key_Return, Qt::Key_Enter}) {
+    results()->setFocus();
+    QTest::keyClick(results(), key);
+    EXPECT_TRUE(find("start")->isEnabled());
+    EXPECT_TRUE(results()->isVisible());
+  }
+  EXPECT_EQ(desktop.opened, QStringList());
+}
+
+TEST_F(MainWindowTest, TheKeyboardGoesOnFromTheStartButtonToTheResults) {
+  find("start")->setFocus();
+  QTest::keyClick(find("start"), Qt::Key_Space);
+  finish();
+  support::turnUntil([&] { return window->focusWidget() == results(); });
 }
 
 TEST_F(MainWindowTest, EscapeDoesNotCloseIt) {

@@ -59,7 +59,7 @@ class WindowTest : public testing::Test {
     auto owned = std::make_unique<ShellController>(server->url());
     controller = owned.get();
     run = std::make_unique<app::WindowedRun>(std::move(owned), desktop);
-    run->show();
+    run->window.show();
     window = QApplication::topLevelWidgets().first();
     for (QWidget* widget : QApplication::topLevelWidgets()) {
       if (widget->objectName() == QLatin1String("window")) {

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 Halvik
 // SPDX-License-Identifier: Apache-2.0
 
-#include "ui/outlet.h"
+#include "ui/controls.h"
 
 #include <gtest/gtest.h>
 
