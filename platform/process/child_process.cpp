@@ -14,6 +14,7 @@
 #include <utility>
 
 #include "platform/process/spawn.h"
+#include "platform/process/termination_signals.h"
 #include "platform/process/tools.h"
 
 namespace platform {
@@ -37,6 +38,7 @@ ChildProcess::ChildProcess(EventLoop& eventLoop, std::string path,
 
 ChildProcess::~ChildProcess() {
   terminate();
+  removeChild(pid);
   for (Pipe* pipe : {&output, &error}) {
     close(*pipe);
     if (pipe->writeEnd >= 0) {
@@ -61,7 +63,9 @@ void ChildProcess::launch() {
 }
 
 void ChildProcess::terminate() const {
-  cleanup.terminate();
+  if (pid > 0) {
+    terminateChild(pid);
+  }
 }
 
 void ChildProcess::readAvailable(Stream stream, ByteBuffer& buffer) {
@@ -78,14 +82,8 @@ void ChildProcess::readToEnd(ByteBuffer& outputBytes, ByteBuffer& errorBytes) {
   while (output.readEnd >= 0 || error.readEnd >= 0) {
     std::array<pollfd, 2> waits{{{.fd = output.readEnd, .events = POLLIN, .revents = 0},
                                  {.fd = error.readEnd, .events = POLLIN, .revents = 0}}};
-    if (poll(waits.data(), waits.size(), -1) < 0) {
-      // Interrupted by a signal, that of another command's end for example. To go on after anything
-      // else could be to go on for ever.
-      if (errno != EINTR) {
-        fail(errno);
-      }
-      continue;
-    }
+    // Nothing is ready where a signal interrupts it, that of another command's end for example.
+    poll(waits.data(), waits.size(), -1);
     for (std::size_t i = 0; i < streams.size(); ++i) {
       if (waits[i].revents != 0 && !read(*streams[i].first, *streams[i].second)) {
         close(*streams[i].first);
@@ -108,15 +106,12 @@ void ChildProcess::open(Pipe& pipe) const {
 // cache until its bytes have been copied and looked at.
 bool ChildProcess::read(Pipe& pipe, ByteBuffer& buffer) {
   static std::array<char, 256UL * 1024> block;
-  ssize_t count = 0;
-  do {
-    count = ::read(pipe.readEnd, block.data(), block.size());
-  } while (count < 0 && errno == EINTR);
-  if (count < 0 && errno == EAGAIN) {
-    return true;
-  }
+  const ssize_t count = ::read(pipe.readEnd, block.data(), block.size());
   if (count < 0) {
-    fail(errno);
+    if (errno != EAGAIN && errno != EINTR) {
+      fail(errno);
+    }
+    return true;
   }
   const auto bytes = static_cast<std::size_t>(count);
   buffer.append({block.data(), bytes});
@@ -142,23 +137,21 @@ void ChildProcess::spawn() {
   argv.push_back(nullptr);
   Spawned child;
   {
-    const TerminationSignalsBlocked untilItIsRegistered;
+    const SignalsBlocked untilItIsAdded;
     child = platform::spawn(command.path.c_str(), argv.data(), output.writeEnd, error.writeEnd);
     if (child.error != 0) {
       fail(child.error);
     }
     pid = child.pid;
-    cleanup.begin(pid);
+    addChild(pid);
   }
   exitWatcher.watch(child.exitHandle, std::move(onExit));
 }
 
 void ChildProcess::reap() {
   exitWatcher.unwatch();
-  cleanup.end();
-  while (waitpid(pid, nullptr, 0) < 0 && errno == EINTR) {
-  }
-  pid = -1;
+  removeChild(pid);
+  waitpid(std::exchange(pid, -1), nullptr, 0);
 }
 
 void ChildProcess::close(Pipe& pipe) {

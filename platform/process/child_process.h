@@ -12,7 +12,6 @@
 #include "platform/event_loop/event_loop.h"
 #include "platform/process/byte_buffer.h"
 #include "platform/process/exit_watcher.h"
-#include "platform/process/termination_signals.h"
 
 namespace platform {
 
@@ -82,7 +81,6 @@ class ChildProcess {
   Pipe error;
   Handler onExit;
   ExitWatcher exitWatcher;
-  ChildCleanup cleanup;
   int pid = -1;
 };
 

@@ -309,25 +309,6 @@ TEST(ChildProcess, IsReadToTheEndOfTheStreamThatEndsLast) {
   EXPECT_EQ(shell.error.view(), "late\n");
 }
 
-#ifdef SYS_poll
-TEST(ChildProcessDeathTest, SaysSoIfItCannotWaitForItsStreams) {
-  EXPECT_EXIT(
-      {
-        Shell shell("echo lost");
-        shell.child.launch();
-        if (!support::refuseCall(SYS_poll, ENOMEM)) {
-          std::_Exit(2);
-        }
-        try {
-          shell.child.readToEnd(shell.output, shell.error);
-        } catch (const std::system_error& error) {
-          std::_Exit(error.code().value() == ENOMEM ? 0 : 1);
-        }
-      },
-      testing::ExitedWithCode(0), "");
-}
-#endif
-
 TEST(ChildProcess, IsOneOfAThousandAtOnce) {
   rlimit limit{};
   getrlimit(RLIMIT_NOFILE, &limit);
