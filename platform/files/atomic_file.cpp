@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 Halvik
 // SPDX-License-Identifier: Apache-2.0
 
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -62,7 +61,7 @@ bool writeAtomically(const std::string& path, const text::Buffers& bytes) {
   std::string temporary = (target->path.parent_path() / ".halvik-diagnostic-XXXXXX").string();
   // Before the file is there, so that there is no moment in which it would stay.
   const FileCleanup untilItIsRenamed(temporary.c_str());
-  const int fd = mkostemp(temporary.data(), O_CLOEXEC);
+  const int fd = mkstemp(temporary.data());
   if (fd < 0) {
     return false;
   }
