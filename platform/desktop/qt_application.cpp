@@ -17,7 +17,6 @@
 #include <cstdlib>
 #include <utility>
 
-#include "platform/desktop/qt_desktop.h"
 #include "platform/event_loop/fatal_error.h"
 #include "text/log.h"
 
@@ -172,7 +171,7 @@ class QtApplication::LoopDriver {
 QtApplication::QtApplication(EventLoop& eventLoop, int& argc, char** argv)
     : qt(makeQt(argc, argv)),
       driver(std::make_unique<LoopDriver>(eventLoop)),
-      ownDesktop(std::make_unique<QtDesktop>()) {
+      ownDesktop(makeQtDesktop()) {
   QGuiApplication::setQuitOnLastWindowClosed(false);
   QGuiApplication::setDesktopFileName(QStringLiteral("halvik-diagnostic"));
   phase = Phase::running;

@@ -52,7 +52,7 @@ class InstallTest(program_tests.ProgramTest):
 
     def test_files(self):
         found = [str(path.relative_to(self.prefix)) for path in self.prefix.rglob("*") if not path.is_dir()]
-        scripts = [f"libexec/halvik-diagnostic/{name}" for name in ("open_in_text_editor", "scutil", "system_profiler")]
+        scripts = [f"libexec/halvik-diagnostic/{name}" for name in ("scutil", "system_profiler")]
         self.assertEqual(sorted(found), [name for name in FILES if name not in scripts or builds.PLATFORM == "linux"])
 
     @isolation.needs_namespaces
