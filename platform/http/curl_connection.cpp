@@ -121,8 +121,6 @@ class CurlConnection final : public HttpConnection {
       fail("nothing has moved for too long");
     } else if (replyParts > partsPerStall * stallsPerReply) {
       refuse("the reply takes too long");
-    } else if (transfer.isBodyTooLong()) {
-      refuse("no usable reply: it is longer than 1048576 bytes");
     } else {
       stallClock->start(context.stallLimit / partsPerStall);
     }

@@ -81,7 +81,16 @@ void CurlTransfer::setUpCallbacks() {
   set(
       CURLOPT_WRITEFUNCTION,
       +[](char* bytes, std::size_t /*one*/, std::size_t size, void* self) noexcept {
-        return static_cast<CurlTransfer*>(self)->readBody({bytes, size}) ? size : 0;
+        static_cast<CurlTransfer*>(self)->received.append(bytes, size);
+        return size;
+      });
+  // The body of a redirect counts as well, which libcurl does not pass on.
+  set(CURLOPT_NOPROGRESS, 0L);
+  set(CURLOPT_XFERINFODATA, this);
+  set(
+      CURLOPT_XFERINFOFUNCTION,
+      +[](void* self, curl_off_t /*of*/, curl_off_t size, curl_off_t, curl_off_t) noexcept {
+        return static_cast<CurlTransfer*>(self)->limitBody(size) ? 0 : 1;
       });
   set(CURLOPT_ERRORBUFFER, curlError.data());
 }
@@ -95,11 +104,6 @@ std::optional<std::string> CurlTransfer::header(const char* name) const {
 bool CurlTransfer::isSent() const {
   const bool isPost = std::string_view(info<const char*>(CURLINFO_EFFECTIVE_METHOD)) == "POST";
   return !isPost || info<curl_off_t>(CURLINFO_SIZE_UPLOAD_T) == requestBytes;
-}
-
-bool CurlTransfer::isBodyTooLong() const {
-  // Also that of a redirect, which libcurl does not pass on.
-  return info<curl_off_t>(CURLINFO_SIZE_DOWNLOAD_T) > bodyBytesMax;
 }
 
 std::array<curl_off_t, 5> CurlTransfer::progress() const {
@@ -150,14 +154,11 @@ std::string CurlTransfer::problemOfHead() const {
   return "";
 }
 
-bool CurlTransfer::readBody(std::string_view bytes) {
-  bodyBytes += static_cast<curl_off_t>(bytes.size());
-  if (bodyBytes > bodyBytesMax) {
+bool CurlTransfer::limitBody(curl_off_t size) {
+  if (size > bodyBytesMax) {
     reasonOfRefusal = "no usable reply: it is longer than 1048576 bytes";
-    return false;
   }
-  received += bytes;
-  return true;
+  return size <= bodyBytesMax;
 }
 
 std::string CurlTransfer::takeBody() {
