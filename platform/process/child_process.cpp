@@ -68,26 +68,47 @@ void ChildProcess::terminate() const {
   }
 }
 
+// The block is small enough to stay in the processor's cache until its bytes have been copied and
+// looked at.
 void ChildProcess::readAvailable(Stream stream, ByteBuffer& buffer) {
+  static std::array<char, 256UL * 1024> block;
   Pipe& pipe = pipeOf(stream);
-  if (pipe.readEnd >= 0 && !read(pipe, buffer)) {
+  if (pipe.readEnd < 0) {
+    return;
+  }
+  const ssize_t count = ::read(pipe.readEnd, block.data(), block.size());
+  if (count < 0) {
+    if (errno != EAGAIN && errno != EINTR) {
+      fail(errno);
+    }
+    return;
+  }
+  const auto bytes = static_cast<std::size_t>(count);
+  buffer.append({block.data(), bytes});
+  if (bytes >= defaultPipeBytes && !pipe.enlarged) {
+    // A command that fills its pipe prints a lot: let it run on while others are read.
+    pipe.enlarged = true;
+#ifdef F_SETPIPE_SZ
+    // Refused where the user has too much in pipes already.
+    fcntl(pipe.readEnd, F_SETPIPE_SZ, largePipeBytes);
+#endif
+  } else if (bytes == 0) {
     close(pipe);
   }
 }
 
 void ChildProcess::readToEnd(ByteBuffer& outputBytes, ByteBuffer& errorBytes) {
   reap();
-  const std::array<std::pair<Pipe*, ByteBuffer*>, 2> streams{
-      {{&output, &outputBytes}, {&error, &errorBytes}}};
   while (output.readEnd >= 0 || error.readEnd >= 0) {
     std::array<pollfd, 2> waits{{{.fd = output.readEnd, .events = POLLIN, .revents = 0},
                                  {.fd = error.readEnd, .events = POLLIN, .revents = 0}}};
     // Nothing is ready where a signal interrupts it, that of another command's end for example.
     poll(waits.data(), waits.size(), -1);
-    for (std::size_t i = 0; i < streams.size(); ++i) {
-      if (waits[i].revents != 0 && !read(*streams[i].first, *streams[i].second)) {
-        close(*streams[i].first);
-      }
+    if (waits[0].revents != 0) {
+      readAvailable(Stream::output, outputBytes);
+    }
+    if (waits[1].revents != 0) {
+      readAvailable(Stream::error, errorBytes);
     }
   }
 }
@@ -100,30 +121,6 @@ void ChildProcess::open(Pipe& pipe) const {
   }
   pipe.readEnd = ends[0];
   pipe.writeEnd = ends[1];
-}
-
-// One read; false at the end of the stream. The block is small enough to stay in the processor's
-// cache until its bytes have been copied and looked at.
-bool ChildProcess::read(Pipe& pipe, ByteBuffer& buffer) {
-  static std::array<char, 256UL * 1024> block;
-  const ssize_t count = ::read(pipe.readEnd, block.data(), block.size());
-  if (count < 0) {
-    if (errno != EAGAIN && errno != EINTR) {
-      fail(errno);
-    }
-    return true;
-  }
-  const auto bytes = static_cast<std::size_t>(count);
-  buffer.append({block.data(), bytes});
-  if (bytes >= defaultPipeBytes && !pipe.enlarged) {
-    // A command that fills its pipe prints a lot: let it run on while others are read.
-    pipe.enlarged = true;
-#ifdef F_SETPIPE_SZ
-    // Refused where the user has too much in pipes already.
-    fcntl(pipe.readEnd, F_SETPIPE_SZ, largePipeBytes);
-#endif
-  }
-  return bytes > 0;
 }
 
 void ChildProcess::spawn() {
