@@ -12,10 +12,6 @@ namespace platform {
 
 namespace {
 
-bool exists(const std::string& path) {
-  return access(path.c_str(), F_OK) == 0;
-}
-
 // Scripts of ours answer for tools that Linux lacks.
 std::string locate(const std::string& path) {
   static const std::map<std::string, std::string> elsewhere{
@@ -26,7 +22,8 @@ std::string locate(const std::string& path) {
       {"/usr/sbin/traceroute", "/usr/bin/traceroute"},
   };
   const auto known = elsewhere.find(path);
-  return known == elsewhere.end() || exists(path) ? path : known->second;
+  const bool isElsewhere = known != elsewhere.end() && access(path.c_str(), F_OK) != 0;
+  return isElsewhere ? known->second : path;
 }
 
 }  // namespace
