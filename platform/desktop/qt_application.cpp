@@ -137,9 +137,6 @@ class QtApplication::LoopDriver {
     timer.setTimerType(Qt::PreciseTimer);
     QObject::connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::aboutToBlock,
                      &timer, [this] { turn(); });
-    // Both only end the wait.
-    QObject::connect(&notifier, &QSocketNotifier::activated, &timer, [] {});
-    QObject::connect(&timer, &QTimer::timeout, &timer, [] {});
   }
 
   // Nobody reads from the commands while the message box is open: their output would keep its loop
@@ -148,12 +145,10 @@ class QtApplication::LoopDriver {
 
  private:
   void turn() {
-    if (isTurning || hasFatalError()) {
+    if (hasFatalError()) {
       return;
     }
-    isTurning = true;
     loop.turnWithoutWaiting();
-    isTurning = false;
     const int timeoutMs = loop.timeoutMs();
     if (timeoutMs < 0) {
       timer.stop();
@@ -163,9 +158,9 @@ class QtApplication::LoopDriver {
   }
 
   EventLoop& loop;
+  // Both only end the wait.
   QSocketNotifier notifier;
   QTimer timer;
-  bool isTurning = false;
 };
 
 QtApplication::QtApplication(EventLoop& eventLoop, int& argc, char** argv)
