@@ -38,7 +38,7 @@ void Http::upload(platform::EventLoop& loop, std::string_view data,
 platform::HttpRequest Http::postRequestWithURL(const std::string& url, std::string_view boundry,
                                                std::string_view data) const {
   return {.url = url,
-          .headers = {{"Content-Type", multipartContentType(boundry)}},
+          .contentType = multipartContentType(boundry),
           .body = multipartBody(boundry, data)};
 }
 

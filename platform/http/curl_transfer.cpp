@@ -3,8 +3,6 @@
 
 #include "platform/http/curl_transfer.h"
 
-#include <algorithm>
-#include <iterator>
 #include <utility>
 
 namespace platform {
@@ -13,10 +11,8 @@ namespace {
 
 constexpr long redirectsMax = 20;
 
-std::string withoutControls(std::string_view bytes) {
-  std::string text;
-  std::copy_if(bytes.begin(), bytes.end(), std::back_inserter(text),
-               [](char byte) { return byte >= ' ' && byte <= '~'; });
+std::string withoutControls(std::string text) {
+  std::erase_if(text, [](char byte) { return byte < ' ' || byte > '~'; });
   return text;
 }
 
@@ -39,12 +35,7 @@ void CurlTransfer::setUpRequest(const HttpRequest& sent) {
   set(CURLOPT_POSTFIELDS, sent.body.data());
   set(CURLOPT_POSTFIELDSIZE_LARGE, requestBytes);
   set(CURLOPT_USERAGENT, "halvik-diagnostic");
-  for (const auto& [name, value] : sent.headers) {
-    std::string line = name;
-    line += ": ";
-    line += value;
-    headers = curl_slist_append(headers, line.c_str());
-  }
+  headers = curl_slist_append(headers, ("Content-Type: " + sent.contentType).c_str());
   // The report is sent without asking first whether it may be.
   headers = curl_slist_append(headers, "Expect:");
   // The reply is a line of text, and a compressed one might unfold to any size.
