@@ -56,7 +56,25 @@ void ChildProcess::waitForData(Stream stream, Handler handler) {
 }
 
 void ChildProcess::launch() {
-  spawn();
+  const Command command = locateCommand(launchPath, args);
+  std::vector<char*> argv;
+  argv.reserve(command.args.size() + 2);
+  argv.push_back(const_cast<char*>(launchPath.c_str()));
+  for (const std::string& arg : command.args) {
+    argv.push_back(const_cast<char*>(arg.c_str()));
+  }
+  argv.push_back(nullptr);
+  Spawned child;
+  {
+    const SignalsBlocked untilItIsAdded;
+    child = platform::spawn(command.path.c_str(), argv.data(), output.writeEnd, error.writeEnd);
+    if (child.error != 0) {
+      fail(child.error);
+    }
+    pid = child.pid;
+    addChild(pid);
+  }
+  exitWatcher.watch(child.exitHandle, std::move(onExit));
   for (Pipe* pipe : {&output, &error}) {
     ::close(std::exchange(pipe->writeEnd, -1));
   }
@@ -121,28 +139,6 @@ void ChildProcess::open(Pipe& pipe) const {
   }
   pipe.readEnd = ends[0];
   pipe.writeEnd = ends[1];
-}
-
-void ChildProcess::spawn() {
-  const Command command = locateCommand(launchPath, args);
-  std::vector<char*> argv;
-  argv.reserve(command.args.size() + 2);
-  argv.push_back(const_cast<char*>(launchPath.c_str()));
-  for (const std::string& arg : command.args) {
-    argv.push_back(const_cast<char*>(arg.c_str()));
-  }
-  argv.push_back(nullptr);
-  Spawned child;
-  {
-    const SignalsBlocked untilItIsAdded;
-    child = platform::spawn(command.path.c_str(), argv.data(), output.writeEnd, error.writeEnd);
-    if (child.error != 0) {
-      fail(child.error);
-    }
-    pid = child.pid;
-    addChild(pid);
-  }
-  exitWatcher.watch(child.exitHandle, std::move(onExit));
 }
 
 void ChildProcess::reap() {

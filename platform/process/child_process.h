@@ -69,7 +69,6 @@ class ChildProcess {
 
   Pipe& pipeOf(Stream stream) { return stream == Stream::output ? output : error; }
   void open(Pipe& pipe) const;
-  void spawn();
   void close(Pipe& pipe);
   [[noreturn]] void fail(int errorNumber) const;
 

@@ -61,11 +61,9 @@ struct Start {
 // Libraries ignore signals behind our back, SIGPIPE for one; a shell pipeline in a command relies
 // on the default. The two signals that the C library keeps for itself refuse, and are never set.
 void resetSignals() {
-  struct sigaction action {};
-  action.sa_handler = SIG_DFL;
   for (int signal = 1; signal < NSIG; ++signal) {
     if (!staysIgnored(signal)) {
-      sigaction(signal, &action, nullptr);
+      std::signal(signal, SIG_DFL);
     }
   }
   sigset_t none;

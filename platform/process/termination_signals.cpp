@@ -34,14 +34,6 @@ bool isIgnored(int signal) {
   return sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
 }
 
-void endBy(int signal) {
-  struct sigaction action {};
-  action.sa_handler = SIG_DFL;
-  sigaction(signal, &action, nullptr);
-  // It is blocked while its handler runs, and delivered as soon as that has returned.
-  raise(signal);
-}
-
 extern "C" void cleanUpAndEnd(int signal) {
   if (pthread_equal(pthread_self(), mainThread) == 0) {
     // The system picks any thread, libcurl's resolver for example.
@@ -53,7 +45,9 @@ extern "C" void cleanUpAndEnd(int signal) {
   if (const char* path = halfWrittenFile) {
     unlink(path);
   }
-  endBy(signal);
+  std::signal(signal, SIG_DFL);
+  // It is blocked while its handler runs, and delivered as soon as that has returned.
+  raise(signal);
 }
 
 }  // namespace
