@@ -70,12 +70,11 @@ class ProxiedConnection final : public HttpConnection {
                                              std::vector{context.request.url});
     command->waitForData(Stream::output,
                          [this] { command->readAvailable(Stream::output, output); });
-    command->observeTermination([this] {
+    command->launch([this] {
       command->readAvailable(Stream::output, output);
       command->reap();
       send(firstProxy(output.view()));
     });
-    command->launch();
   }
 
   void send(const std::string& proxy) {

@@ -47,15 +47,11 @@ ChildProcess::~ChildProcess() {
   }
 }
 
-void ChildProcess::observeTermination(Handler handler) {
-  onExit = std::move(handler);
-}
-
 void ChildProcess::waitForData(Stream stream, Handler handler) {
   loop.watch(pipeOf(stream).readEnd, std::move(handler));
 }
 
-void ChildProcess::launch() {
+void ChildProcess::launch(Handler exited) {
   const Command command = locateCommand(launchPath, args);
   std::vector<char*> argv;
   argv.reserve(command.args.size() + 2);
@@ -74,7 +70,7 @@ void ChildProcess::launch() {
     pid = child.pid;
     addChild(pid);
   }
-  exitWatcher.watch(child.exitHandle, std::move(onExit));
+  exitWatcher.watch(child.exitHandle, std::move(exited));
   for (Pipe* pipe : {&output, &error}) {
     ::close(std::exchange(pipe->writeEnd, -1));
   }
