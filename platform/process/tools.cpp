@@ -1,18 +1,20 @@
 // SPDX-FileCopyrightText: 2026 Halvik
 // SPDX-License-Identifier: Apache-2.0
 
+#include "platform/process/tools.h"
+
 #include <unistd.h>
 
 #include <map>
 
 #include "platform/process/helper_executable.h"
-#include "platform/process/tools.h"
 
 namespace platform {
 
 namespace {
 
-// Scripts of ours answer for tools that Linux lacks.
+// The plan names its tools by the places where macOS keeps them. Scripts of ours answer for those
+// that only macOS has.
 std::string locate(const std::string& path) {
   static const std::map<std::string, std::string> elsewhere{
       {"/sbin/ping", "/usr/bin/ping"},
