@@ -68,12 +68,16 @@ Spawned spawn(const char* path, char* const* argv, int standardOutput, int stand
   posix_spawn_file_actions_adddup2(&actions, standardError, STDERR_FILENO);
   // A child inherits the limits of its parent.
   rlimit ours{};
-  getrlimit(RLIMIT_NOFILE, &ours);
-  restoreStartingDescriptorLimit();
+  const bool isLimitKnown = getrlimit(RLIMIT_NOFILE, &ours) == 0;
+  if (isLimitKnown) {
+    restoreStartingDescriptorLimit();
+  }
   Spawned child;
   child.error = posix_spawn(&child.pid, path, &actions, &attributes, argv, environ);
   child.exitHandle = child.pid;
-  setrlimit(RLIMIT_NOFILE, &ours);
+  if (isLimitKnown) {
+    setrlimit(RLIMIT_NOFILE, &ours);
+  }
   posix_spawn_file_actions_destroy(&actions);
   posix_spawnattr_destroy(&attributes);
   return child;
