@@ -38,7 +38,7 @@ void maybeRunWithoutGUIAndExit(const OptionValues& values,
   controller->awakeFromNib();
   controller->runTests();
   loop.run();
-  platform::exitProcess(EXIT_SUCCESS);
+  std::_Exit(EXIT_SUCCESS);
 }
 
 }  // namespace

@@ -17,3 +17,4 @@ set_target_properties(halvik-diagnostic PROPERTIES
 install(TARGETS halvik-diagnostic BUNDLE DESTINATION .)
 # Where the system finds the bundle of a program by the program's own folder.
 install(TARGETS ${halvik_helpers} DESTINATION halvik-diagnostic.app/Contents/MacOS)
+install(PROGRAMS ${halvik_scripts} DESTINATION halvik-diagnostic.app/Contents/MacOS)

@@ -32,10 +32,9 @@ void Process::start(const std::string& launchPath, const std::vector<std::string
   buildDisplayName(launchPath, args, comment);
   buildBriefName(launchPath, args);
   task = std::make_unique<platform::ChildProcess>(loop, launchPath, args);
-  task->observeTermination([this] { terminatedNotification(*task); });
   task->waitForData(Stream::output, [this] { stdOutNotification(); });
   task->waitForData(Stream::error, [this] { stdErrNotification(); });
-  task->launch();
+  task->launch([this] { terminatedNotification(*task); });
 }
 
 void Process::terminate() const {

@@ -3,10 +3,10 @@
 
 // The report of a run, and its delivery to the submission endpoint or to a file.
 
+#include <cstdlib>
+
 #include "app/main_controller.h"
 #include "platform/files/files.h"
-#include "platform/process/process_setup.h"
-#include "report/report.h"
 #include "report/trim.h"
 #include "text/log.h"
 #include "text/standard_streams.h"
@@ -107,7 +107,8 @@ void MainController::endSilentRun(int status) {
     isReportAtRisk = isReportAtRisk && !isReportInFile;
     throw std::system_error(printProblem, "cannot write to standard output");
   }
-  platform::exitProcess(status);
+  // A thread that looks up a name may still be at work, and nothing is left to be written.
+  std::_Exit(status);
 }
 
 bool MainController::writeToPath(const std::string& path) {

@@ -14,9 +14,8 @@ platform::HttpRequest postRequestWithURL(const std::string& url, std::string_vie
   body += "Content-Disposition: form-data; name=\"file\"; filename=\"test.bin\"\r\n\r\n";
   body += data;
   body += "\r\n--" + name + "--\r\n";
-  return {.url = url,
-          .headers = {{"Content-Type", "multipart/form-data; boundary=" + name}},
-          .body = std::move(body)};
+  return {
+      .url = url, .contentType = "multipart/form-data; boundary=" + name, .body = std::move(body)};
 }
 
 }  // namespace report

@@ -5,6 +5,7 @@
 
 #pragma once
 
+#include <memory>
 #include <string>
 
 namespace platform {
@@ -26,5 +27,8 @@ class Desktop {
   /// none.
   virtual void openInTextEditor(const std::string& path) = 0;
 };
+
+/// The desktop by means of Qt. Needs a QApplication.
+std::unique_ptr<Desktop> makeQtDesktop();
 
 }  // namespace platform

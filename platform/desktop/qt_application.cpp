@@ -17,7 +17,6 @@
 #include <cstdlib>
 #include <utility>
 
-#include "platform/desktop/qt_desktop.h"
 #include "platform/event_loop/fatal_error.h"
 #include "text/log.h"
 
@@ -138,9 +137,6 @@ class QtApplication::LoopDriver {
     timer.setTimerType(Qt::PreciseTimer);
     QObject::connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::aboutToBlock,
                      &timer, [this] { turn(); });
-    // Both only end the wait.
-    QObject::connect(&notifier, &QSocketNotifier::activated, &timer, [] {});
-    QObject::connect(&timer, &QTimer::timeout, &timer, [] {});
   }
 
   // Nobody reads from the commands while the message box is open: their output would keep its loop
@@ -149,12 +145,10 @@ class QtApplication::LoopDriver {
 
  private:
   void turn() {
-    if (isTurning || hasFatalError()) {
+    if (hasFatalError()) {
       return;
     }
-    isTurning = true;
     loop.turnWithoutWaiting();
-    isTurning = false;
     const int timeoutMs = loop.timeoutMs();
     if (timeoutMs < 0) {
       timer.stop();
@@ -164,15 +158,15 @@ class QtApplication::LoopDriver {
   }
 
   EventLoop& loop;
+  // Both only end the wait.
   QSocketNotifier notifier;
   QTimer timer;
-  bool isTurning = false;
 };
 
 QtApplication::QtApplication(EventLoop& eventLoop, int& argc, char** argv)
     : qt(makeQt(argc, argv)),
       driver(std::make_unique<LoopDriver>(eventLoop)),
-      ownDesktop(std::make_unique<QtDesktop>()) {
+      ownDesktop(makeQtDesktop()) {
   QGuiApplication::setQuitOnLastWindowClosed(false);
   QGuiApplication::setDesktopFileName(QStringLiteral("halvik-diagnostic"));
   phase = Phase::running;

@@ -1,43 +1,51 @@
 // SPDX-FileCopyrightText: 2026 Halvik
 // SPDX-License-Identifier: Apache-2.0
 
-#include "platform/desktop/qt_desktop.h"
-
 #include <QClipboard>
 #include <QDesktopServices>
 #include <QFile>
 #include <QGuiApplication>
 #include <QProcess>
 #include <QStringDecoder>
-#include <QUrl>
 
+#include "platform/desktop/desktop.h"
 #include "platform/desktop/qt_url.h"
-#include "platform/desktop/text_editor.h"
+#include "platform/process/helper_executable.h"
 
 namespace platform {
 
-void QtDesktop::copyToClipboard(const std::string& text) {
-  QClipboard* clipboard = QGuiApplication::clipboard();
-  clipboard->clear();
-  // Every byte counts: without this flag, a byte order mark would be dropped.
-  QStringDecoder decode(QStringDecoder::Utf8, QStringDecoder::Flag::ConvertInitialBom);
-  clipboard->setText(decode(QByteArrayView(text.data(), static_cast<qsizetype>(text.size()))));
+namespace {
+
+QString fileName(const std::string& path) {
+  return QFile::decodeName(path.c_str());
 }
 
-void QtDesktop::openUrl(const std::string& url) {
-  const QUrl parsed = urlFromText(QString::fromStdString(url));
-  if (parsed.isValid() && !parsed.isEmpty()) {
-    QDesktopServices::openUrl(parsed);
+class QtDesktop final : public Desktop {
+ public:
+  void copyToClipboard(const std::string& text) override {
+    QClipboard* clipboard = QGuiApplication::clipboard();
+    clipboard->clear();
+    // Every byte counts: without this flag, a byte order mark would be dropped.
+    QStringDecoder decode(QStringDecoder::Utf8, QStringDecoder::Flag::ConvertInitialBom);
+    clipboard->setText(decode(QByteArrayView(text.data(), static_cast<qsizetype>(text.size()))));
   }
-}
 
-void QtDesktop::openInTextEditor(const std::string& path) {
-  const Command editor = textEditorCommand(path);
-  QStringList arguments;
-  for (const std::string& argument : editor.args) {
-    arguments << QFile::decodeName(argument.c_str());
+  void openUrl(const std::string& url) override {
+    const QUrl parsed = urlFromText(QString::fromStdString(url));
+    if (parsed.isValid() && !parsed.isEmpty()) {
+      QDesktopServices::openUrl(parsed);
+    }
   }
-  QProcess::startDetached(QFile::decodeName(editor.path.c_str()), arguments);
+
+  void openInTextEditor(const std::string& path) override {
+    QProcess::startDetached(fileName(helperPath("open_in_text_editor")), {fileName(path)});
+  }
+};
+
+}  // namespace
+
+std::unique_ptr<Desktop> makeQtDesktop() {
+  return std::make_unique<QtDesktop>();
 }
 
 }  // namespace platform

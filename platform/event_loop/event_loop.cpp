@@ -18,18 +18,6 @@ void throwOnError(int result, const char* what) {
   }
 }
 
-int uvEvents(EventLoop::Interest interest) {
-  switch (interest) {
-    case EventLoop::Interest::readable:
-      return UV_READABLE;
-    case EventLoop::Interest::writable:
-      return UV_WRITABLE;
-    case EventLoop::Interest::both:
-      break;
-  }
-  return UV_READABLE | UV_WRITABLE;
-}
-
 }  // namespace
 
 struct EventLoop::Watch {
@@ -84,19 +72,15 @@ EventLoop::~EventLoop() {
 }
 
 void EventLoop::watch(int fd, Interest interest, Handler handler) {
-  Watch*& watch = watches[fd];
-  if (watch == nullptr) {
+  if (!watches.contains(fd)) {
     auto added = std::make_unique<Watch>();
-    const int result = uv_poll_init(&loop, &added->poll, fd);
-    if (result < 0) {
-      watches.erase(fd);
-    }
-    throwOnError(result, "cannot watch a descriptor");
-    watch = added.release();
-    watch->poll.data = watch;
+    throwOnError(uv_poll_init(&loop, &added->poll, fd), "cannot watch a descriptor");
+    added->poll.data = added.get();
+    watches[fd] = added.release();
   }
+  Watch* watch = watches[fd];
   watch->handler = std::move(handler);
-  uv_poll_start(&watch->poll, uvEvents(interest),
+  uv_poll_start(&watch->poll, static_cast<int>(interest),
                 [](uv_poll_t* poll, int /*status*/, int /*events*/) {
                   // A copy, since the handler may call watch() for its own descriptor.
                   guarded(Handler(static_cast<Watch*>(poll->data)->handler));
@@ -127,26 +111,6 @@ void EventLoop::runTasks() {
   for (const Handler& task : std::exchange(tasks, {})) {
     guarded(task);
   }
-}
-
-void EventLoop::run() {
-  uv_run(&loop, UV_RUN_DEFAULT);
-}
-
-void EventLoop::turn() {
-  uv_run(&loop, UV_RUN_ONCE);
-}
-
-void EventLoop::turnWithoutWaiting() {
-  uv_run(&loop, UV_RUN_NOWAIT);
-}
-
-uv_loop_t* EventLoop::handle() {
-  return &loop;
-}
-
-int EventLoop::descriptor() const {
-  return uv_backend_fd(&loop);
 }
 
 int EventLoop::timeoutMs() const {

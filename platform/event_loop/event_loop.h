@@ -33,7 +33,11 @@ class Timer {
 class EventLoop {
  public:
   using Handler = std::function<void()>;
-  enum class Interest { readable, writable, both };
+  enum class Interest {
+    readable = UV_READABLE,
+    writable = UV_WRITABLE,
+    both = UV_READABLE | UV_WRITABLE
+  };
 
   /// Throws std::system_error when the system refuses the descriptors that a loop needs.
   EventLoop();
@@ -58,20 +62,20 @@ class EventLoop {
   virtual void post(Handler task);
 
   /// Turns until nothing is left to wait for.
-  void run();
+  void run() { uv_run(&loop, UV_RUN_DEFAULT); }
 
   /// Waits for the next events and handles them.
-  void turn();
+  void turn() { uv_run(&loop, UV_RUN_ONCE); }
 
   /// Handles the events that have already happened, and begins to watch what watch() was called for
   /// since the last turn.
-  void turnWithoutWaiting();
+  void turnWithoutWaiting() { uv_run(&loop, UV_RUN_NOWAIT); }
 
   /// libuv's loop, for a kind of event that only one system needs.
-  uv_loop_t* handle();
+  uv_loop_t* handle() { return &loop; }
 
   /// Readable when a turn is due; for the loop of Qt to watch.
-  int descriptor() const;
+  int descriptor() const { return uv_backend_fd(&loop); }
 
   /// In how many milliseconds the next turn is due even if descriptor() is not readable; -1 if
   /// never.

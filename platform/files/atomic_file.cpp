@@ -1,11 +1,9 @@
 // SPDX-FileCopyrightText: 2026 Halvik
 // SPDX-License-Identifier: Apache-2.0
 
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <cstdlib>
 #include <filesystem>
 #include <optional>
@@ -32,23 +30,20 @@ struct Target {
 // Where the bytes finally go: behind a link, the file that it names. None when something else than
 // a file is there.
 std::optional<Target> findTarget(const std::string& path) {
-  struct stat facts {};
   std::error_code failed;
-  if (stat(path.c_str(), &facts) != 0) {
-    // A link that leads nowhere is not ours to replace, nor is what the system cannot tell about.
-    if (errno != ENOENT || fs::symlink_status(path, failed).type() != fs::file_type::not_found) {
-      return std::nullopt;
-    }
-    // Widened below, as macOS has a mode_t that is narrower than an int.
-    const mode_t mask = umask(0);
-    umask(mask);
-    return Target{.path = path, .mode = static_cast<mode_t>(0666U & ~unsigned{mask})};
+  const fs::file_status there = fs::status(path, failed);
+  if (there.type() == fs::file_type::regular) {
+    return Target{.path = fs::canonical(path, failed),
+                  .mode = static_cast<mode_t>(there.permissions() & fs::perms::all)};
   }
-  const fs::path real = fs::canonical(path, failed);
-  if (failed || !S_ISREG(facts.st_mode)) {
+  // A link that leads nowhere is not ours to replace, nor is what the system cannot tell about.
+  if (fs::symlink_status(path, failed).type() != fs::file_type::not_found) {
     return std::nullopt;
   }
-  return Target{.path = real, .mode = static_cast<mode_t>(facts.st_mode & 0777U)};
+  // Widened below, as macOS has a mode_t that is narrower than an int.
+  const mode_t mask = umask(0);
+  umask(mask);
+  return Target{.path = path, .mode = static_cast<mode_t>(0666U & ~unsigned{mask})};
 }
 
 bool fill(int fd, mode_t mode, const text::Buffers& bytes) {
@@ -70,7 +65,6 @@ bool writeAtomically(const std::string& path, const text::Buffers& bytes) {
   if (fd < 0) {
     return false;
   }
-  fcntl(fd, F_SETFD, FD_CLOEXEC);
   const bool replaced =
       fill(fd, target->mode, bytes) && rename(temporary.c_str(), target->path.c_str()) == 0;
   if (!replaced) {

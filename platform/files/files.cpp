@@ -10,10 +10,12 @@
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
+#include <iomanip>
 #include <optional>
+#include <sstream>
 #include <system_error>
 
-#include "platform/files/desktop_setting.h"
 #include "text/log.h"
 
 namespace platform {
@@ -22,23 +24,39 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::string homeFromEnvironment() {
-  const char* home = std::getenv("HOME");
-  return home == nullptr ? "" : home;
-}
-
 std::string homeOf(const passwd* user) {
   return user == nullptr ? "" : user->pw_dir;
 }
 
-std::string homeFolder() {
-  const std::string home = homeFromEnvironment();
-  return home.empty() ? homeOf(getpwuid(getuid())) : home;
+fs::path homeFolder() {
+  const char* home = std::getenv("HOME");
+  return home != nullptr && *home != '\0' ? home : homeOf(getpwuid(getuid()));
 }
 
 bool isFolder(const fs::path& path) {
   std::error_code ignored;
   return fs::is_directory(path, ignored);
+}
+
+// The folder that the user's settings name as the Desktop; empty when they name none. The desktops
+// of Linux agree on a file that is written for the shell, with lines as
+//   XDG_DESKTOP_DIR="$HOME/Desktop"
+fs::path desktopSetting(const fs::path& home) {
+  const char* config = std::getenv("XDG_CONFIG_HOME");
+  const bool isNamed = config != nullptr && *config == '/';
+  std::ifstream settings((isNamed ? fs::path(config) : home / ".config") / "user-dirs.dirs");
+  constexpr std::string_view name = "XDG_DESKTOP_DIR=";
+  constexpr std::string_view variable = "$HOME";
+  std::string folder;
+  for (std::string line; std::getline(settings >> std::ws, line);) {
+    if (line.starts_with(name)) {
+      std::istringstream(line.substr(name.size())) >> std::quoted(folder);
+      if (folder.starts_with("$HOME/")) {
+        folder.replace(0, variable.size(), home.string());
+      }
+    }
+  }
+  return folder;
 }
 
 // What the desktop environment names, unless that is no place or the home folder, its way of saying
@@ -49,26 +67,6 @@ fs::path namedDesktop(const fs::path& home) {
   return folder.is_absolute() && folder != homeItself ? folder.parent_path() : home / "Desktop";
 }
 
-// Where a Desktop may be, the best place first; none without a home folder.
-std::vector<fs::path> desktopCandidates() {
-  const fs::path home = homeFolder();
-  if (!isFolder(home)) {
-    return {};
-  }
-  const fs::path usual = home / "Desktop";
-  // Without the variable, the desktop environment's own settings cannot be found.
-  return homeFromEnvironment().empty() ? std::vector{usual}
-                                       : std::vector{namedDesktop(home), usual};
-}
-
-// Where temporary files may be, the place that the user names first.
-std::vector<fs::path> temporaryCandidates() {
-  std::error_code failed;
-  const fs::path named = fs::temp_directory_path(failed);
-  const std::vector<fs::path> usual{"/tmp", "/var/tmp"};
-  return failed ? usual : std::vector{named, usual[0], usual[1]};
-}
-
 // In nanoseconds since 1970; none where nothing is at `path`.
 std::optional<std::int64_t> creationTimeNs(const fs::path& path) {
   uv_fs_t request;
@@ -76,8 +74,7 @@ std::optional<std::int64_t> creationTimeNs(const fs::path& path) {
     return std::nullopt;
   }
   const uv_stat_t& facts = request.statbuf;
-  const bool isKept = facts.st_birthtim.tv_sec != 0;
-  const uv_timespec_t& time = isKept ? facts.st_birthtim : facts.st_ctim;
+  const uv_timespec_t& time = facts.st_birthtim.tv_sec != 0 ? facts.st_birthtim : facts.st_ctim;
   uv_fs_req_cleanup(&request);
   return std::int64_t{time.tv_sec} * 1'000'000'000 + time.tv_nsec;
 }
@@ -112,13 +109,17 @@ std::string expandTilde(const std::string& path) {
   }
   const std::size_t end = std::min(path.find('/'), path.size());
   const std::string user = path.substr(1, end - 1);
-  const std::string home = user.empty() ? homeFolder() : homeOf(getpwnam(user.c_str()));
+  const std::string home = user.empty() ? homeFolder().string() : homeOf(getpwnam(user.c_str()));
   return home.empty() ? path : home + path.substr(end);
 }
 
 std::string desktopFolder() {
+  const fs::path home = homeFolder();
+  if (!isFolder(home)) {
+    return "";
+  }
   std::error_code ignored;
-  for (const fs::path& folder : desktopCandidates()) {
+  for (const fs::path& folder : {namedDesktop(home), home / "Desktop"}) {
     fs::create_directories(folder, ignored);
     if (isFolder(folder) && access(folder.c_str(), W_OK | X_OK) == 0) {
       return folder.string();
@@ -128,11 +129,13 @@ std::string desktopFolder() {
 }
 
 std::string temporaryFolder() {
+  std::error_code ignored;
+  const fs::path named = fs::temp_directory_path(ignored);
   // The places are everybody's: nobody else can have prepared this one.
   std::string folder;
-  for (const fs::path& shared : temporaryCandidates()) {
+  for (const fs::path& shared : {named, fs::path("/tmp"), fs::path("/var/tmp")}) {
     folder = (shared / "halvik-diagnostic-XXXXXX").string();
-    if (mkdtemp(folder.data()) != nullptr) {
+    if (shared.is_absolute() && mkdtemp(folder.data()) != nullptr) {
       break;
     }
   }

@@ -25,10 +25,9 @@ constexpr int partsPerStall = 10;
 
 class CurlConnection final : public HttpConnection {
  public:
-  CurlConnection(HttpRequest sent, HttpContext wanted)
-      : request(std::move(sent)),
-        context(std::move(wanted)),
-        transfer(request, context.proxy),
+  explicit CurlConnection(HttpContext wanted)
+      : context(std::move(wanted)),
+        transfer(context.request, context.proxy),
         multi(curl_multi_init()),
         timeout(context.loop.makeTimer([this] { act(CURL_SOCKET_TIMEOUT); })),
         stallClock(context.loop.makeTimer([this] { countStall(); })) {
@@ -122,8 +121,6 @@ class CurlConnection final : public HttpConnection {
       fail("nothing has moved for too long");
     } else if (replyParts > partsPerStall * stallsPerReply) {
       refuse("the reply takes too long");
-    } else if (transfer.isBodyTooLong()) {
-      refuse("no usable reply: it is longer than 1048576 bytes");
     } else {
       stallClock->start(context.stallLimit / partsPerStall);
     }
@@ -147,7 +144,6 @@ class CurlConnection final : public HttpConnection {
     context.delegate.connectionDidRefuseReply();
   }
 
-  const HttpRequest request;
   const HttpContext context;
   CurlTransfer transfer;
   CURLM* multi;
@@ -162,9 +158,9 @@ class CurlConnection final : public HttpConnection {
 
 }  // namespace
 
-extern "C" HttpConnection* halvikSendHttpRequest(HttpRequest& request, HttpContext& context) {
+extern "C" HttpConnection* halvikSendHttpRequest(HttpContext& context) {
   static const CURLcode initialized [[maybe_unused]] = curl_global_init(CURL_GLOBAL_DEFAULT);
-  return new CurlConnection(std::move(request), std::move(context));
+  return new CurlConnection(std::move(context));
 }
 
 }  // namespace platform

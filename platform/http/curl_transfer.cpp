@@ -3,8 +3,6 @@
 
 #include "platform/http/curl_transfer.h"
 
-#include <algorithm>
-#include <iterator>
 #include <utility>
 
 namespace platform {
@@ -13,10 +11,8 @@ namespace {
 
 constexpr long redirectsMax = 20;
 
-std::string withoutControls(std::string_view bytes) {
-  std::string text;
-  std::copy_if(bytes.begin(), bytes.end(), std::back_inserter(text),
-               [](char byte) { return byte >= ' ' && byte <= '~'; });
+std::string withoutControls(std::string text) {
+  std::erase_if(text, [](char byte) { return byte < ' ' || byte > '~'; });
   return text;
 }
 
@@ -39,12 +35,7 @@ void CurlTransfer::setUpRequest(const HttpRequest& sent) {
   set(CURLOPT_POSTFIELDS, sent.body.data());
   set(CURLOPT_POSTFIELDSIZE_LARGE, requestBytes);
   set(CURLOPT_USERAGENT, "halvik-diagnostic");
-  for (const auto& [name, value] : sent.headers) {
-    std::string line = name;
-    line += ": ";
-    line += value;
-    headers = curl_slist_append(headers, line.c_str());
-  }
+  headers = curl_slist_append(headers, ("Content-Type: " + sent.contentType).c_str());
   // The report is sent without asking first whether it may be.
   headers = curl_slist_append(headers, "Expect:");
   // The reply is a line of text, and a compressed one might unfold to any size.
@@ -81,7 +72,16 @@ void CurlTransfer::setUpCallbacks() {
   set(
       CURLOPT_WRITEFUNCTION,
       +[](char* bytes, std::size_t /*one*/, std::size_t size, void* self) noexcept {
-        return static_cast<CurlTransfer*>(self)->readBody({bytes, size}) ? size : 0;
+        static_cast<CurlTransfer*>(self)->received.append(bytes, size);
+        return size;
+      });
+  // The body of a redirect counts as well, which libcurl does not pass on.
+  set(CURLOPT_NOPROGRESS, 0L);
+  set(CURLOPT_XFERINFODATA, this);
+  set(
+      CURLOPT_XFERINFOFUNCTION,
+      +[](void* self, curl_off_t /*of*/, curl_off_t size, curl_off_t, curl_off_t) noexcept {
+        return static_cast<CurlTransfer*>(self)->limitBody(size) ? 0 : 1;
       });
   set(CURLOPT_ERRORBUFFER, curlError.data());
 }
@@ -95,11 +95,6 @@ std::optional<std::string> CurlTransfer::header(const char* name) const {
 bool CurlTransfer::isSent() const {
   const bool isPost = std::string_view(info<const char*>(CURLINFO_EFFECTIVE_METHOD)) == "POST";
   return !isPost || info<curl_off_t>(CURLINFO_SIZE_UPLOAD_T) == requestBytes;
-}
-
-bool CurlTransfer::isBodyTooLong() const {
-  // Also that of a redirect, which libcurl does not pass on.
-  return info<curl_off_t>(CURLINFO_SIZE_DOWNLOAD_T) > bodyBytesMax;
 }
 
 std::array<curl_off_t, 5> CurlTransfer::progress() const {
@@ -150,14 +145,11 @@ std::string CurlTransfer::problemOfHead() const {
   return "";
 }
 
-bool CurlTransfer::readBody(std::string_view bytes) {
-  bodyBytes += static_cast<curl_off_t>(bytes.size());
-  if (bodyBytes > bodyBytesMax) {
+bool CurlTransfer::limitBody(curl_off_t size) {
+  if (size > bodyBytesMax) {
     reasonOfRefusal = "no usable reply: it is longer than 1048576 bytes";
-    return false;
   }
-  received += bytes;
-  return true;
+  return size <= bodyBytesMax;
 }
 
 std::string CurlTransfer::takeBody() {

@@ -45,7 +45,6 @@ class CurlTransfer {
 
   /// Whether the whole of the last request has been sent.
   bool isSent() const;
-  bool isBodyTooLong() const;
   /// Differs from an earlier value if there has been progress: in connecting, in sending, in
   /// receiving a body. A head has to come whole to count.
   std::array<curl_off_t, 5> progress() const;
@@ -57,7 +56,7 @@ class CurlTransfer {
   bool readHeader(std::string_view line);
   void readEndOfHead();
   std::string problemOfHead() const;
-  bool readBody(std::string_view bytes);
+  bool limitBody(curl_off_t size);
   std::optional<std::string> header(const char* name) const;
 
   template <class Value>
@@ -76,7 +75,6 @@ class CurlTransfer {
   std::array<char, CURL_ERROR_SIZE> curlError{};
   curl_off_t requestBytes;
   std::size_t headBytes = 0;
-  curl_off_t bodyBytes = 0;
   std::string statusLine;
   long lastStatus = 0;
   /// Where the last head leads to; empty if it is no redirect.

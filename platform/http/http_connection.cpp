@@ -5,10 +5,15 @@
 
 #include <dlfcn.h>
 
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+#include <system_error>
 #include <utility>
 
-#include "platform/http/desktop_proxy.h"
+#include "platform/files/files.h"
 #include "platform/http/http_module.h"
+#include "platform/process/child_process.h"
 #include "platform/process/helper_executable.h"
 #include "text/log.h"
 #include "text/url.h"
@@ -17,23 +22,72 @@ namespace platform {
 
 namespace {
 
+constexpr const char* proxyCommand = "/usr/bin/proxy";
+constexpr std::chrono::seconds proxyTimeLimit{5};
+
 HttpModuleFunction* module = nullptr;
 
-// Sends the request once the desktop has been asked for its proxy.
+bool isProxyInEnvironment() {
+  constexpr std::array variables{"http_proxy", "https_proxy", "HTTPS_PROXY", "all_proxy",
+                                 "ALL_PROXY"};
+  return std::any_of(variables.begin(), variables.end(),
+                     [](const char* variable) { return std::getenv(variable) != nullptr; });
+}
+
+// The command prints the proxies to try, separated by blanks; the first one counts.
+std::string firstProxy(std::string_view output) {
+  const std::string_view first = output.substr(0, output.find_first_of(" \r\n"));
+  return first.starts_with("direct:") ? "" : std::string(first);
+}
+
+// Sends the request once libproxy's command has been asked for the desktop's proxy: a child process
+// with a time limit, and not libproxy itself, as the scripts and name servers that it may have to
+// ask could hold up or crash the program.
 class ProxiedConnection final : public HttpConnection {
  public:
-  ProxiedConnection(HttpRequest sent, HttpContext wanted)
-      : request(std::move(sent)),
-        context(std::move(wanted)),
-        query(context.loop, request.url, [this](const std::string& proxy) {
-          context.proxy = proxy;
-          connection.reset(module(request, context));
-        }) {}
+  explicit ProxiedConnection(HttpContext wanted)
+      : context(std::move(wanted)), limit(context.loop.makeTimer([this] { send(""); })) {
+    using std::chrono::milliseconds;
+    const bool isAsked = !isProxyInEnvironment() && pathExists(proxyCommand) && canAsk();
+    limit->start(isAsked ? milliseconds(proxyTimeLimit) : milliseconds(0));
+  }
 
  private:
-  HttpRequest request;
+  bool canAsk() {
+    try {
+      ask();
+      return true;
+    } catch (const std::system_error& error) {
+      // The user's limit of processes, for example: the report may arrive without a proxy.
+      text::log(error.what());
+      return false;
+    }
+  }
+
+  void ask() {
+    using Stream = ChildProcess::Stream;
+    command = std::make_unique<ChildProcess>(context.loop, proxyCommand,
+                                             std::vector{context.request.url});
+    command->waitForData(Stream::output,
+                         [this] { command->readAvailable(Stream::output, output); });
+    command->launch([this] {
+      command->readAvailable(Stream::output, output);
+      command->reap();
+      send(firstProxy(output.view()));
+    });
+  }
+
+  void send(const std::string& proxy) {
+    limit->stop();
+    command.reset();
+    context.proxy = proxy;
+    connection.reset(module(context));
+  }
+
   HttpContext context;
-  DesktopProxyQuery query;
+  std::unique_ptr<Timer> limit;
+  std::unique_ptr<ChildProcess> command;
+  ByteBuffer output;
   std::unique_ptr<HttpConnection> connection;
 };
 
@@ -55,17 +109,14 @@ std::unique_ptr<HttpConnection> sendHttpRequest(EventLoop& loop, HttpRequest req
   const auto logFailure = [url = request.url](const std::string& reason) {
     text::log("sending to " + url + " failed: " + reason);
   };
-  if (!text::isWebUrl(request.url)) {
-    logFailure("it is no address of a web server");
-    return nullptr;
-  }
-  const std::string error = loadHttpModule();
+  const std::string error =
+      text::isWebUrl(request.url) ? loadHttpModule() : "it is no address of a web server";
   if (!error.empty()) {
     logFailure(error);
     return nullptr;
   }
-  return std::make_unique<ProxiedConnection>(std::move(request),
-                                             HttpContext{.loop = loop,
+  return std::make_unique<ProxiedConnection>(HttpContext{.loop = loop,
+                                                         .request = std::move(request),
                                                          .delegate = delegate,
                                                          .stallLimit = stallLimit,
                                                          .proxy = "",

@@ -9,17 +9,15 @@
 #include <memory>
 #include <string>
 #include <string_view>
-#include <utility>
-#include <vector>
 
 namespace platform {
 
 class EventLoop;
 
-/// A POST request. URL and header texts are UTF-8, the body is bytes.
+/// A POST request. URL and content type are UTF-8, the body is bytes.
 struct HttpRequest {
   std::string url;
-  std::vector<std::pair<std::string, std::string>> headers;
+  std::string contentType;
   std::string body;
 };
 

@@ -7,7 +7,6 @@
 
 #include <chrono>
 #include <functional>
-#include <memory>
 #include <string>
 
 #include "platform/event_loop/event_loop.h"
@@ -18,6 +17,7 @@ namespace platform {
 /// What a request of the module needs of the program.
 struct HttpContext {
   EventLoop& loop;
+  HttpRequest request;
   HttpConnectionDelegate& delegate;
   /// Without progress for so long, the request fails.
   std::chrono::milliseconds stallLimit;
@@ -27,9 +27,9 @@ struct HttpContext {
   std::function<void(const std::string& reason)> logFailure;
 };
 
-/// The module's one function: sends `request`, a request to a URL of http or https, and returns the
-/// new connection. Both arguments are moved from.
-using HttpModuleFunction = HttpConnection*(HttpRequest& request, HttpContext& context);
+/// The module's one function: sends a request to a URL of http or https, and returns the new
+/// connection. The context is moved from.
+using HttpModuleFunction = HttpConnection*(HttpContext& context);
 inline constexpr const char* httpModuleFunction = "halvikSendHttpRequest";
 inline constexpr const char* httpModuleName = "halvik-upload.so";
 

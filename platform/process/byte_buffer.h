@@ -5,7 +5,10 @@
 
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
+#include <cstdlib>
+#include <new>
 #include <string_view>
 
 namespace platform {
@@ -17,7 +20,7 @@ namespace platform {
 class ByteBuffer {
  public:
   ByteBuffer() = default;
-  ~ByteBuffer();
+  ~ByteBuffer() { std::free(bytes); }
   ByteBuffer(const ByteBuffer&) = delete;
   ByteBuffer& operator=(const ByteBuffer&) = delete;
 
@@ -25,10 +28,24 @@ class ByteBuffer {
   std::string_view view() const { return {bytes, size}; }
 
   /// Appends a copy of `more`. Throws std::bad_alloc when there is no memory for it.
-  void append(std::string_view more);
+  void append(std::string_view more) {
+    if (more.size() > capacity - size) {
+      grow(size + more.size());
+    }
+    std::copy(more.begin(), more.end(), bytes + size);
+    size += more.size();
+  }
 
  private:
-  void grow(std::size_t needed);
+  void grow(std::size_t needed) {
+    const std::size_t wanted = size == 0 ? needed : std::max(needed, capacity * 2);
+    void* moved = std::realloc(bytes, wanted);
+    if (moved == nullptr) {
+      throw std::bad_alloc();
+    }
+    bytes = static_cast<char*>(moved);
+    capacity = wanted;
+  }
 
   char* bytes = nullptr;
   std::size_t size = 0;

@@ -14,6 +14,7 @@
 #include <utility>
 
 #include "platform/process/spawn.h"
+#include "platform/process/termination_signals.h"
 #include "platform/process/tools.h"
 
 namespace platform {
@@ -37,6 +38,7 @@ ChildProcess::ChildProcess(EventLoop& eventLoop, std::string path,
 
 ChildProcess::~ChildProcess() {
   terminate();
+  removeChild(pid);
   for (Pipe* pipe : {&output, &error}) {
     close(*pipe);
     if (pipe->writeEnd >= 0) {
@@ -45,51 +47,82 @@ ChildProcess::~ChildProcess() {
   }
 }
 
-void ChildProcess::observeTermination(Handler handler) {
-  onExit = std::move(handler);
-}
-
 void ChildProcess::waitForData(Stream stream, Handler handler) {
   loop.watch(pipeOf(stream).readEnd, std::move(handler));
 }
 
-void ChildProcess::launch() {
-  spawn();
+void ChildProcess::launch(Handler exited) {
+  const Command command = locateCommand(launchPath, args);
+  std::vector<char*> argv;
+  argv.reserve(command.args.size() + 2);
+  argv.push_back(const_cast<char*>(launchPath.c_str()));
+  for (const std::string& arg : command.args) {
+    argv.push_back(const_cast<char*>(arg.c_str()));
+  }
+  argv.push_back(nullptr);
+  Spawned child;
+  {
+    const SignalsBlocked untilItIsAdded;
+    child = platform::spawn(command.path.c_str(), argv.data(), output.writeEnd, error.writeEnd);
+    if (child.error != 0) {
+      fail(child.error);
+    }
+    pid = child.pid;
+    addChild(pid);
+  }
+  exitWatcher.watch(child.exitHandle, std::move(exited));
   for (Pipe* pipe : {&output, &error}) {
     ::close(std::exchange(pipe->writeEnd, -1));
   }
 }
 
 void ChildProcess::terminate() const {
-  cleanup.terminate();
+  if (pid > 0) {
+    terminateChild(pid);
+  }
 }
 
+// The block is small enough to stay in the processor's cache until its bytes have been copied and
+// looked at.
 void ChildProcess::readAvailable(Stream stream, ByteBuffer& buffer) {
+  static std::array<char, 256UL * 1024> block;
   Pipe& pipe = pipeOf(stream);
-  if (pipe.readEnd >= 0 && !read(pipe, buffer)) {
+  if (pipe.readEnd < 0) {
+    return;
+  }
+  const ssize_t count = ::read(pipe.readEnd, block.data(), block.size());
+  if (count < 0) {
+    if (errno != EAGAIN && errno != EINTR) {
+      fail(errno);
+    }
+    return;
+  }
+  const auto bytes = static_cast<std::size_t>(count);
+  buffer.append({block.data(), bytes});
+  if (bytes >= defaultPipeBytes && !pipe.enlarged) {
+    // A command that fills its pipe prints a lot: let it run on while others are read.
+    pipe.enlarged = true;
+#ifdef F_SETPIPE_SZ
+    // Refused where the user has too much in pipes already.
+    fcntl(pipe.readEnd, F_SETPIPE_SZ, largePipeBytes);
+#endif
+  } else if (bytes == 0) {
     close(pipe);
   }
 }
 
 void ChildProcess::readToEnd(ByteBuffer& outputBytes, ByteBuffer& errorBytes) {
   reap();
-  const std::array<std::pair<Pipe*, ByteBuffer*>, 2> streams{
-      {{&output, &outputBytes}, {&error, &errorBytes}}};
   while (output.readEnd >= 0 || error.readEnd >= 0) {
     std::array<pollfd, 2> waits{{{.fd = output.readEnd, .events = POLLIN, .revents = 0},
                                  {.fd = error.readEnd, .events = POLLIN, .revents = 0}}};
-    if (poll(waits.data(), waits.size(), -1) < 0) {
-      // Interrupted by a signal, that of another command's end for example. To go on after anything
-      // else could be to go on for ever.
-      if (errno != EINTR) {
-        fail(errno);
-      }
-      continue;
+    // Nothing is ready where a signal interrupts it, that of another command's end for example.
+    poll(waits.data(), waits.size(), -1);
+    if (waits[0].revents != 0) {
+      readAvailable(Stream::output, outputBytes);
     }
-    for (std::size_t i = 0; i < streams.size(); ++i) {
-      if (waits[i].revents != 0 && !read(*streams[i].first, *streams[i].second)) {
-        close(*streams[i].first);
-      }
+    if (waits[1].revents != 0) {
+      readAvailable(Stream::error, errorBytes);
     }
   }
 }
@@ -104,61 +137,10 @@ void ChildProcess::open(Pipe& pipe) const {
   pipe.writeEnd = ends[1];
 }
 
-// One read; false at the end of the stream. The block is small enough to stay in the processor's
-// cache until its bytes have been copied and looked at.
-bool ChildProcess::read(Pipe& pipe, ByteBuffer& buffer) {
-  static std::array<char, 256UL * 1024> block;
-  ssize_t count = 0;
-  do {
-    count = ::read(pipe.readEnd, block.data(), block.size());
-  } while (count < 0 && errno == EINTR);
-  if (count < 0 && errno == EAGAIN) {
-    return true;
-  }
-  if (count < 0) {
-    fail(errno);
-  }
-  const auto bytes = static_cast<std::size_t>(count);
-  buffer.append({block.data(), bytes});
-  if (bytes >= defaultPipeBytes && !pipe.enlarged) {
-    // A command that fills its pipe prints a lot: let it run on while others are read.
-    pipe.enlarged = true;
-#ifdef F_SETPIPE_SZ
-    // Refused where the user has too much in pipes already.
-    fcntl(pipe.readEnd, F_SETPIPE_SZ, largePipeBytes);
-#endif
-  }
-  return bytes > 0;
-}
-
-void ChildProcess::spawn() {
-  const Command command = locateCommand(launchPath, args);
-  std::vector<char*> argv;
-  argv.reserve(command.args.size() + 2);
-  argv.push_back(const_cast<char*>(launchPath.c_str()));
-  for (const std::string& arg : command.args) {
-    argv.push_back(const_cast<char*>(arg.c_str()));
-  }
-  argv.push_back(nullptr);
-  Spawned child;
-  {
-    const TerminationSignalsBlocked untilItIsRegistered;
-    child = platform::spawn(command.path.c_str(), argv.data(), output.writeEnd, error.writeEnd);
-    if (child.error != 0) {
-      fail(child.error);
-    }
-    pid = child.pid;
-    cleanup.begin(pid);
-  }
-  exitWatcher.watch(child.exitHandle, std::move(onExit));
-}
-
 void ChildProcess::reap() {
   exitWatcher.unwatch();
-  cleanup.end();
-  while (waitpid(pid, nullptr, 0) < 0 && errno == EINTR) {
-  }
-  pid = -1;
+  removeChild(pid);
+  waitpid(std::exchange(pid, -1), nullptr, 0);
 }
 
 void ChildProcess::close(Pipe& pipe) {

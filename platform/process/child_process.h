@@ -12,7 +12,6 @@
 #include "platform/event_loop/event_loop.h"
 #include "platform/process/byte_buffer.h"
 #include "platform/process/exit_watcher.h"
-#include "platform/process/termination_signals.h"
 
 namespace platform {
 
@@ -35,16 +34,12 @@ class ChildProcess {
   ChildProcess(const ChildProcess&) = delete;
   ChildProcess& operator=(const ChildProcess&) = delete;
 
-  /// Calls `handler` once, when the command has ended (its pipes may still hold data). To be set
-  /// before the launch.
-  void observeTermination(Handler handler);
-
   /// Calls `handler` whenever there is something to read, until the stream's end has been read.
   void waitForData(Stream stream, Handler handler);
 
-  /// Starts the command. Throws std::system_error naming the path and the reason when it cannot be
-  /// started.
-  void launch();
+  /// Starts the command, and calls `exited` once, when it has ended (its pipes may still hold
+  /// data). Throws std::system_error naming the path and the reason when it cannot be started.
+  void launch(Handler exited);
 
   /// Sends the command the termination signal if it still runs, and lets it take notice if it is
   /// stopped.
@@ -70,8 +65,6 @@ class ChildProcess {
 
   Pipe& pipeOf(Stream stream) { return stream == Stream::output ? output : error; }
   void open(Pipe& pipe) const;
-  bool read(Pipe& pipe, ByteBuffer& buffer);
-  void spawn();
   void close(Pipe& pipe);
   [[noreturn]] void fail(int errorNumber) const;
 
@@ -80,9 +73,7 @@ class ChildProcess {
   std::vector<std::string> args;
   Pipe output;
   Pipe error;
-  Handler onExit;
   ExitWatcher exitWatcher;
-  ChildCleanup cleanup;
   int pid = -1;
 };
 

@@ -5,9 +5,7 @@
 
 #include <csignal>
 #include <map>
-#include <system_error>
 #include <utility>
-#include <vector>
 
 #include "platform/event_loop/fatal_error.h"
 #include "platform/process/exit_watcher.h"
@@ -26,80 +24,53 @@ bool hasExited(pid_t pid) {
 
 // SIGCHLD says that some child has exited, and one signal may stand for several, so each watched
 // child is asked.
-class Children {
- public:
-  static Children& instance() {
-    static Children children;
-    return children;
-  }
+std::map<pid_t, EventLoop::Handler> handlers;
+uv_signal_t* listener = nullptr;
 
-  void add(EventLoop& loop, pid_t pid, EventLoop::Handler exited) {
-    if (signal == nullptr) {
-      listen(loop);
-    }
-    handlers[pid] = std::move(exited);
-    // Its signal may have come before we listened.
-    if (hasExited(pid)) {
-      raise(SIGCHLD);
+void reportExits() {
+  pid_t asked = 0;
+  // A handler may remove any of them.
+  for (auto next = handlers.begin(); next != handlers.end(); next = handlers.upper_bound(asked)) {
+    asked = next->first;
+    if (hasExited(asked)) {
+      guarded(EventLoop::Handler(next->second));
     }
   }
+}
 
-  void remove(pid_t pid) {
-    handlers.erase(pid);
-    if (handlers.empty() && signal != nullptr) {
-      uv_close(reinterpret_cast<uv_handle_t*>(std::exchange(signal, nullptr)),
-               [](uv_handle_t* handle) { delete reinterpret_cast<uv_signal_t*>(handle); });
-    }
-  }
-
- private:
-  void listen(EventLoop& loop) {
-    // It may have been blocked since the start of the program.
-    sigset_t unblocked;
-    sigemptyset(&unblocked);
-    sigaddset(&unblocked, SIGCHLD);
-    pthread_sigmask(SIG_UNBLOCK, &unblocked, nullptr);
-    signal = new uv_signal_t;
-    uv_signal_init(loop.handle(), signal);
-    const int result = uv_signal_start(
-        signal,
-        [](uv_signal_t* /*handle*/, int /*number*/) { guarded([] { instance().reportExits(); }); },
-        SIGCHLD);
-    if (result < 0) {
-      throw std::system_error(-result, std::generic_category(), "cannot listen for SIGCHLD");
-    }
-  }
-
-  void reportExits() {
-    std::vector<pid_t> exited;
-    for (const auto& [pid, handler] : handlers) {
-      if (hasExited(pid)) {
-        exited.push_back(pid);
-      }
-    }
-    for (const pid_t pid : exited) {
-      // An earlier handler may have removed it.
-      const auto known = handlers.find(pid);
-      if (known != handlers.end()) {
-        guarded(EventLoop::Handler(known->second));
-      }
-    }
-  }
-
-  uv_signal_t* signal = nullptr;
-  std::map<pid_t, EventLoop::Handler> handlers;
-};
+void listen(EventLoop& loop) {
+  // It may have been blocked since the start of the program.
+  sigset_t unblocked;
+  sigemptyset(&unblocked);
+  sigaddset(&unblocked, SIGCHLD);
+  pthread_sigmask(SIG_UNBLOCK, &unblocked, nullptr);
+  listener = new uv_signal_t;
+  uv_signal_init(loop.handle(), listener);
+  uv_signal_start(
+      listener, [](uv_signal_t* /*handle*/, int /*number*/) { guarded(reportExits); }, SIGCHLD);
+}
 
 }  // namespace
 
 void ExitWatcher::watch(int handle, EventLoop::Handler exited) {
   child = handle;
-  Children::instance().add(loop, child, std::move(exited));
+  if (listener == nullptr) {
+    listen(loop);
+  }
+  handlers[child] = std::move(exited);
+  // Its signal may have come before we listened.
+  if (hasExited(child)) {
+    raise(SIGCHLD);
+  }
 }
 
 void ExitWatcher::unwatch() {
   if (child >= 0) {
-    Children::instance().remove(std::exchange(child, -1));
+    handlers.erase(std::exchange(child, -1));
+    if (handlers.empty()) {
+      uv_close(reinterpret_cast<uv_handle_t*>(std::exchange(listener, nullptr)),
+               [](uv_handle_t* handle) { delete reinterpret_cast<uv_signal_t*>(handle); });
+    }
   }
 }
 

@@ -9,7 +9,6 @@
 
 #include <algorithm>
 #include <csignal>
-#include <cstdlib>
 #include <optional>
 #include <stdexcept>
 
@@ -37,9 +36,7 @@ void openStandardDescriptors() {
 
 void raiseDescriptorLimit() {
   rlimit starting{};
-  if (startingDescriptorLimit || getrlimit(RLIMIT_NOFILE, &starting) != 0) {
-    return;
-  }
+  getrlimit(RLIMIT_NOFILE, &starting);
   for (const rlim_t most : {starting.rlim_max, std::min(starting.rlim_max, fallbackLimit)}) {
     const rlimit raised{.rlim_cur = most, .rlim_max = starting.rlim_max};
     if (most > starting.rlim_cur && setrlimit(RLIMIT_NOFILE, &raised) == 0) {
@@ -65,10 +62,6 @@ void refuseSetuid() {
   if (getuid() != geteuid()) {
     throw std::runtime_error("it must not be setuid");
   }
-}
-
-void exitProcess(int status) {
-  std::_Exit(status);
 }
 
 void restoreStartingDescriptorLimit() {

@@ -22,10 +22,6 @@ void setUpProcess();
 /// stands in PATH, and to a file of any name.
 void refuseSetuid();
 
-/// Ends the process at once, without running destructors: a thread that looks up a name may still
-/// be at work, and nothing of ours is left to be written.
-[[noreturn]] void exitProcess(int status);
-
 /// Sets the soft limit on open descriptors that the program was started with, which is what a
 /// command is to inherit: old programs close every possible descriptor one by one. May be called in
 /// a child process before it becomes the command: it is async-signal-safe.

@@ -12,7 +12,6 @@
 #include <cerrno>
 #include <csignal>
 #include <cstddef>
-#include <utility>
 
 #include "platform/process/process_setup.h"
 #include "platform/process/spawn.h"
@@ -28,37 +27,26 @@ namespace platform {
 namespace {
 
 // Two descriptors with small numbers, which a child's output is given for as long as it is being
-// started: what the child has to copy ends with them. Something has to hold the numbers in the
-// meantime, and the root folder is always there.
+// started: what the child has to copy ends with them. In the meantime the numbers are copies of
+// standard input, so that nothing else gets them.
 class LowDescriptors {
  public:
   // False when the system has no descriptors left; it may have some another time.
-  bool reserve() {
-    for (int* number : {&placeholder, &output, &error}) {
+  bool lend(int standardOutput, int standardError) {
+    for (int* number : {&output, &error}) {
       if (*number < 0) {
-        *number = open("/", O_PATH | O_CLOEXEC);
+        *number = fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0);
       }
     }
-    return std::min({placeholder, output, error}) >= 0;
-  }
-
-  // False when the system refuses.
-  bool lend(int standardOutput, int standardError) const {
-    return dup3(standardOutput, output, O_CLOEXEC) >= 0 &&
+    return output >= 0 && error >= 0 && dup3(standardOutput, output, O_CLOEXEC) >= 0 &&
            dup3(standardError, error, O_CLOEXEC) >= 0;
   }
 
-  void takeBack() {
-    for (int* number : {&output, &error}) {
-      // One that is refused its placeholder is given up: as long as we hold the writing end of a
-      // pipe, its stream never ends.
-      if (dup3(placeholder, *number, O_CLOEXEC) < 0) {
-        close(std::exchange(*number, -1));
-      }
-    }
+  void takeBack() const {
+    dup3(STDIN_FILENO, output, O_CLOEXEC);
+    dup3(STDIN_FILENO, error, O_CLOEXEC);
   }
 
-  int placeholder = -1;
   int output = -1;
   int error = -1;
 };
@@ -73,22 +61,14 @@ struct Start {
 // Libraries ignore signals behind our back, SIGPIPE for one; a shell pipeline in a command relies
 // on the default. The two signals that the C library keeps for itself refuse, and are never set.
 void resetSignals() {
-  struct sigaction action {};
-  action.sa_handler = SIG_DFL;
   for (int signal = 1; signal < NSIG; ++signal) {
     if (!staysIgnored(signal)) {
-      sigaction(signal, &action, nullptr);
+      std::signal(signal, SIG_DFL);
     }
   }
   sigset_t none;
   sigemptyset(&none);
   sigprocmask(SIG_SETMASK, &none, nullptr);
-}
-
-// The program may be ended in ways that leave it no time to end its commands. Programs with
-// privileges of their own are spared by the system.
-bool endWithParent() {
-  return prctl(PR_SET_PDEATHSIG, SIGTERM) == 0;
 }
 
 // Runs in the child, on memory that it shares with the parent, which stands still meanwhile.
@@ -98,7 +78,9 @@ int runChild(void* context) {
   if (close_range(behindLow, ~0U, CLOSE_RANGE_UNSHARE) == 0 &&
       dup2(start.low.output, STDOUT_FILENO) >= 0 && dup2(start.low.error, STDERR_FILENO) >= 0 &&
       // Ours are closed on exec anyway; this also keeps out what the program was started with.
-      close_range(STDERR_FILENO + 1, ~0U, 0) == 0 && endWithParent()) {
+      close_range(STDERR_FILENO + 1, ~0U, 0) == 0 &&
+      // The program may be ended in ways that leave it no time to end its commands.
+      prctl(PR_SET_PDEATHSIG, SIGTERM) == 0) {
     restoreStartingDescriptorLimit();
     resetSignals();
     execve(start.path, start.argv, environ);
@@ -107,22 +89,6 @@ int runChild(void* context) {
   _exit(127);
 }
 
-// No signal handler of ours may run on the child's side of the shared memory.
-class AllSignalsBlocked {
- public:
-  AllSignalsBlocked() {
-    sigset_t all;
-    sigfillset(&all);
-    pthread_sigmask(SIG_BLOCK, &all, &before);
-  }
-  ~AllSignalsBlocked() { pthread_sigmask(SIG_SETMASK, &before, nullptr); }
-  AllSignalsBlocked(const AllSignalsBlocked&) = delete;
-  AllSignalsBlocked& operator=(const AllSignalsBlocked&) = delete;
-
- private:
-  sigset_t before;
-};
-
 }  // namespace
 
 Spawned spawn(const char* path, char* const* argv, int standardOutput, int standardError) {
@@ -130,19 +96,14 @@ Spawned spawn(const char* path, char* const* argv, int standardOutput, int stand
   alignas(std::max_align_t) static std::array<std::byte, 64UL * 1024> stack;
   Start start{.low = low, .path = path, .argv = argv};
   Spawned child;
-  if (!low.reserve()) {
-    child.error = errno;
-    return child;
-  }
-  if (!low.lend(standardOutput, standardError)) {
-    child.error = errno;
-  } else {
-    const AllSignalsBlocked blocked;
+  // No signal handler of ours may run on the child's side of the shared memory.
+  const SignalsBlocked duringTheStart;
+  if (low.lend(standardOutput, standardError)) {
     child.pid = clone(runChild, stack.data() + stack.size(),
                       CLONE_VM | CLONE_VFORK | CLONE_FILES | CLONE_PIDFD | SIGCHLD, &start,
                       &child.exitHandle);
-    child.error = child.pid < 0 ? errno : start.error;
   }
+  child.error = child.pid < 0 ? errno : start.error;
   low.takeBack();
   if (child.pid > 0 && child.error != 0) {
     close(child.exitHandle);

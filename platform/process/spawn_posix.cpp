@@ -52,13 +52,6 @@ void setSignals(posix_spawnattr_t& attributes) {
   posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
 }
 
-// Returns 0 or an error number: without one of the two, the child would write where we do.
-int setStreams(posix_spawn_file_actions_t& actions, int standardOutput, int standardError) {
-  const int error = posix_spawn_file_actions_adddup2(&actions, standardOutput, STDOUT_FILENO);
-  return error != 0 ? error
-                    : posix_spawn_file_actions_adddup2(&actions, standardError, STDERR_FILENO);
-}
-
 }  // namespace
 
 Spawned spawn(const char* path, char* const* argv, int standardOutput, int standardError) {
@@ -70,18 +63,17 @@ Spawned spawn(const char* path, char* const* argv, int standardOutput, int stand
   posix_spawnattr_init(&attributes);
   posix_spawn_file_actions_init(&actions);
   setSignals(attributes);
-  Spawned child;
   // Before the limit is lowered, above which it takes no descriptor.
-  child.error = setStreams(actions, standardOutput, standardError);
+  posix_spawn_file_actions_adddup2(&actions, standardOutput, STDOUT_FILENO);
+  posix_spawn_file_actions_adddup2(&actions, standardError, STDERR_FILENO);
   // A child inherits the limits of its parent.
   rlimit ours{};
   const bool isLimitKnown = getrlimit(RLIMIT_NOFILE, &ours) == 0;
   if (isLimitKnown) {
     restoreStartingDescriptorLimit();
   }
-  if (child.error == 0) {
-    child.error = posix_spawn(&child.pid, path, &actions, &attributes, argv, environ);
-  }
+  Spawned child;
+  child.error = posix_spawn(&child.pid, path, &actions, &attributes, argv, environ);
   child.exitHandle = child.pid;
   if (isLimitKnown) {
     setrlimit(RLIMIT_NOFILE, &ours);

@@ -6,51 +6,32 @@
 #include <pthread.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
+#include <atomic>
+#include <set>
 
 #include "text/progress_line.h"
 
 // The signal handler does all of it. The event loop may be blocked when the signal comes, by a slow
 // disk or a full pipe. The handler runs in the main thread only, which is the one that changes the
-// list, and each change of the list is a single store.
+// set of children, with signals blocked.
 
 namespace platform {
 
-struct ChildCleanupList {
-  static inline std::atomic<ChildCleanup*> first = nullptr;
-
-  static std::atomic<ChildCleanup*>& linkTo(const ChildCleanup& member) {
-    return member.previous == nullptr ? first : member.previous->next;
-  }
-
-  static void terminateAll() {
-    for (const ChildCleanup* member = first; member != nullptr; member = member->next) {
-      member->terminate();
-    }
-  }
-};
-
 namespace {
-
-static_assert(std::atomic<ChildCleanup*>::is_always_lock_free);
 
 // libuv ends the program by SIGABRT when the system refuses it a call.
 constexpr std::array terminationSignals{SIGABRT, SIGHUP, SIGINT, SIGTERM};
 
+// Never destroyed, as a signal may come while the program exits.
+std::set<int>& children = *new std::set<int>;
 std::atomic<const char*> halfWrittenFile = nullptr;
 pthread_t mainThread;
 
 bool isIgnored(int signal) {
-  struct sigaction action {};
+  struct sigaction action{};
   return sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
-}
-
-void endBy(int signal) {
-  struct sigaction action {};
-  action.sa_handler = SIG_DFL;
-  sigaction(signal, &action, nullptr);
-  // It is blocked while its handler runs, and delivered as soon as that has returned.
-  raise(signal);
 }
 
 extern "C" void cleanUpAndEnd(int signal) {
@@ -60,30 +41,23 @@ extern "C" void cleanUpAndEnd(int signal) {
     return;
   }
   text::eraseProgressLine();
-  ChildCleanupList::terminateAll();
+  std::for_each(children.begin(), children.end(), terminateChild);
   if (const char* path = halfWrittenFile) {
     unlink(path);
   }
-  endBy(signal);
-}
-
-sigset_t setOfTerminationSignals() {
-  sigset_t set;
-  sigemptyset(&set);
-  for (const int signal : terminationSignals) {
-    sigaddset(&set, signal);
-  }
-  return set;
+  std::signal(signal, SIG_DFL);
+  // It is blocked while its handler runs, and delivered as soon as that has returned.
+  raise(signal);
 }
 
 }  // namespace
 
 void handleTerminationSignals() {
   mainThread = pthread_self();
-  struct sigaction action {};
+  struct sigaction action{};
   action.sa_handler = cleanUpAndEnd;
   action.sa_flags = SA_RESTART;
-  action.sa_mask = setOfTerminationSignals();
+  sigfillset(&action.sa_mask);
   for (const int signal : terminationSignals) {
     if (!isIgnored(signal)) {
       sigaction(signal, &action, nullptr);
@@ -95,41 +69,28 @@ bool staysIgnored(int signal) {
   return (signal == SIGHUP || signal == SIGINT || signal == SIGQUIT) && isIgnored(signal);
 }
 
-TerminationSignalsBlocked::TerminationSignalsBlocked() {
-  const sigset_t held = setOfTerminationSignals();
-  pthread_sigmask(SIG_BLOCK, &held, &before);
+SignalsBlocked::SignalsBlocked() {
+  sigset_t all;
+  sigfillset(&all);
+  pthread_sigmask(SIG_BLOCK, &all, &before);
 }
 
-TerminationSignalsBlocked::~TerminationSignalsBlocked() {
+SignalsBlocked::~SignalsBlocked() {
   pthread_sigmask(SIG_SETMASK, &before, nullptr);
 }
 
-void ChildCleanup::begin(int child) {
-  pid = child;
-  next = ChildCleanupList::first.load();
-  if (next != nullptr) {
-    next.load()->previous = this;
-  }
-  ChildCleanupList::first = this;
+void addChild(int pid) {
+  children.insert(pid);
 }
 
-void ChildCleanup::end() {
-  if (pid < 0) {
-    return;
-  }
-  ChildCleanupList::linkTo(*this) = next.load();
-  if (next != nullptr) {
-    next.load()->previous = previous;
-  }
-  previous = nullptr;
-  pid = -1;
+void removeChild(int pid) {
+  const SignalsBlocked untilTheSetIsWhole;
+  children.erase(pid);
 }
 
-void ChildCleanup::terminate() const {
-  if (pid > 0) {
-    kill(pid, SIGTERM);
-    kill(pid, SIGCONT);
-  }
+void terminateChild(int pid) {
+  kill(pid, SIGTERM);
+  kill(pid, SIGCONT);
 }
 
 FileCleanup::FileCleanup(const char* path) {

@@ -6,7 +6,6 @@
 
 #pragma once
 
-#include <atomic>
 #include <csignal>
 
 namespace platform {
@@ -21,43 +20,27 @@ void handleTerminationSignals();
 /// that outlives its terminal, they have to as well. It is async-signal-safe.
 bool staysIgnored(int signal);
 
-/// While it lives, the termination signals are blocked.
-class TerminationSignalsBlocked {
+/// While it lives, no signal handler runs in this thread.
+class SignalsBlocked {
  public:
-  TerminationSignalsBlocked();
-  ~TerminationSignalsBlocked();
-  TerminationSignalsBlocked(const TerminationSignalsBlocked&) = delete;
-  TerminationSignalsBlocked& operator=(const TerminationSignalsBlocked&) = delete;
+  SignalsBlocked();
+  ~SignalsBlocked();
+  SignalsBlocked(const SignalsBlocked&) = delete;
+  SignalsBlocked& operator=(const SignalsBlocked&) = delete;
 
  private:
   sigset_t before;
 };
 
-/// Has a termination signal sent on to a child process, from begin() to end().
-class ChildCleanup {
- public:
-  ChildCleanup() = default;
-  ~ChildCleanup() { end(); }
-  ChildCleanup(const ChildCleanup&) = delete;
-  ChildCleanup& operator=(const ChildCleanup&) = delete;
+/// From here on a termination signal also ends the child process `pid`. To be called with
+/// SignalsBlocked since before the child was started.
+void addChild(int pid);
 
-  /// To be called while the termination signals are blocked, before the child is reaped.
-  void begin(int child);
+/// To be called before the child is reaped, since another process may get its number then.
+void removeChild(int pid);
 
-  /// To be called before the child is reaped, since another process may get its number then.
-  void end();
-
-  /// Sends the child SIGTERM, and SIGCONT in case it is stopped. Does nothing outside of begin()
-  /// and end(). It is async-signal-safe.
-  void terminate() const;
-
- private:
-  friend struct ChildCleanupList;
-
-  int pid = -1;
-  std::atomic<ChildCleanup*> next = nullptr;
-  ChildCleanup* previous = nullptr;
-};
+/// Sends the child SIGTERM, and SIGCONT in case it is stopped. It is async-signal-safe.
+void terminateChild(int pid);
 
 /// Has a termination signal remove a file, if it is there, while this lives. One at a time.
 class FileCleanup {

@@ -24,7 +24,6 @@ import unittest
 FOLDER = pathlib.Path(__file__).resolve().parents[2] / "lab"
 LAB = FOLDER / "lab"
 import builds
-import isolation
 import program_tests
 import reaper
 import scenarios
@@ -61,8 +60,6 @@ def permits_namespaces():
 
 
 def run_isolated():
-    if builds.PLATFORM == "posix":
-        isolation.place_planned_tools()
     attempt = run("shell", "true")
     if attempt.returncode == UNABLE:
         skip_file(attempt.stderr.strip())

@@ -11,9 +11,7 @@ files that cannot do without are skipped whole, and of the others the single tes
 
 import fcntl
 import os
-import pathlib
 import resource
-import shutil
 import socket
 import struct
 import subprocess
@@ -22,11 +20,9 @@ import tempfile
 import unittest
 
 import builds
-from project import ROOT
 from skipping import skip_file
 
 ISOLATED = "HALVIK_TEST_ISOLATED"  # set, in a test file's own environment, once it runs inside its namespaces
-TOOL_SCRIPTS = ROOT / "platform/process"
 
 
 def run_tests(needs_namespaces=False):
@@ -37,8 +33,6 @@ def run_tests(needs_namespaces=False):
             sys.exit(f"{path} is not an executable")
     if ISOLATED in os.environ:
         raise_loopback()
-        if builds.PLATFORM == "posix":
-            place_planned_tools()
     else:
         prefix = namespace_prefix("--net")
         if prefix:
@@ -65,26 +59,6 @@ def namespace_prefix(*kinds):
 
 
 needs_namespaces = unittest.skipUnless(ISOLATED in os.environ, "this machine permits no network and mount namespaces")
-
-
-def place_planned_tools():
-    """Puts the tools where the plan names them, for a program that does not know where Linux keeps them.
-
-    The machine's folder itself is seen below a mount that ends with this test file: nobody ever removes it.
-    """
-    mount("-t", "tmpfs", "none", "/mnt")
-    planned = pathlib.Path("/mnt")
-    machines = planned / ".machines"
-    machines.mkdir()
-    mount("--bind", "/usr/sbin", machines)
-    for name in ("scutil", "system_profiler"):
-        shutil.copy(TOOL_SCRIPTS / name, planned)
-    for name in ("ping", "netstat", "traceroute"):
-        (planned / name).symlink_to(f"/usr/bin/{name}")
-    for name in os.listdir(machines):
-        if not (planned / name).exists():
-            (planned / name).symlink_to(f".machines/{name}")
-    mount("--move", planned, "/usr/sbin")
 
 
 def raise_loopback():

@@ -10,7 +10,7 @@ ERRORS = {
     "EMFILE ENFILE": "dup eventfd2 epoll_create1 pidfd_open pipe pipe2 socketpair",
     "EMFILE ENFILE ENOMEM EIO EINTR": "open openat",
     "ENOBUFS EMFILE": "socket",
-    "EBUSY EINTR": "dup2 dup3",
+    "EBUSY EINTR": "dup2",
     "ENOMEM EAGAIN": "clone clone3 fork vfork execve",
     "ENOMEM": "close_range mmap mprotect mremap munmap madvise",
     "ENOMEM ENOSPC": "epoll_ctl",
@@ -42,8 +42,8 @@ NOT_FALLIBLE = {
     "a refused brk gives the old end of the heap, and no error: the C library takes an error for the new end":
         "brk",
     "they do not fail with what the program gives them":
-        "alarm arch_prctl clock_gettime clock_nanosleep exit exit_group getegid geteuid getgid getpid getppid getresgid"
-        " getresuid gettid getuid gettimeofday kill prctl restart_syscall rseq rt_sigaction rt_sigprocmask"
+        "alarm arch_prctl clock_gettime clock_nanosleep dup3 exit exit_group getegid geteuid getgid getpid getppid"
+        " getresgid getresuid gettid getuid gettimeofday kill prctl restart_syscall rseq rt_sigaction rt_sigprocmask"
         " rt_sigreturn sched_getaffinity sched_getparam sched_getscheduler sched_yield set_robust_list"
         " set_tid_address shutdown sigaltstack sysinfo tgkill umask uname",
     "the C library ends the program at once, by its own message, when one of these does":

@@ -262,6 +262,24 @@ TEST_F(Desktop, IsTheOneThatTheDesktopEnvironmentNames) {
   EXPECT_TRUE(std::filesystem::is_directory(home.path("Schreibtisch/neu")));
 }
 
+TEST_F(Desktop, IsReadAsTheShellReadsIt) {
+  nameDesktop(
+      "# mine\n\n \tXDG_DESKTOP_DIR=\"/a\"\nXDG_DESKTOP_DIR=\"$HOME//a \\\"b\\\" \\$c \xFF\" # d\n"
+      "XDG_DESKTOP_DIRS=\"/e\"\n");
+  EXPECT_EQ(desktopFolder(), home.path("a \"b\" $c \xFF"));
+}
+
+TEST_F(Desktop, IsNamedInTheFolderForSettings) {
+  nameDesktop("XDG_DESKTOP_DIR=\"$HOME/here\"\n");
+  for (const char* place : {"", "relative"}) {
+    const ScopedVariable none("XDG_CONFIG_HOME", place);
+    EXPECT_EQ(desktopFolder(), home.path("here")) << place;
+  }
+  home.write("user-dirs.dirs", "XDG_DESKTOP_DIR=\"$HOME/there\"\n");
+  const ScopedVariable other("XDG_CONFIG_HOME", home.path().c_str());
+  EXPECT_EQ(desktopFolder(), home.path("there"));
+}
+
 TEST_F(Desktop, IsNotTheHomeFolderItself) {
   for (const char* line : {"XDG_DESKTOP_DIR=\"$HOME/\"\n", "XDG_DESKTOP_DIR=\"$HOME\"\n"}) {
     nameDesktop(line);

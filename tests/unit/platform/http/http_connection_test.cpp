@@ -33,7 +33,7 @@ struct Events final : HttpConnectionDelegate {
 };
 
 std::unique_ptr<HttpConnection> sendTo(const std::string& url, Events& events) {
-  return sendHttpRequest(support::eventLoop(), {.url = url, .headers = {}, .body = "x"}, events,
+  return sendHttpRequest(support::eventLoop(), {.url = url, .contentType = "", .body = "x"}, events,
                          std::chrono::seconds(60));
 }
 

@@ -4,7 +4,6 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -94,61 +93,6 @@ TEST(SpawnDeathTest, FailsIfTheChildCannotBeGivenItsStreams) {
 // What it closes in a table of descriptors that is not its own, it closes for the program.
 TEST(SpawnDeathTest, FailsIfTheChildCannotHaveDescriptorsOfItsOwn) {
   EXPECT_EXIT(exitWithWhetherOurDescriptorsStay(), testing::ExitedWithCode(0), "");
-}
-
-[[noreturn]] void exitWithWhetherAStreamEnds() {
-  std::array<int, 2> ends;
-  if (pipe2(ends.data(), O_CLOEXEC | O_NONBLOCK) != 0 ||
-      !support::refuseCall(SYS_dup3, EBUSY, ends[1])) {
-    std::_Exit(2);
-  }
-  for (int i = 0; i < 2; ++i) {
-    const Spawned child = startTrue(ends[1], ends[1]);
-    int status = 1;
-    if (child.error != 0 || waitpid(child.pid, &status, 0) < 0 || status != 0) {
-      std::_Exit(3);
-    }
-  }
-  close(ends[1]);
-  char byte = 0;
-  std::_Exit(read(ends[0], &byte, 1) == 0 ? 0 : 1);
-}
-
-// Otherwise who reads the command's output would wait for its end for ever.
-TEST(SpawnDeathTest, KeepsNoStreamOpenThatItCannotTakeBack) {
-  EXPECT_EXIT(exitWithWhetherAStreamEnds(), testing::ExitedWithCode(0), "");
-}
-
-[[noreturn]] void exitWithWhetherOthersKeepTheirNumbers() {
-  if (!support::refuseCall(SYS_dup3, EBUSY, STDOUT_FILENO)) {
-    std::_Exit(2);
-  }
-  std::array<int, 3> others{};
-  for (int i = 0; i < 2; ++i) {
-    const Spawned child = startTrue(STDOUT_FILENO, STDOUT_FILENO);
-    if (child.error != 0) {
-      std::_Exit(3);
-    }
-    if (i == 0) {
-      for (int& other : others) {
-        other = open("/", O_PATH | O_CLOEXEC);
-      }
-    }
-  }
-  for (const int other : others) {
-    struct stat root{};
-    struct stat facts{};
-    if (stat("/", &root) != 0 || fstat(other, &facts) != 0 || facts.st_ino != root.st_ino ||
-        facts.st_dev != root.st_dev) {
-      std::_Exit(1);
-    }
-  }
-  std::_Exit(0);
-}
-
-// A number that was given up may be that of a pipe to another command by now.
-TEST(SpawnDeathTest, TakesNoNumberThatItHasGivenUp) {
-  EXPECT_EXIT(exitWithWhetherOthersKeepTheirNumbers(), testing::ExitedWithCode(0), "");
 }
 
 volatile std::sig_atomic_t handlerRuns = 0;

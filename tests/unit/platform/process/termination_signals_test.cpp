@@ -8,22 +8,17 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <functional>
-#include <optional>
 #include <string>
 #include <thread>
 #include <tuple>
-#include <vector>
 
 #include "support/temporary_folder.h"
 
 namespace platform {
 namespace {
-
-using Children = std::array<ChildCleanup, 3>;
 
 constexpr std::array ending{SIGABRT, SIGHUP, SIGINT, SIGTERM};
 
@@ -88,9 +83,8 @@ TEST(EndingSignals, EndTheProgramAndItsChildren) {
   for (const int signal : ending) {
     Lifeline lifeline;
     const int status = statusAfter([&] {
-      Children children;
-      for (ChildCleanup& child : children) {
-        child.begin(lifeline.startSleeper());
+      for (int i = 0; i < 3; ++i) {
+        addChild(lifeline.startSleeper());
       }
       raise(signal);
     });
@@ -102,8 +96,7 @@ TEST(EndingSignals, EndTheProgramAndItsChildren) {
 TEST(EndingSignals, EndThemWhicheverThreadTheyCameTo) {
   Lifeline lifeline;
   const int status = statusAfter([&] {
-    ChildCleanup child;
-    child.begin(lifeline.startSleeper());
+    addChild(lifeline.startSleeper());
     std::thread([] {
       pthread_kill(pthread_self(), SIGTERM);
       pause();
@@ -113,90 +106,26 @@ TEST(EndingSignals, EndThemWhicheverThreadTheyCameTo) {
   lifeline.waitForAllEnds();
 }
 
-// What becomes of three children, of whom those in `reaped` are reaped in this order before a
-// signal comes.
-void expectOthersToEnd(const std::vector<std::size_t>& reaped) {
+TEST(EndingSignals, LeaveThoseAloneThatHaveBeenCollected) {
   const Lifeline lifeline;
   std::array<pid_t, 3> pids{};
   for (pid_t& pid : pids) {
     pid = lifeline.startSleeper();
   }
   const int status = statusAfter([&] {
-    Children children;
-    for (std::size_t i = 0; i < children.size(); ++i) {
-      children.at(i).begin(pids.at(i));
+    for (const pid_t pid : pids) {
+      addChild(pid);
     }
-    for (const std::size_t i : reaped) {
-      children.at(i).end();
-      children.at(i).end();
-      children.at(i).terminate();
-    }
+    removeChild(pids[1]);
+    removeChild(pids[1]);
     raise(SIGTERM);
   });
   EXPECT_EQ(signalOf(status), SIGTERM);
-  for (std::size_t i = 0; i < pids.size(); ++i) {
-    const bool isSpared = std::ranges::find(reaped, i) != reaped.end();
-    EXPECT_EQ(waitpid(pids.at(i), nullptr, isSpared ? WNOHANG : 0), isSpared ? 0 : pids.at(i));
-    if (isSpared) {
-      kill(pids.at(i), SIGKILL);
-      waitpid(pids.at(i), nullptr, 0);
-    }
-  }
-}
-
-// In any order, as the ends of commands come.
-TEST(EndingSignals, LeaveThoseAloneThatHaveBeenCollected) {
-  std::array<std::size_t, 3> order{0, 1, 2};
-  do {
-    for (const int count : {1, 2, 3}) {
-      expectOthersToEnd({order.begin(), order.begin() + count});
-    }
-  } while (std::ranges::next_permutation(order).found);
-}
-
-TEST(EndingSignals, EndChildrenInThePlaceOfThoseThatHaveBeenCollected) {
-  std::array<std::size_t, 3> order{0, 1, 2};
-  do {
-    Lifeline lifeline;
-    const int status = statusAfter([&] {
-      Children children;
-      for (ChildCleanup& child : children) {
-        child.begin(lifeline.startSleeper());
-      }
-      for (int i = 0; i < 2; ++i) {
-        for (const std::size_t reaped : {order[0], order[1]}) {
-          children.at(reaped).terminate();
-          children.at(reaped).end();
-        }
-        for (const std::size_t renewed : {order[1], order[0]}) {
-          children.at(renewed).begin(lifeline.startSleeper());
-        }
-      }
-      raise(SIGTERM);
-    });
-    ASSERT_EQ(signalOf(status), SIGTERM);
-    lifeline.waitForAllEnds();
-  } while (std::ranges::next_permutation(order).found);
-}
-
-// A window lets go of the commands of its runs before the program ends.
-TEST(EndingSignals, LeaveThoseAloneWhomNobodyKnowsAnyMore) {
-  const Lifeline lifeline;
-  const pid_t forgotten = lifeline.startSleeper();
-  const pid_t known = lifeline.startSleeper();
-  const int status = statusAfter([&] {
-    ChildCleanup other;
-    std::optional<ChildCleanup> gone;
-    other.begin(known);
-    gone.emplace().begin(forgotten);
-    gone.reset();
-    raise(SIGTERM);
-  });
-  EXPECT_EQ(signalOf(status), SIGTERM);
-  EXPECT_EQ(waitpid(known, nullptr, 0), known);
-  EXPECT_EQ(waitpid(forgotten, nullptr, WNOHANG), 0);
-  kill(forgotten, SIGKILL);
-  waitpid(forgotten, nullptr, 0);
+  EXPECT_EQ(waitpid(pids[0], nullptr, 0), pids[0]);
+  EXPECT_EQ(waitpid(pids[2], nullptr, 0), pids[2]);
+  EXPECT_EQ(waitpid(pids[1], nullptr, WNOHANG), 0);
+  kill(pids[1], SIGKILL);
+  waitpid(pids[1], nullptr, 0);
 }
 
 TEST(EndingSignals, RemoveAFileThatIsHalfWritten) {
@@ -245,7 +174,7 @@ TEST(EndingSignals, WaitWhileTheyAreHeld) {
     std::array<int, 2> ends;
     ASSERT_EQ(pipe(ends.data()), 0);
     const int status = statusAfter([&] {
-      const TerminationSignalsBlocked held;
+      const SignalsBlocked held;
       raise(signal);
       // Not reached by one that did not wait. This one ends the process at the end of this.
       std::ignore = write(ends[1], "", 1);
@@ -263,7 +192,7 @@ TEST(EndingSignals, WaitWhileTheyAreHeld) {
 TEST(EndingSignals, WaitForTheMainThreadWhicheverThreadTheyCameTo) {
   for (const int signal : ending) {
     const int status = statusAfter([&] {
-      const TerminationSignalsBlocked held;
+      const SignalsBlocked held;
       std::thread([&] {
         sigset_t none;
         sigemptyset(&none);

@@ -1,10 +1,10 @@
 // SPDX-FileCopyrightText: 2026 Halvik
 // SPDX-License-Identifier: Apache-2.0
 
+#include "platform/process/tools.h"
+
 #include <gtest/gtest.h>
 #include <unistd.h>
-
-#include "platform/process/tools.h"
 
 namespace platform {
 namespace {

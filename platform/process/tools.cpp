@@ -1,22 +1,20 @@
 // SPDX-FileCopyrightText: 2026 Halvik
 // SPDX-License-Identifier: Apache-2.0
 
+#include "platform/process/tools.h"
+
 #include <unistd.h>
 
 #include <map>
 
 #include "platform/process/helper_executable.h"
-#include "platform/process/tools.h"
 
 namespace platform {
 
 namespace {
 
-bool exists(const std::string& path) {
-  return access(path.c_str(), F_OK) == 0;
-}
-
-// Scripts of ours answer for tools that Linux lacks.
+// The plan names its tools by the places where macOS keeps them. Scripts of ours answer for those
+// that only macOS has.
 std::string locate(const std::string& path) {
   static const std::map<std::string, std::string> elsewhere{
       {"/sbin/ping", "/usr/bin/ping"},
@@ -26,7 +24,8 @@ std::string locate(const std::string& path) {
       {"/usr/sbin/traceroute", "/usr/bin/traceroute"},
   };
   const auto known = elsewhere.find(path);
-  return known == elsewhere.end() || exists(path) ? path : known->second;
+  const bool isElsewhere = known != elsewhere.end() && access(path.c_str(), F_OK) != 0;
+  return isElsewhere ? known->second : path;
 }
 
 }  // namespace
