@@ -40,10 +40,6 @@ void MainController::initArgsWithSilent(bool silent, bool console, bool forceSKV
   isInternet = internet;
 }
 
-void MainController::setDomain(const std::string& text) {
-  domain = text;
-}
-
 void MainController::setOutputFile(const std::string& path) {
   outputFile = platform::expandTilde(path);
 }
@@ -58,10 +54,6 @@ void MainController::awakeFromNib() {
   window.send(&ui::Window::setTitle, "Halvik Diagnostic v" HALVIK_VERSION);
   tailSize = 15'000;
   maxPostSize = 1'000'000;
-}
-
-bool MainController::applicationShouldTerminateAfterLastWindowClosed() {
-  return true;
 }
 
 }  // namespace app

@@ -42,13 +42,13 @@ class MainController : public report::HttpProtocol, public diagnostics::CommandS
   /// Sets the five options that a headless run takes from the command line.
   void initArgsWithSilent(bool silent, bool console, bool forceSKV, bool skipSKV, bool internet);
   /// Bytes, unchanged; they count more than the window's field.
-  void setDomain(const std::string& text);
+  void setDomain(const std::string& text) { domain = text; }
   /// A leading tilde is expanded. Empty means none.
   void setOutputFile(const std::string& path);
   /// Called once, after the options and the outlets are set, before the first run.
   void awakeFromNib();
   /// Always true.
-  bool applicationShouldTerminateAfterLastWindowClosed();
+  bool applicationShouldTerminateAfterLastWindowClosed() { return true; }
   /// Does nothing: all that the controller owns goes with it.
   void deallocate() {}
 

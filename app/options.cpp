@@ -12,8 +12,7 @@ namespace {
 
 OptionValue resolve(const OptionRecord& option, const ParsedArguments& parsed) {
   for (const auto& [key, value] : parsed) {
-    if (std::find(option.signature.begin(), option.signature.end(), key) !=
-        option.signature.end()) {
+    if (std::ranges::find(option.signature, key) != option.signature.end()) {
       return value;
     }
   }

@@ -4,7 +4,7 @@
 // Progress and completion of a run.
 
 #include "app/main_controller.h"
-#include "text/progress_line.h"
+#include "text/log.h"
 #include "text/utf8.h"
 
 namespace app {

@@ -208,9 +208,8 @@ std::vector<std::string> beaconLogFolders() {
 
 std::vector<std::string> orderByCreation(const std::string& folder,
                                          std::vector<platform::FolderEntry> entries) {
-  std::sort(entries.begin(), entries.end(), [](const auto& left, const auto& right) {
-    return std::tie(left.createdNs, left.name) < std::tie(right.createdNs, right.name);
-  });
+  std::ranges::sort(entries, {},
+                    [](const auto& each) { return std::tie(each.createdNs, each.name); });
   std::vector<std::string> paths;
   paths.reserve(entries.size());
   for (const platform::FolderEntry& entry : entries) {

@@ -21,8 +21,6 @@ std::optional<std::string_view> decode(const platform::ByteBuffer& data) {
 
 }  // namespace
 
-Process::Process(platform::EventLoop& eventLoop) : loop(eventLoop) {}
-
 Process::~Process() {
   text::NotificationCenter::defaultCenter().forget(this);
 }
@@ -70,7 +68,7 @@ void Process::buildBriefName(const std::string& launchPath, const std::vector<st
   brief = launchPath.substr(launchPath.rfind('/') + 1);
   // The first one with a dot is a host, an address or a file; what begins with one of
   // these signs is an option or a server.
-  const auto subject = std::find_if(args.begin(), args.end(), [](const std::string& arg) {
+  const auto subject = std::ranges::find_if(args, [](const std::string& arg) {
     return arg.find('.') != std::string::npos && arg.find_first_of("-+@") != 0;
   });
   if (subject != args.end()) {

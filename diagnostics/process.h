@@ -31,7 +31,7 @@ inline constexpr std::string_view ProcessTerminatedNotification = "ProcessTermin
 class Process {
  public:
   /// `eventLoop` must outlive the process.
-  explicit Process(platform::EventLoop& eventLoop);
+  explicit Process(platform::EventLoop& eventLoop) : loop(eventLoop) {}
   ~Process();
 
   /// Starts the command, named in the report by its path, its arguments and `comment`. Throws

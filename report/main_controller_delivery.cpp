@@ -4,6 +4,7 @@
 // The report of a run, and its delivery to the submission endpoint or to a file.
 
 #include <cstdlib>
+#include <filesystem>
 
 #include "app/main_controller.h"
 #include "platform/files/files.h"
@@ -131,7 +132,8 @@ void MainController::saveToDesktop() {
   // The home folder may be full where the place for temporary files is not.
   const std::string lastResort = platform::temporaryFolder();
   if (!didSaveIn(lastResort)) {
-    platform::removeEmptyFolder(lastResort);
+    std::error_code ignored;
+    std::filesystem::remove(lastResort, ignored);
   }
 }
 

@@ -53,12 +53,8 @@ std::string_view cutBeginning(std::string_view section, std::int64_t lost) {
 void appendTrimmed(std::string& trimmed, std::string_view section, std::int32_t excess) {
   const std::int64_t lost = static_cast<std::int64_t>(trimMarker.size()) + excess;
   const std::string_view beginning = cutBeginning(section, lost);
-  if (beginning.empty()) {
-    trimmed += section;
-  } else {
-    trimmed += beginning;
-    trimmed += trimMarker;
-  }
+  trimmed += beginning.empty() ? section : beginning;
+  trimmed += beginning.empty() ? "" : trimMarker;
 }
 
 }  // namespace

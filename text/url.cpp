@@ -3,6 +3,8 @@
 
 #include "text/url.h"
 
+#include <strings.h>
+
 #include <algorithm>
 #include <string_view>
 
@@ -24,11 +26,10 @@ std::string hostOfUrl(const std::string& url) {
 }
 
 bool isWebUrl(const std::string& url) {
-  std::string scheme = url.substr(0, url.find("://"));
-  std::transform(scheme.begin(), scheme.end(), scheme.begin(), [](char letter) {
-    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
-  });
-  return (scheme == "http" || scheme == "https") && !hostOfUrl(url).empty();
+  const auto begins = [&](std::string_view scheme) {
+    return strncasecmp(url.c_str(), scheme.data(), scheme.size()) == 0;
+  };
+  return (begins("http://") || begins("https://")) && !hostOfUrl(url).empty();
 }
 
 }  // namespace text

@@ -116,12 +116,7 @@ Buffers untilNul(const Buffers& buffers) {
 }
 
 std::string join(const Buffers& buffers) {
-  std::size_t size = 0;
-  for (const std::string_view piece : buffers) {
-    size += piece.size();
-  }
   std::string joined;
-  joined.reserve(size);
   for (const std::string_view piece : buffers) {
     joined += piece;
   }

@@ -47,7 +47,6 @@ class Label : public Control {
 class ProgressBar : public Control {
  public:
   virtual void setRange(int minimum, int maximum) = 0;
-  /// While the bar is animated it glides to the new value, otherwise it jumps there.
   virtual void setValue(int value) = 0;
   virtual void setAnimated(bool animated) = 0;
 };

@@ -11,7 +11,6 @@
 
 #include <utility>
 
-#include "platform/desktop/qt_url.h"
 #include "platform/event_loop/fatal_error.h"
 
 namespace ui {
@@ -118,10 +117,11 @@ void MainWindow::setUpResults() {
   palette.setColor(QPalette::Text, Qt::white);
   resultsBrowser.setPalette(palette);
   resultsBrowser.hide();
-  QObject::connect(
-      &resultsBrowser, &QTextBrowser::anchorClicked, &resultsBrowser, [this](const QUrl& url) {
-        platform::guarded([&] { actions.openLink(platform::encodedText(url).toStdString()); });
-      });
+  QObject::connect(&resultsBrowser, &QTextBrowser::anchorClicked, &resultsBrowser,
+                   [this](const QUrl& url) {
+                     platform::guarded(
+                         [&] { actions.openLink(url.toString(QUrl::FullyEncoded).toStdString()); });
+                   });
 }
 
 void MainWindow::setUpButtons() {

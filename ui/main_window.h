@@ -57,7 +57,7 @@ class MainWindow final : public QDialog {
   Field domainField;
   QPushButton startPush{QStringLiteral("&Start tests")};
   QLabel statusLabel;
-  GlidingProgressBar progressBar;
+  AnimatedProgressBar progressBar;
   QTextBrowser resultsBrowser;
   QLabel captionLabel{QStringLiteral("Send this link to Halvik support:")};
   QPushButton copyPush{QStringLiteral("&Copy link")};

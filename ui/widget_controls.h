@@ -44,12 +44,12 @@ class WidgetLabel final : public WidgetControl<Label, QLabel> {
   }
 };
 
-class WidgetProgressBar final : public WidgetControl<ProgressBar, GlidingProgressBar> {
+class WidgetProgressBar final : public WidgetControl<ProgressBar, AnimatedProgressBar> {
  public:
   using WidgetControl::WidgetControl;
   void setRange(int minimum, int maximum) override { widget->setRange(minimum, maximum); }
   void setValue(int value) override { widget->setValue(value); }
-  void setAnimated(bool animated) override { widget->setGliding(animated); }
+  void setAnimated(bool animated) override { widget->setAnimated(animated); }
 };
 
 class WidgetRichTextView final : public WidgetControl<RichTextView, QTextBrowser> {

@@ -9,15 +9,9 @@
 #include <QPainter>
 #include <QStyleOptionProgressBar>
 
-#include <cmath>
-
 namespace ui {
 
 namespace {
-
-constexpr int glideMs = 150;
-// Styles paint in whole steps; a hundred of them for each unit let the picture glide.
-constexpr int stepsPerUnit = 100;
 
 constexpr int shadeStepMs = 50;
 constexpr int shadeSteps = 40;  // from one end to the other
@@ -44,23 +38,15 @@ void Field::strengthenHint() {
   }
 }
 
-GlidingProgressBar::GlidingProgressBar(QWidget* parent) : QProgressBar(parent) {
+AnimatedProgressBar::AnimatedProgressBar() {
   QPalette quiet;
   quiet.setColor(QPalette::Highlight, QColor(0x8c, 0x8c, 0x8c));
   setPalette(quiet);
-  glide.setDuration(glideMs);
-  connect(this, &QProgressBar::valueChanged, this, &GlidingProgressBar::glideTo);
-  connect(&glide, &QVariantAnimation::valueChanged, this, [this](const QVariant& value) {
-    shown = value.toDouble();
-    update();
-  });
   shadeTimer.setInterval(shadeStepMs);
-  connect(&shadeTimer, &QTimer::timeout, this, &GlidingProgressBar::moveShade);
+  connect(&shadeTimer, &QTimer::timeout, this, &AnimatedProgressBar::moveShade);
 }
 
-void GlidingProgressBar::setGliding(bool on) {
-  glide.stop();
-  shown = value();
+void AnimatedProgressBar::setAnimated(bool on) {
   shadeStep = 0;
   // Desktops have a setting for those whom movement disturbs.
   const bool mayMove = style()->styleHint(QStyle::SH_Widget_Animation_Duration, nullptr, this) > 0;
@@ -72,7 +58,7 @@ void GlidingProgressBar::setGliding(bool on) {
   update();
 }
 
-void GlidingProgressBar::moveShade() {
+void AnimatedProgressBar::moveShade() {
   // Behind a message about an error nothing goes on.
   if (QApplication::activeModalWidget() == nullptr) {
     shadeStep = (shadeStep + 1) % shadeSteps;
@@ -80,7 +66,7 @@ void GlidingProgressBar::moveShade() {
   }
 }
 
-void GlidingProgressBar::paintEvent(QPaintEvent* event) {
+void AnimatedProgressBar::paintEvent(QPaintEvent* event) {
   QProgressBar::paintEvent(event);
   if (!shadeTimer.isActive()) {
     return;
@@ -98,24 +84,6 @@ void GlidingProgressBar::paintEvent(QPaintEvent* event) {
   shade.setAlphaF(shadeStrength);
   gradient.setColorAt(0.5, shade);
   QPainter(this).fillRect(bar, gradient);
-}
-
-void GlidingProgressBar::glideTo(int value) {
-  glide.stop();
-  if (!shadeTimer.isActive()) {
-    shown = value;
-    return;
-  }
-  glide.setStartValue(shown);
-  glide.setEndValue(static_cast<double>(value));
-  glide.start();
-}
-
-void GlidingProgressBar::initStyleOption(QStyleOptionProgressBar* option) const {
-  QProgressBar::initStyleOption(option);
-  option->minimum = minimum() * stepsPerUnit;
-  option->maximum = maximum() * stepsPerUnit;
-  option->progress = static_cast<int>(std::lround(shown * stepsPerUnit));
 }
 
 }  // namespace ui

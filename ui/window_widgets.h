@@ -8,7 +8,6 @@
 #include <QLineEdit>
 #include <QProgressBar>
 #include <QTimer>
-#include <QVariantAnimation>
 
 namespace ui {
 
@@ -24,28 +23,21 @@ class Field final : public QLineEdit {
   void strengthenHint();
 };
 
-/// A progress bar, grey in place of the desktop's accent colour, whose picture glides to a new
-/// value, and over which a shade wanders, so that one sees that something happens while nothing
-/// finishes. Its range and its value, which a screen reader reads, are exact at every moment.
-class GlidingProgressBar : public QProgressBar {
+/// A progress bar, grey in place of the desktop's accent colour, over which a shade wanders while
+/// it is animated, so that one sees that something happens while nothing finishes.
+class AnimatedProgressBar final : public QProgressBar {
  public:
-  explicit GlidingProgressBar(QWidget* parent = nullptr);
+  AnimatedProgressBar();
 
-  /// While this is off, or movement turned off for the whole desktop, the picture jumps, and there
-  /// is no shade.
-  void setGliding(bool on);
+  /// Without effect where movement is turned off for the whole desktop.
+  void setAnimated(bool on);
 
  protected:
-  void initStyleOption(QStyleOptionProgressBar* option) const override;
   void paintEvent(QPaintEvent* event) override;
 
  private:
-  void glideTo(int value);
   void moveShade();
 
-  QVariantAnimation glide;
-  /// The value that the picture shows.
-  double shown = 0;
   QTimer shadeTimer;
   int shadeStep = 0;
 };

@@ -15,9 +15,4 @@ inline QUrl urlFromText(const QString& text) {
   return {text.trimmed(), QUrl::TolerantMode};
 }
 
-/// `url` as text, with everything encoded that an address must not hold as it is.
-inline QString encodedText(const QUrl& url) {
-  return url.toString(QUrl::FullyEncoded);
-}
-
 }  // namespace platform

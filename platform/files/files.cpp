@@ -142,8 +142,4 @@ std::string temporaryFolder() {
   return folder;
 }
 
-void removeEmptyFolder(const std::string& folder) {
-  rmdir(folder.c_str());
-}
-
 }  // namespace platform

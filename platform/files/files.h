@@ -46,7 +46,4 @@ std::string desktopFolder();
 /// A new private folder among the temporary files. Where none can be made, one that is not there.
 std::string temporaryFolder();
 
-/// Removes `folder` if it is empty.
-void removeEmptyFolder(const std::string& folder);
-
 }  // namespace platform

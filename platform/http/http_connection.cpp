@@ -30,8 +30,8 @@ HttpModuleFunction* module = nullptr;
 bool isProxyInEnvironment() {
   constexpr std::array variables{"http_proxy", "https_proxy", "HTTPS_PROXY", "all_proxy",
                                  "ALL_PROXY"};
-  return std::any_of(variables.begin(), variables.end(),
-                     [](const char* variable) { return std::getenv(variable) != nullptr; });
+  return std::ranges::any_of(variables,
+                             [](const char* name) { return std::getenv(name) != nullptr; });
 }
 
 // The command prints the proxies to try, separated by blanks; the first one counts.
@@ -53,28 +53,21 @@ class ProxiedConnection final : public HttpConnection {
   }
 
  private:
-  bool canAsk() {
-    try {
-      ask();
-      return true;
-    } catch (const std::system_error& error) {
-      // The user's limit of processes, for example: the report may arrive without a proxy.
-      text::log(error.what());
-      return false;
-    }
-  }
-
-  void ask() {
-    using Stream = ChildProcess::Stream;
+  bool canAsk() try {
+    const auto read = [this] { command->readAvailable(ChildProcess::Stream::output, output); };
     command = std::make_unique<ChildProcess>(context.loop, proxyCommand,
                                              std::vector{context.request.url});
-    command->waitForData(Stream::output,
-                         [this] { command->readAvailable(Stream::output, output); });
-    command->launch([this] {
-      command->readAvailable(Stream::output, output);
+    command->waitForData(ChildProcess::Stream::output, read);
+    command->launch([this, read] {
+      read();
       command->reap();
       send(firstProxy(output.view()));
     });
+    return true;
+  } catch (const std::system_error& error) {
+    // The user's limit of processes, for example: the report may arrive without a proxy.
+    text::log(error.what());
+    return false;
   }
 
   void send(const std::string& proxy) {

@@ -42,9 +42,6 @@ class HttpConnectionDelegate {
   virtual void connectionDidRefuseReply() = 0;
 
  protected:
-  HttpConnectionDelegate() = default;
-  HttpConnectionDelegate(const HttpConnectionDelegate&) = default;
-  HttpConnectionDelegate& operator=(const HttpConnectionDelegate&) = default;
   ~HttpConnectionDelegate() = default;
 };
 

@@ -140,7 +140,9 @@ void ChildProcess::open(Pipe& pipe) const {
 void ChildProcess::reap() {
   exitWatcher.unwatch();
   removeChild(pid);
-  waitpid(std::exchange(pid, -1), nullptr, 0);
+  if (pid > 0) {
+    waitpid(std::exchange(pid, -1), nullptr, 0);
+  }
 }
 
 void ChildProcess::close(Pipe& pipe) {

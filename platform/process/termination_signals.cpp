@@ -11,7 +11,7 @@
 #include <atomic>
 #include <set>
 
-#include "text/progress_line.h"
+#include "text/log.h"
 
 // The signal handler does all of it. The event loop may be blocked when the signal comes, by a slow
 // disk or a full pipe. The handler runs in the main thread only, which is the one that changes the

@@ -12,7 +12,7 @@ namespace {
 
 // What a screen reader reads, in the middle of the glide as well.
 TEST(WidgetProgressBar, HasTheRangeAndTheValueThatItIsGiven) {
-  GlidingProgressBar shown;
+  AnimatedProgressBar shown;
   WidgetProgressBar bar(shown);
   bar.setRange(0, 52);
   bar.setValue(0);
