@@ -21,7 +21,7 @@ EVERYWHERE = re.compile(r"(?!csignal$)[a-z_]+|Q(?!Network|Ssl)\w+")
 WITH_QT = re.compile(r"platform/desktop/|ui/(main_window|widget|window)|app/window")
 READER_LIBRARIES = re.compile(r"CLI/CLI\.hpp|nlohmann/json(_fwd)?\.hpp")
 # Headers of POSIX, and that of a terminal's size, which Linux and macOS share.
-POSIX = re.compile(r"(dlfcn|fcntl|poll|pthread|pwd|spawn|unistd|sys/(ioctl|resource|stat|time|types|uio|wait))\.h")
+POSIX = re.compile(r"(dlfcn|fcntl|poll|pthread|pwd|spawn|strings|unistd|sys/(ioctl|resource|stat|time|types|uio|wait))\.h")
 # What the C library of Linux offers besides, in headers that POSIX has as well.
 ONLY_ON_LINUX = re.compile(
     r"\b(accept4|clone|close_range|dup3|mkostemp|pipe2|program_invocation\w*|splice|statx|syscall|\w+_np|F_SETPIPE_SZ"

@@ -10,7 +10,7 @@
 namespace ui {
 namespace {
 
-// What a screen reader reads, in the middle of the glide as well.
+// What a screen reader reads.
 TEST(WidgetProgressBar, HasTheRangeAndTheValueThatItIsGiven) {
   AnimatedProgressBar shown;
   WidgetProgressBar bar(shown);
