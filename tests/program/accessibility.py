@@ -90,9 +90,9 @@ class Control:
 class Events:
     """What a screen reader is told, in order: a kind, the name of the control, and a number or text that comes with it."""
 
-    KINDS = {"object:state-changed:focused": "focused", "object:state-changed:showing": "showing",
-             "object:text-changed:insert": "inserted", "object:property-change:accessible-name": "named",
-             "object:property-change:accessible-value": "value"}
+    KINDS = {"object:state-changed:showing": "showing", "object:text-changed:insert": "inserted",
+             "object:property-change:accessible-name": "named", "object:property-change:accessible-value": "value",
+             "object:state-changed:focused": "focused"}
 
     def __init__(self, test):
         self._seen = []
@@ -100,6 +100,15 @@ class Events:
         for kind in self.KINDS:
             self._listener.register(kind)
             test.addCleanup(self._listener.deregister, kind)
+
+    def wait_until_told(self, window, keys, name, process):
+        """Presses keys that move the focus to a control of this name until that is seen: until the program knows of the
+        last one of the kinds, it tells nobody."""
+        def is_told():
+            window.press(*keys)
+            return ("focused", name, 1) in self.seen()
+
+        polling.wait_until(is_told, "the program tells what has the focus", process)
 
     def _note(self, event):
         detail = event.any_data if isinstance(event.any_data, str) else event.detail1
