@@ -111,8 +111,10 @@ class Events:
         polling.wait_until(is_told, "the program tells what has the focus", process)
 
     def _note(self, event):
-        detail = event.any_data if isinstance(event.any_data, str) else event.detail1
-        self._seen.append((self.KINDS[":".join(event.type.split(":")[:3])], event.source.get_name(), detail))
+        kind = self.KINDS[":".join(event.type.split(":")[:3])]
+        # Newer versions of Qt send the name, too.
+        detail = event.any_data if kind == "inserted" else event.detail1
+        self._seen.append((kind, event.source.get_name(), detail))
 
     def seen(self):
         while GLib.MainContext.default().iteration(False):
