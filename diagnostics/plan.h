@@ -17,7 +17,7 @@
 
 namespace diagnostics {
 
-/// Starts tests, in the order in which they are to stand in the report. Whoever wants to see a plan
+/// Starts tests, in the order in which they are to stand in the report. A class that shows a plan
 /// instead of running it overrides startTest.
 class CommandStarter {
  public:

@@ -55,7 +55,7 @@ int writeAll(int fd, const Buffers& bytes) {
     if (count >= 0) {
       parts = withoutWritten(parts, static_cast<std::size_t>(count));
     } else if (errno == EAGAIN) {
-      // Whoever shares the descriptor with us may have made it non-blocking.
+      // Another process that shares the descriptor may have made it non-blocking.
       pollfd wait{.fd = fd, .events = POLLOUT, .revents = 0};
       if (poll(&wait, 1, -1) < 0 && errno != EINTR) {
         return errno;

@@ -162,8 +162,7 @@ void MainWindow::arrange() {
   const int width = sizeHint().width();
   keepPlaces(false);
   all->activate();
-  // As low as it can be: the results are a line or two. Whoever wants to see more makes it
-  // larger.
+  // As low as it can be: the results are a line or two.
   resize(width, minimumSizeHint().height());
 }
 

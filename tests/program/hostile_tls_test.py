@@ -162,7 +162,7 @@ class CertificateTest(TlsTest):
 
 
 class CutTest(TlsTest):
-    """Whoever sits on the line may end a connection at any byte."""
+    """A connection may be cut at any byte, by anybody on its way."""
 
     def test_replies_that_are_cut(self):
         chunked = b"HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n"

@@ -33,7 +33,7 @@ class TestBuildController final : public app::MainController {
   explicit TestBuildController(platform::EventLoop& eventLoop)
       : MainController(eventLoop, testEndpoints()) {
     if (const std::string path = setting("TEST_BUILD_COMMANDS"); !path.empty()) {
-      // Whoever gives commands means them to be run: an error is not to look like their end.
+      // A read error must not look like the end of the commands.
       lines.exceptions(std::ios::badbit | std::ios::failbit);
       lines.open(path);
       lines.exceptions(std::ios::badbit);

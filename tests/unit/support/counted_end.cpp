@@ -14,7 +14,7 @@ int __real_execv(const char* path, char* const argv[]);
 int __wrap_execv(const char* path, char* const argv[]) {
   __gcov_dump();
   const int failed = __real_execv(path, argv);
-  // Whoever is still here goes on counting.
+  // If it has failed, the program goes on, and so does counting.
   __gcov_reset();
   return failed;
 }
