@@ -79,7 +79,7 @@ class Session:
 
     def work(self, number, waiting, code):
         try:
-            folder = self.tree.folder / f"worker-{number}"
+            folder = self.tree.changed / f"worker-{number}"
             worker = trial.Worker(folder, self.tree, self.suites, self.commands, code)
             while self.failure is None:
                 mutant = waiting.get_nowait()
@@ -96,7 +96,7 @@ class Session:
             self.failure = error
 
     def tell(self, mutant, outcome):
-        with open(self.tree.folder / "outcomes", "a") as log:
+        with open(self.tree.changed / "outcomes", "a") as log:
             print(outcome.verdict, outcome.by, *mutant.name, sep=" | ", file=log)
         if outcome.verdict == trial.SURVIVED:
             print(table.describe(mutant), flush=True)
@@ -107,8 +107,8 @@ class Session:
 def run(root, options):
     began = time.monotonic()
     session = Session(root, options)
-    (root / "build/mutate").mkdir(parents=True, exist_ok=True)
-    with open(root / "build/mutate/lock", "w") as lock:
+    session.tree.changed.mkdir(parents=True, exist_ok=True)
+    with open(session.tree.changed / "lock", "w") as lock:
         try:
             fcntl.flock(lock, fcntl.LOCK_EX | fcntl.LOCK_NB)
             return run_alone(session, began)
