@@ -3,6 +3,7 @@
 
 #include "ui/widget_controls.h"
 
+#include <QAccessible>
 #include <QTextCursor>
 
 #include "platform/desktop/qt_url.h"
@@ -33,6 +34,11 @@ void WidgetRichTextView::setString(const std::string& text) {
   plain.setForeground(Qt::white);
   widget->setCurrentCharFormat(plain);
   widget->setPlainText(QString::fromStdString(text));
+#if QT_VERSION >= QT_VERSION_CHECK(6, 8, 0)
+  // The focus, which a screen reader follows, may be elsewhere after a run.
+  QAccessibleAnnouncementEvent results(widget, widget->toPlainText());
+  QAccessible::updateAccessibility(&results);
+#endif
 }
 
 void WidgetRichTextView::addLinks(const std::vector<TextRange>& ranges) {

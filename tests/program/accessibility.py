@@ -92,7 +92,7 @@ class Events:
 
     KINDS = {"object:state-changed:showing": "showing", "object:text-changed:insert": "inserted",
              "object:property-change:accessible-name": "named", "object:property-change:accessible-value": "value",
-             "object:state-changed:focused": "focused"}
+             "object:state-changed:focused": "focused", "object:announcement": "announced"}
 
     def __init__(self, test):
         self._seen = []
@@ -111,9 +111,9 @@ class Events:
         polling.wait_until(is_told, "the program tells what has the focus", process)
 
     def _note(self, event):
-        kind = self.KINDS[":".join(event.type.split(":")[:3])]
+        kind = self.KINDS[":".join(event.type.split(":")[:3]).rstrip(":")]
         # Newer versions of Qt send the name, too.
-        detail = event.any_data if kind == "inserted" else event.detail1
+        detail = event.any_data if kind in ("announced", "inserted") else event.detail1
         self._seen.append((kind, event.source.get_name(), detail))
 
     def seen(self):

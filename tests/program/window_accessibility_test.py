@@ -3,6 +3,8 @@
 
 """The window as a screen reader meets it: names, roles and states of its controls in each phase of a run."""
 
+import pathlib
+import re
 import shutil
 import unittest
 
@@ -132,6 +134,24 @@ class OrderTest(PhaseCase):
         order = [seen.index(("showing", "Progress", 1)), max(at for at, event in enumerate(seen) if event[0] == "value"),
                  seen.index(("showing", "Progress", 0)), link, seen.index(("showing", "Results", 1)), len(seen) - 1]
         self.assertEqual(order, sorted(order))
+
+
+    def test_results_are_announced_when_the_focus_is_elsewhere(self):
+        server = self.serve()
+        self.open_window(submit=server.url())
+        self.wait_for_phase([])
+        if self.qt_version() < (6, 8):
+            self.skipTest("Qt before 6.8 announces nothing")
+        events = accessibility.Events(self)
+        events.wait_until_told(self.window, ["alt+a", "alt+t"], FIELDS[1], self.process)
+        self.window.press("alt+s")
+        self.may_reply.release()
+        events.wait_for(("announced", "Results", "See results at " + URL), self.process)
+
+    def qt_version(self):
+        """Of the library that the program has loaded."""
+        maps = pathlib.Path(f"/proc/{self.process.pid}/maps").read_text()
+        return tuple(map(int, re.search(r"libQt6Core\.so\.(\d+)\.(\d+)", maps).groups()))
 
 
 class ActionTest(PhaseCase):
