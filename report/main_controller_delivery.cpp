@@ -65,14 +65,11 @@ void MainController::onHttpDone(const report::Http& client) {
   setTextView(textResultsLink, "See results at " + resultsUrl);
   textResultsLinkView.send(&ui::ScrollView::setHidden, false);
   textCopyPaste.send(&ui::Label::setHidden, false);
+  // An address that nobody gets to read delivers the report to nobody.
+  isReportAtRisk = isSilent && !didPrint({"url=", text::untilNul(resultsUrl), "\n"});
   if (isSilent) {
-    // An address that nobody gets to read delivers the report to nobody.
-    if (didPrint({"url=", text::untilNul(resultsUrl), "\n"})) {
-      isReportAtRisk = false;
-    }
     endSilentRun(0);
   }
-  isReportAtRisk = false;
 }
 
 void MainController::onHttpError(const report::Http& client) {

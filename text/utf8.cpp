@@ -105,7 +105,6 @@ std::string_view untilNul(std::string_view text) {
 
 Buffers untilNul(const Buffers& buffers) {
   Buffers shortened;
-  shortened.reserve(buffers.size());
   for (const std::string_view piece : buffers) {
     shortened.push_back(untilNul(piece));
     if (shortened.back().size() < piece.size()) {
@@ -116,7 +115,12 @@ Buffers untilNul(const Buffers& buffers) {
 }
 
 std::string join(const Buffers& buffers) {
+  std::size_t bytes = 0;
+  for (const std::string_view piece : buffers) {
+    bytes += piece.size();
+  }
   std::string joined;
+  joined.reserve(bytes);
   for (const std::string_view piece : buffers) {
     joined += piece;
   }
