@@ -64,11 +64,10 @@ void MainController::showProgressLine(std::chrono::steady_clock::time_point star
 
 void MainController::processTerminatedNotification() {
   updateProgress();
-  if (!didAllTestsFinished() || isFinishing) {
-    return;
+  if (didAllTestsFinished() && !isFinishing) {
+    isFinishing = true;
+    handleAllTestsFinished();
   }
-  isFinishing = true;
-  handleAllTestsFinished();
 }
 
 bool MainController::hasOutputFile() const {
