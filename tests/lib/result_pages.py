@@ -25,9 +25,11 @@ def machine(packages=()):
 
 
 def commit():
-    """The commit that is checked out, with "-dirty" when files differ from it."""
-    return subprocess.run(["git", "describe", "--always", "--dirty"], cwd=ROOT, check=True, stdout=subprocess.PIPE,
+    """The commit that is checked out, with "-dirty" when files other than these pages differ from it."""
+    name = subprocess.run(["git", "rev-parse", "--short", "HEAD"], cwd=ROOT, check=True, stdout=subprocess.PIPE,
                           text=True).stdout.strip()
+    differing = subprocess.run(["git", "diff", "--quiet", "HEAD", "--", ":!docs/results"], cwd=ROOT).returncode != 0
+    return name + ("-dirty" if differing else "")
 
 
 def save(name, title, command, tables, packages=()):
