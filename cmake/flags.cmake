@@ -14,6 +14,7 @@ target_compile_options(halvik_flags INTERFACE -Wall -Wextra -Wpedantic -Wshadow 
 
 option(HALVIK_SANITIZE "Build with AddressSanitizer and UndefinedBehaviorSanitizer" OFF)
 if(HALVIK_SANITIZE)
+  target_compile_definitions(halvik_flags INTERFACE HALVIK_SANITIZE)
   target_compile_options(halvik_flags INTERFACE
     -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_link_options(halvik_flags INTERFACE -fsanitize=address,undefined)

@@ -205,7 +205,7 @@ TEST(Trim, AgreesWithTheRuleAppliedCharacterByCharacter) {
       "\xE2\x82\xAC",       "\xF0\x9F\x98\x80",   "\n"};
   std::uint32_t state = 1;
   int cut = 0;
-  for (int round = 0; round < 3000; ++round) {
+  for (std::size_t round = 0; round < 3000; ++round) {
     std::string body;
     for (int i = 0; i < 14; ++i) {
       state = state * 1664525U + 1013904223U;

@@ -75,7 +75,7 @@ TEST(FatalErrorDeathTest, AnErrorInAThreadOfALibrarySavesTheReportAsWell) {
   EXPECT_EXIT(std::terminate(), testing::KilledBySignal(SIGABRT), "was terminated\n");
 }
 
-#ifndef __SANITIZE_ADDRESS__
+#ifndef HALVIK_SANITIZE
 [[noreturn]] void useUpMemory() {
   const rlimit nothing{};
   setrlimit(RLIMIT_AS, &nothing);

@@ -46,7 +46,7 @@ TEST(ByteBuffer, KeepsEveryByteInOrder) {
   }
 }
 
-#ifndef __SANITIZE_ADDRESS__  // ends the program itself
+#ifndef HALVIK_SANITIZE  // ends the program itself
 TEST(ByteBuffer, KeepsWhatItHasWhenThereIsNoMemoryForMore) {
   const std::string before = numbered(50'000);
   ByteBuffer buffer;

@@ -291,7 +291,7 @@ TEST(ChildProcess, ThatIsStoppedEndsWithItsOwnerToo) {
 }
 
 TEST(ChildProcess, FailsWithAReasonWhenThereAreNoDescriptorsLeft) {
-#ifdef __SANITIZE_ADDRESS__
+#ifdef HALVIK_SANITIZE
   GTEST_SKIP() << "the sanitizer needs descriptors of its own to look at an exception";
 #endif
   std::string reason;
