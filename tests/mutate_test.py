@@ -152,6 +152,18 @@ class MutateTest(unittest.TestCase):
             self.wait_for(lambda: not self.relatives(process.pid))
             self.assertEqual(self.sources(), self.before)
 
+    def test_may_be_interrupted_while_it_builds(self):
+        process = self.start()
+        self.wait_for(lambda: process.poll() is not None or self.compilers(process.pid))
+        process.send_signal(signal.SIGTERM)
+        status, left = process.wait(GUARD_SECONDS), self.relatives(process.pid)
+        if "does not permit" in process.communicate()[1]:
+            self.skipTest("this machine permits no namespaces")
+        self.assertEqual((status, left), (128 + signal.SIGTERM, []))
+
+    def compilers(self, own):
+        return [words for words in self.relatives(own) if b"cc1plus" in words and b"sample_test.cpp" in words]
+
     def test_may_be_interrupted_while_it_begins(self):
         process = self.start("--jobs", "200")
         for line in process.stderr:

@@ -25,8 +25,15 @@ class Tree:
         configure = ["cmake", "-S", self.root, "-B", self.folder, "-G", "Ninja", "-D", "CMAKE_BUILD_TYPE=Release",
                      "-D", "BUILD_TESTING=ON", "-D", "CMAKE_EXPORT_COMPILE_COMMANDS=ON"]
         subprocess.run(configure, check=True, stdout=output, stderr=output)
-        subprocess.run(["cmake", "--build", self.folder, "--target", *targets], check=True, stdout=output,
-                       stderr=output)
+        words = ["ninja", "-C", self.folder, *targets]
+        with subprocess.Popen(words, stdout=output, stderr=output) as process:
+            try:
+                status = process.wait()
+            except BaseException:
+                process.terminate()  # ninja then ends its compilers, which are in process groups of their own
+                raise
+        if status != 0:
+            raise subprocess.CalledProcessError(status, words)
         for entry in json.loads((self.folder / "compile_commands.json").read_text()):
             path = pathlib.Path(entry["file"])
             if path.is_relative_to(self.root):
