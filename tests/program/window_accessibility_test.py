@@ -135,7 +135,6 @@ class OrderTest(PhaseCase):
                  seen.index(("showing", "Progress", 0)), link, seen.index(("showing", "Results", 1)), len(seen) - 1]
         self.assertEqual(order, sorted(order))
 
-
     def test_results_are_announced_when_the_focus_is_elsewhere(self):
         server = self.serve()
         self.open_window(submit=server.url())
