@@ -34,6 +34,7 @@ class Office:
     def __init__(self, count, program, uid, gid):
         """The program is what the machines run, from the folder in which it is on the machine underneath."""
         self._program = program
+        self._has_program = program.is_file()  # asked now, as the servers' /tmp may hide it later
         self._uid, self._gid = uid, gid
         self._machines = {name: customer_machine.CustomerMachine(name, address, name, name)
                           for name, address in network.office(count).items()}
@@ -90,7 +91,7 @@ class Office:
 
     def _show_program(self, each):
         outside = pathlib.Path(f"{machine.OUTSIDE}{self._program.parent}")
-        if self._program.is_file():
+        if self._has_program:
             subprocess.run(each.command("mount", "--bind", outside, "/lab/program"), check=True, capture_output=True)
 
     def _put(self, source, target, mode=0o600):

@@ -51,6 +51,18 @@ class LifeTest(lab_case.LabTest):
         self.assert_ran("shell", "ls", "the lab's own", stdout="the lab's own\n", cwd="/tmp")
         self.assert_ran("down")
 
+    def test_machines_of_an_office_have_a_program_from_below_tmp(self):
+        """Where the lab's servers have an own folder."""
+        with tempfile.TemporaryDirectory(dir="/tmp") as folder:
+            os.chmod(folder, 0o755)
+            program = pathlib.Path(folder, "halvik-diagnostic")
+            program.write_text("#!/bin/sh\necho here\n")
+            program.chmod(0o755)
+            environment = {**os.environ, "HALVIK_DIAGNOSTIC": str(program)}
+            self.assert_ran("--machines", "1", "up", env=environment)
+            self.assert_ran("shell", "ssh", "pc-01", "/lab/program/halvik-diagnostic", stdout="here\n", env=environment)
+            self.assert_ran("down")
+
     def test_what_is_refused(self):
         self.assert_refused(2, "there is no lab named lab", "down")
         self.assert_refused(2, "there is no lab named other", "--name", "other", "scenario", "clear")
