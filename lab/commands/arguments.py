@@ -19,8 +19,9 @@ The whole network that Halvik Diagnostic asks for, on this machine and with no
 way out. Needs root.
 
   up                    start a lab
-  run [OPTION...]       run the program in it; without a lab, in one of its own
-  shell [COMMAND...]    a shell, or a command, on the user's machine in it
+  run [OPTION...]       run the program in it
+  shell [COMMAND...]    a shell, or a command, on the user's machine in it; run
+                        and shell start a lab of their own if there is none
   scenario [NAME]       change its scenario, or list them all
   skivra on|off         install or remove the Skivra on the user's machine
   off MACHINE           switch off a machine of the office, for good
