@@ -52,7 +52,7 @@ class LifeTest(lab_case.LabTest):
         self.assert_ran("down")
 
     def test_machines_of_an_office_have_a_program_from_below_tmp(self):
-        """Where the lab's servers have an own folder."""
+        """The servers of the lab have a /tmp of their own, which must not hide it."""
         with tempfile.TemporaryDirectory(dir="/tmp") as folder:
             os.chmod(folder, 0o755)
             program = pathlib.Path(folder, "halvik-diagnostic")
