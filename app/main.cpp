@@ -16,18 +16,12 @@ namespace {
 
 // Returns, with the exit status, only if that fails.
 int executeWindow(int& /*argc*/, char** argv, const app::ControllerFactory& /*makeController*/) {
-#ifdef __linux__
-  // Otherwise the system's loader would end the process with words that name no package.
-  const std::string missing = platform::errorOfLibrary("libQt6Widgets.so.6");
-  if (!missing.empty()) {
-    text::log("cannot open the window: " + missing +
-              "; install the package libqt6widgets6, or use the option -s, which runs without one");
-    return EXIT_FAILURE;
+  std::string problem = platform::windowLibraryProblem();
+  if (problem.empty()) {
+    const int error = platform::executeHelper("halvik-diagnostic-window", argv);
+    problem = std::string(std::strerror(error)) + "; the option -s runs without one";
   }
-#endif
-  const int error = platform::executeHelper("halvik-diagnostic-window", argv);
-  text::log(std::string("cannot open the window: ") + std::strerror(error) +
-            "; the option -s runs without one");
+  text::log("cannot open the window: " + problem);
   return EXIT_FAILURE;
 }
 

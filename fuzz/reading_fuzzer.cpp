@@ -17,7 +17,6 @@
 #include "fuzz/html_page.h"
 #include "fuzz/slow_utf8.h"
 #include "fuzz/support.h"
-#include "reader/input.h"
 #include "reader/output/compare.h"
 #include "reader/output/html.h"
 #include "reader/output/json.h"

@@ -15,14 +15,15 @@
 #include <utility>
 #include <vector>
 
-#include "reader/input.h"
 #include "reader/output/compare.h"
 #include "reader/output/html.h"
 #include "reader/output/json.h"
+#include "reader/output/output.h"
 #include "reader/output/printable.h"
 #include "reader/output/reading.h"
 #include "reader/output/table.h"
 #include "reader/output/text.h"
+#include "reader/parse/input.h"
 
 namespace {
 

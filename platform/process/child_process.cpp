@@ -3,7 +3,6 @@
 
 #include "platform/process/child_process.h"
 
-#include <fcntl.h>
 #include <poll.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -22,7 +21,6 @@ namespace platform {
 namespace {
 
 constexpr std::size_t defaultPipeBytes = 64UL * 1024;
-[[maybe_unused]] constexpr int largePipeBytes = 1024 * 1024;
 
 }  // namespace
 
@@ -102,10 +100,7 @@ void ChildProcess::readAvailable(Stream stream, ByteBuffer& buffer) {
   if (bytes >= defaultPipeBytes && !pipe.enlarged) {
     // A command that fills its pipe prints a lot: let it run on while others are read.
     pipe.enlarged = true;
-#ifdef F_SETPIPE_SZ
-    // Refused where the user has too much in pipes already.
-    fcntl(pipe.readEnd, F_SETPIPE_SZ, largePipeBytes);
-#endif
+    enlargePipe(pipe.readEnd);
   } else if (bytes == 0) {
     close(pipe);
   }

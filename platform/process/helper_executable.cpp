@@ -3,7 +3,6 @@
 
 #include "platform/process/helper_executable.h"
 
-#include <dlfcn.h>
 #include <unistd.h>
 #include <uv.h>
 
@@ -51,10 +50,6 @@ int executeHelper(const std::string& name, char* const* argv) {
   restoreStartingDescriptorLimit();
   execv(path.c_str(), argv);
   return errno;
-}
-
-std::string errorOfLibrary(const char* name) {
-  return dlopen(name, RTLD_LAZY) == nullptr ? dlerror() : "";
 }
 
 }  // namespace platform

@@ -18,7 +18,8 @@ std::string helperPath(const std::string& name);
 /// be called before an EventLoop exists.
 int executeHelper(const std::string& name, char* const* argv);
 
-/// Why the shared library called `name` cannot be loaded; empty if it can be.
-std::string errorOfLibrary(const char* name);
+/// Why the window's libraries cannot be loaded, and what to install; empty if they can be, or where
+/// the window brings its own.
+std::string windowLibraryProblem();
 
 }  // namespace platform

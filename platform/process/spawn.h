@@ -22,4 +22,7 @@ struct Spawned {
 /// signal that is blocked or, but for those that staysIgnored() names, ignored.
 Spawned spawn(const char* path, char* const* argv, int standardOutput, int standardError);
 
+/// Lets the pipe that ends in `fd` hold more than usual, where the system can.
+void enlargePipe(int fd);
+
 }  // namespace platform

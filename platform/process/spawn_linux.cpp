@@ -112,4 +112,9 @@ Spawned spawn(const char* path, char* const* argv, int standardOutput, int stand
   return child;
 }
 
+void enlargePipe(int fd) {
+  // Refused where the user has too much in pipes already.
+  fcntl(fd, F_SETPIPE_SZ, 1024 * 1024);
+}
+
 }  // namespace platform

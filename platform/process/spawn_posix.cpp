@@ -83,4 +83,6 @@ Spawned spawn(const char* path, char* const* argv, int standardOutput, int stand
   return child;
 }
 
+void enlargePipe(int /*fd*/) {}
+
 }  // namespace platform

@@ -5,7 +5,7 @@
 
 #pragma once
 
-#include "reader/input.h"
+#include "reader/output/output.h"
 #include "reader/output/reading.h"
 
 namespace reader {

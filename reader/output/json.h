@@ -7,7 +7,7 @@
 
 #include <string_view>
 
-#include "reader/input.h"
+#include "reader/output/output.h"
 #include "reader/output/reading.h"
 
 namespace reader {

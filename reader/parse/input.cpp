@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 Halvik
 // SPDX-License-Identifier: Apache-2.0
 
-#include "reader/input.h"
+#include "reader/parse/input.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -61,26 +61,6 @@ void Input::reserve(std::size_t capacity, const std::string& shownName) {
   }
   static_cast<void>(bytes.release());
   bytes.reset(static_cast<char*>(memory));
-}
-
-void Output::write(std::string_view text) {
-  constexpr std::size_t bufferMax = std::size_t{1} << 20;
-  buffer += text;
-  if (buffer.size() >= bufferMax) {
-    finish();
-  }
-}
-
-void Output::finish() {
-  sink(buffer);
-  buffer.clear();
-}
-
-void writeStandardOutput(std::string_view text) {
-  errno = 0;
-  if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() || std::fflush(stdout) != 0) {
-    fail("standard output");
-  }
 }
 
 }  // namespace reader
