@@ -86,10 +86,24 @@ void CurlTransfer::setUpCallbacks() {
   set(CURLOPT_ERRORBUFFER, curlError.data());
 }
 
-std::optional<std::string> CurlTransfer::header(const char* name) const {
+// The header `name` of the last head, the one that stands behind `before` others; null if there are
+// no more.
+const char* CurlTransfer::header(const char* name, std::size_t before) const {
   curl_header* found = nullptr;
-  const CURLHcode result = curl_easy_header(easy, name, 0, CURLH_HEADER, -1, &found);
-  return result == CURLHE_OK ? std::optional<std::string>(found->value) : std::nullopt;
+  const CURLHcode result = curl_easy_header(easy, name, before, CURLH_HEADER, -1, &found);
+  return result == CURLHE_OK ? found->value : nullptr;
+}
+
+// libcurl unpacks a body that is compressed for its transfer alone, also if nobody asked for it.
+bool CurlTransfer::isCompressed(const char* name) const {
+  const char* coding = header(name, 0);
+  for (std::size_t next = 1; coding != nullptr; ++next) {
+    if (curl_strequal(coding, "identity") == 0 && curl_strequal(coding, "chunked") == 0) {
+      return true;
+    }
+    coding = header(name, next);
+  }
+  return false;
 }
 
 bool CurlTransfer::isSent() const {
@@ -119,7 +133,8 @@ void CurlTransfer::readEndOfHead() {
   constexpr long firstFinalStatus = 200;
   lastStatus = info<long>(CURLINFO_RESPONSE_CODE);
   if (lastStatus >= firstFinalStatus) {
-    redirect = lastStatus < firstErrorStatus ? header("Location").value_or("") : "";
+    const char* target = lastStatus < firstErrorStatus ? header("Location", 0) : nullptr;
+    redirect = target == nullptr ? "" : target;
     reasonOfRefusal = problemOfHead();
     // From here on there is no way back to plain http.
     if (curl_strequal(info<const char*>(CURLINFO_SCHEME), "https") != 0) {
@@ -135,7 +150,7 @@ std::string CurlTransfer::problemOfHead() const {
   constexpr long permanentRedirect = 308;
   const bool asksForTheSameAgain =
       lastStatus == temporaryRedirect || lastStatus == permanentRedirect;
-  if (header("Content-Encoding").value_or("identity") != "identity") {
+  if (isCompressed("Content-Encoding") || isCompressed("Transfer-Encoding")) {
     return "no usable reply: it is compressed, which nobody asked for";
   }
   // A server that refuses a report need not read it. No other can know what it says yes to.

@@ -8,7 +8,6 @@
 #include <curl/curl.h>
 
 #include <array>
-#include <optional>
 #include <string>
 #include <string_view>
 
@@ -57,7 +56,8 @@ class CurlTransfer {
   void readEndOfHead();
   std::string problemOfHead() const;
   bool limitBody(curl_off_t size);
-  std::optional<std::string> header(const char* name) const;
+  bool isCompressed(const char* name) const;
+  const char* header(const char* name, std::size_t before) const;
 
   template <class Value>
   void set(CURLoption option, Value value) {

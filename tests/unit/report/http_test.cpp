@@ -219,11 +219,20 @@ TEST(Http, RefusesACompressedReply) {
       "\x1f\x8b\x08\x00\x00\x00\x00\x00\x02\x03\xcb\x28\x29\x29\x28\xb6\xd2\xd7\x2f\xd2\x4b\xad\x48"
       "\xcc\x2d\xc8\x49\xd5\x37\x04\x00\x2c\xf7\x98\xa0\x13\x00\x00\x00",
       39);
-  const HttpServer server(
-      {support::answer(support::reply("200 OK", packed, "Content-Encoding: gzip\r\n"))});
-  const Outcome outcome = upload(server.url(), "data");
-  EXPECT_EQ(outcome.name, "error");
-  EXPECT_EQ(outcome.reply, std::nullopt);
+  for (const char* headers : {"Content-Encoding: gzip\r\n", "Transfer-Encoding: gzip\r\n",
+                              "Content-Encoding: identity\r\nContent-Encoding: gzip\r\n"}) {
+    const HttpServer server({support::answer(support::reply("200 OK", packed, headers))});
+    const Outcome outcome = upload(server.url(), "data");
+    EXPECT_EQ(outcome.name, "error") << headers;
+    EXPECT_EQ(outcome.reply, std::nullopt) << headers;
+  }
+}
+
+TEST(Http, TakesAReplyThatIsSaidNotToBeCompressed) {
+  for (const char* headers : {"Content-Encoding: identity\r\n", "Content-Encoding: Identity\r\n"}) {
+    const HttpServer server({support::answer(support::reply("200 OK", "url", headers))});
+    EXPECT_EQ(upload(server.url(), "data").reply, "url") << headers;
+  }
 }
 
 TEST(Http, GivesUpOnRedirectsThatGoInACircle) {
