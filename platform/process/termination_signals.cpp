@@ -46,8 +46,13 @@ extern "C" void cleanUpAndEnd(int signal) {
     unlink(path);
   }
   std::signal(signal, SIG_DFL);
-  // It is blocked while its handler runs, and delivered as soon as that has returned.
+  sigset_t handled;
+  sigemptyset(&handled);
+  sigaddset(&handled, signal);
+  pthread_sigmask(SIG_UNBLOCK, &handled, nullptr);
   raise(signal);
+  // The first process of a container is not ended by it.
+  _exit(128 + signal);
 }
 
 }  // namespace

@@ -48,6 +48,22 @@ class EndTest(SignalTest):
         self.assert_ended_by(process, signal.SIGTERM)
         self.assert_nobody_is_left()
 
+    @isolation.needs_namespaces
+    def test_the_first_process_of_a_container(self):
+        """No signal ends that by its default action."""
+        for number in ENDING:
+            with self.subTest(number.name):
+                self.renew_input()
+                prefix = ["unshare", "--pid", "--fork", "--kill-child", "--mount-proc"]
+                process = self.start_run(["-s", "-c", "-o=F"], [WAIT] * ALL, prefix=prefix)
+                self.wait_for_commands(ALL)
+                program, = children(process.pid)
+                os.kill(program, number)
+                ended = self.finish(process)
+                self.assertEqual((ended.status, ended.stdout, ended.stderr), (128 + number, b"", b""))
+                self.assert_nobody_is_left()
+                self.assert_only_files(self.work, ["started"])
+
     def test_a_command_in_a_session_of_its_own(self):
         process = self.start_run(["-s", "-c"], [f"exec setsid sh -c '{WAIT}'", f"exec setsid --wait sh -c '{WAIT}'"])
         self.wait_for_commands(2)
