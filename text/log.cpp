@@ -37,6 +37,11 @@ std::size_t columns() {
 }
 
 void write(std::string_view bytes) {
+  // In the background, the terminal shows the shell's prompt.
+  const pid_t foreground = tcgetpgrp(STDERR_FILENO);
+  if (foreground >= 0 && foreground != getpgrp()) {
+    return;
+  }
   [[maybe_unused]] const ssize_t count = ::write(STDERR_FILENO, bytes.data(), bytes.size());
 }
 

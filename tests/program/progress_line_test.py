@@ -9,6 +9,7 @@ import pty
 import select
 import signal
 import struct
+import sys
 import termios
 import unittest
 
@@ -18,6 +19,17 @@ from signal_runs import SignalTest
 
 ALL = report_text.PLAN_LENGTH
 ERASE = b"\r\x1b[K"
+# Runs what follows as a job in the background of the terminal that its standard error is.
+BACKGROUND = """
+import fcntl, os, sys, termios
+if os.fork() == 0:
+    os.setsid()
+    fcntl.ioctl(2, termios.TIOCSCTTY, 0)
+    if os.fork() == 0:
+        os.setpgid(0, 0)
+        os.execv(sys.argv[1], sys.argv[1:])
+sys.exit(os.waitstatus_to_exitcode(os.wait()[1]))
+"""
 LATER = "sleep 1; echo >>started; exec cat"  # by then a line would have been shown
 
 
@@ -106,6 +118,10 @@ class ProgressLineTest(SignalTest):
             with self.subTest(term):
                 self.renew_input()
                 self.assert_nothing_is_shown(*self.start_on_terminal(["-s", "-c"], [LATER], term=term))
+
+    def test_a_job_in_the_background(self):
+        prefix = [sys.executable, "-c", BACKGROUND]
+        self.assert_nothing_is_shown(*self.start_on_terminal(["-s", "-c"], [LATER], prefix=prefix))
 
     def test_standard_error_that_is_no_terminal(self):
         reader, writer = os.pipe()
