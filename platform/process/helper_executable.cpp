@@ -18,15 +18,16 @@ namespace platform {
 
 namespace {
 
-// The folder of the running executable, links resolved. Not the working directory where the system
-// does not say: others may have put a file there that is named like a helper.
+// The folder of the running executable, also if that has been replaced meanwhile. Not the working
+// directory where the system does not say: others may have put a file there that is named like a
+// helper.
 std::filesystem::path executableFolder() {
   std::array<char, PATH_MAX> path;
   std::size_t size = path.size();
   if (const int result = uv_exepath(path.data(), &size); result < 0) {
     throw std::system_error(-result, std::generic_category(), "cannot tell where the program is");
   }
-  return std::filesystem::canonical(std::string(path.data(), size)).parent_path();
+  return std::filesystem::path(std::string(path.data(), size)).parent_path();
 }
 
 }  // namespace

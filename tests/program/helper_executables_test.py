@@ -13,6 +13,7 @@ import subprocess
 import unittest
 
 import builds
+import http_server
 import isolation
 import polling
 import program_tests
@@ -112,6 +113,20 @@ class HelperExecutableTest(program_tests.ProgramTest):
         self.assert_submission_failed(ended, report_text.report())
         self.assertRegex(ended.messages[0], f"^sending to http://127.0.0.1:1/ failed: .*{UPLOAD}: cannot open shared object "
                                             "file: No such file or directory$")
+
+    def test_of_the_upload_is_found_after_the_program_was_replaced(self):
+        """As by an upgrade in the middle of a run."""
+        program = self.program.parent / "diagnostic_test_build"
+        shutil.copy(builds.test_build(), program)
+        (self.program.parent / "libexec").mkdir()
+        shutil.copy(pathlib.Path(builds.program()).parent / "libexec" / UPLOAD, self.program.parent / "libexec")
+        lines = self.folder / "commands"
+        lines.write_text(f"cp {program} {program}.new; mv {program}.new {program}\n")
+        server = http_server.Server(http_server.reply(b"url"))
+        self.addCleanup(server.close)
+        ended = self.finish(self.start(str(program), ["-s"], env={"TEST_BUILD_COMMANDS": lines,
+                                                                  "TEST_BUILD_SUBMIT_URL": server.url()}))
+        self.assertEqual((ended.status, ended.stdout, ended.stderr), (0, b"url=url\n", b""))
 
     def test_is_loaded_by_runs_that_upload_only(self):
         for options, is_loaded in (["-s", "-c"], False), (["-s"], True), (["-s", "-c", "-i"], True):
