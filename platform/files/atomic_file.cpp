@@ -47,7 +47,9 @@ std::optional<Target> findTarget(const std::string& path) {
 }
 
 bool fill(int fd, mode_t mode, const text::Buffers& bytes) {
-  const bool written = fchmod(fd, mode) == 0 && text::writeAll(fd, bytes) == 0 && fsync(fd) == 0;
+  // Refused on some file systems that keep no modes.
+  fchmod(fd, mode);
+  const bool written = text::writeAll(fd, bytes) == 0 && fsync(fd) == 0;
   return close(fd) == 0 && written;
 }
 
