@@ -5,7 +5,6 @@
 
 import re
 import shutil
-import subprocess
 import unittest
 
 import expected_findings

@@ -41,7 +41,8 @@ class Authority:
         time = ["-startdate", "20200101000000Z", "-enddate", "20210101000000Z"] if expired else ["-days", "30"]
         openssl("req", "-new", *NEW_KEY, "-subj", f"/CN={host}", "-keyout", f"{path}.key", "-out", f"{path}.csr")
         openssl("ca", "-batch", "-notext", "-config", settings, "-extensions", "server", *time,
-                "-cert", f"{self.path}.pem", "-keyfile", f"{self.path}.key", "-in", f"{path}.csr", "-out", f"{path}.pem")
+                "-cert", f"{self.path}.pem", "-keyfile", f"{self.path}.key",
+                "-in", f"{path}.csr", "-out", f"{path}.pem")
         return path
 
 
