@@ -147,9 +147,9 @@ def lay_out_folders(reader):
     subprocess.run(["mount", "-t", "tmpfs", "-o", "mode=755", "none", "/run"], check=True, capture_output=True)
     # Copies, as the servers' user may not be allowed to read the originals.
     shutil.copytree(network.FOLDER, CONFIG, ignore=shutil.ignore_patterns("__pycache__"))
-    shutil.copy(network.FOLDER.parent / "tests/lib/report_receiver.py", CONFIG)
+    shutil.copytree(network.LIBRARY, servers.LIBRARY, ignore=shutil.ignore_patterns("__pycache__"))
     shutil.copytree(network.FOLDER.parent / "share/ansible", office.PLAYBOOKS)
-    subprocess.run(["chmod", "-R", "a+rX,go-w", CONFIG], check=True)
+    subprocess.run(["chmod", "-R", "a+rX,go-w", CONFIG, servers.LIBRARY], check=True)
     if reader.is_file():
         shutil.copy(reader, servers.READER)
         servers.READER.chmod(0o755)
@@ -163,11 +163,11 @@ def lay_out_folders(reader):
 
 def make_certificates():
     own = authority.Authority(TLS)
-    own.issue("good", SUBMISSION_HOST)
-    own.issue("expired", SUBMISSION_HOST, expired=True)
-    own.issue("wrong-name", "www.halvik.example")
-    own.issue_self_signed("self-signed", SUBMISSION_HOST)
-    own.issue_self_signed("portal", "portal.hotel.example")
+    own.issue(TLS / "good", SUBMISSION_HOST)
+    own.issue(TLS / "expired", SUBMISSION_HOST, expired=True)
+    own.issue(TLS / "wrong-name", "www.halvik.example")
+    for name, host in (("self-signed", SUBMISSION_HOST), ("portal", "portal.hotel.example")):
+        authority.make_self_signed(TLS / name, host, f"subjectAltName=DNS:{host}")
     subprocess.run(["chown", "-R", f"{servers.USER}:{servers.GROUP}", TLS], check=True)
 
 

@@ -12,6 +12,7 @@ import pathlib
 import re
 
 FOLDER = pathlib.Path(__file__).resolve().parent
+LIBRARY = FOLDER.parent / "tests/lib"  # what the lab shares with the tests
 BUILT_IN_ENDPOINTS = FOLDER.parent / "diagnostics" / "endpoints_built_in.cpp"
 
 

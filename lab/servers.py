@@ -13,6 +13,7 @@ import namespaces
 
 LAB = pathlib.Path("/run/lab")
 CONFIG = LAB / "config"
+LIBRARY = LAB / "lib"
 STATE = LAB / "state"
 UPLOADS = LAB / "uploads"
 RESULTS = LAB / "results"
@@ -79,8 +80,8 @@ SERVERS = [
     nginx("portal", "192.168.1.1", place="home"),
     nginx("submission", "203.0.113.13", 443),
     Server("python3", "receiver", "submission",
-           ("/usr/bin/python3", "-B", CONFIG / "receiver.py", UPLOADS, RESULTS, BEHAVIOUR, RESULTS_ADDRESS,
-            READER),
+           ("env", f"PYTHONPATH={LIBRARY}", "/usr/bin/python3", "-B", CONFIG / "receiver.py", UPLOADS, RESULTS,
+            BEHAVIOUR, RESULTS_ADDRESS, READER),
            "127.0.0.1", 8000),
 ]
 SKIVRA = unbound("skivra", "127.0.0.1", place=namespaces.MACHINE)

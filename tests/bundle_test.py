@@ -77,7 +77,8 @@ class Icon(unittest.TestCase):
     def test_has_a_picture_of_each_size(self):
         with PIL.Image.open(ICON) as icon:
             sizes = sorted(icon.info["sizes"])
-        self.assertEqual(sizes, [(16, 16, 2), (32, 32, 2), (128, 128, 1), (256, 256, 1), (512, 512, 1), (512, 512, 2)])
+        self.assertEqual(sizes, [(16, 16, 2), (32, 32, 2), *((side, side, scale) for side in (128, 256, 512)
+                                                             for scale in (1, 2))])
         for width, height, scale in sizes:
             with PIL.Image.open(ICON) as icon:
                 icon.size = width, height, scale

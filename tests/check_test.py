@@ -3,8 +3,6 @@
 
 """What scripts/check counts, which sources it takes for changed, and what it leaves behind."""
 
-import importlib.machinery
-import importlib.util
 import os
 import pathlib
 import signal
@@ -12,8 +10,11 @@ import subprocess
 import sys
 import tempfile
 import unittest
+import unittest.mock
 
-from project import ROOT
+from check_steps import paths, sources, step
+from check_steps.plan import plan
+from check_steps.step import Step
 
 RESULTS = """<testsuite>
   <testcase name="A" status="run"/>
@@ -37,66 +38,62 @@ SOURCES = {
 }
 
 
-def load():
-    loader = importlib.machinery.SourceFileLoader("check", str(ROOT / "scripts/check"))
-    module = importlib.util.module_from_spec(importlib.util.spec_from_loader("check", loader))
-    loader.exec_module(module)
-    return module
-
-
 class CheckTest(unittest.TestCase):
     def setUp(self):
         folder = tempfile.TemporaryDirectory(prefix="halvik-")
         self.addCleanup(folder.cleanup)
         self.root = pathlib.Path(folder.name)
-        self.check = load()
-        self.check.ROOT = self.root
+        self.replace(paths, "ROOT", self.root)
+        self.replace(step, "say", lambda _: None)
+
+    def replace(self, *what):
+        patch = unittest.mock.patch.object(*what)
+        patch.start()
+        self.addCleanup(patch.stop)
 
     def test_each_test_is_counted_once(self):
         (self.root / "tests.xml").write_text(RESULTS)
-        self.assertEqual(self.check.count_tests(self.root / "tests.xml"), (2, 2, 2))
+        self.assertEqual(step.count_tests(self.root / "tests.xml"), (2, 2, 2))
 
     def test_a_step_that_fails_is_never_counted_as_none(self):
         (self.root / "tests.xml").write_text("<testsuite><testcase status='run'/></testsuite>")
         (self.root / "logs").mkdir()
-        self.check.LOGS = self.root / "logs"
-        self.check.say = lambda _: None
+        self.replace(paths, "LOGS", self.root / "logs")
 
         def fail(_):
-            raise self.check.Failed("it ended early")
+            raise step.Failed("it ended early")
 
-        broken = self.check.Step("broken", fail)
-        dependent = self.check.Step("dependent", lambda _: None, needs=broken)
-        tests = self.check.Step("tests", fail, results=self.root / "tests.xml")
-        well = self.check.Step("well", lambda _: None)
-        for step in (broken, dependent, tests, well):
-            step.run()
-        self.assertEqual([step.counts for step in (broken, dependent, tests, well)],
+        broken = Step("broken", fail)
+        dependent = Step("dependent", lambda _: None, needs=broken)
+        tests = Step("tests", fail, results=self.root / "tests.xml")
+        well = Step("well", lambda _: None)
+        for each in (broken, dependent, tests, well):
+            each.run()
+        self.assertEqual([each.counts for each in (broken, dependent, tests, well)],
                          [(0, 1, 0), (0, 1, 0), (1, 1, 0), (1, 0, 0)])
 
     def test_a_script_that_lacks_its_compiler_is_skipped(self):
         (self.root / "scripts").mkdir()
         script = self.root / "scripts/macos"
-        self.check.LOGS = self.root
-        self.check.say = lambda _: None
+        self.replace(paths, "LOGS", self.root)
         for status, ending, counts in ((0, "done", (1, 0, 0)), (1, "FAILED", (0, 1, 0)), (77, "skipped", (0, 0, 1))):
             with self.subTest(ending):
                 script.write_text(f"#!/bin/sh\nexit {status}\n")
                 script.chmod(0o755)
-                [[step]] = filter(None, self.check.plan(["macos"], None))
-                step.run()
-                self.assertEqual((step.ending, step.counts, step.succeeded), (ending, counts, ending != "FAILED"))
+                [[macos]] = filter(None, plan(["macos"], None))
+                macos.run()
+                self.assertEqual((macos.ending, macos.counts, macos.succeeded), (ending, counts, ending != "FAILED"))
 
     def test_a_signal_ends_what_it_has_started(self):
         for number in (signal.SIGHUP, signal.SIGINT, signal.SIGTERM):
             reader, writer = os.pipe()
-            code = f"""import check_test, pathlib
-check = check_test.load()
-check.LOGS = pathlib.Path({str(self.root)!r})
+            code = f"""import pathlib
+from check_steps import commands, paths, plan, step
+paths.LOGS = pathlib.Path({str(self.root)!r})
 words = ["sh", "-c", "exec >/proc/$PPID/fd/{writer}; echo begun; sleep 1000; true"]
-check.run_all([], [check.Step("long", lambda log: check.call(log, *words))])"""
+plan.run_all([], [step.Step("long", lambda log: commands.call(log, *words))])"""
             with self.subTest(number.name), open(reader, "rb") as output, subprocess.Popen(
-                    [sys.executable, "-c", code], cwd=ROOT / "tests", pass_fds=[writer]) as process:
+                    [sys.executable, "-c", code], pass_fds=[writer]) as process:
                 os.close(writer)
                 self.assertEqual(output.readline(), b"begun\n")
                 process.send_signal(number)
@@ -112,7 +109,7 @@ check.run_all([], [check.Step("long", lambda log: check.call(log, *words))])"""
             subprocess.run([*git, *words], check=True)
         for path in changes:
             (self.root / path).write_text("// changed\n")
-        return self.check.affected(self.check.sources(".cpp"), "HEAD")
+        return sources.affected(sources.find(".cpp"), "HEAD")
 
     def test_a_header_changes_whoever_includes_it(self):
         self.assertEqual(self.affected_by("report/changed.h"), ["app/far.cpp", "report/changed.cpp"])

@@ -13,8 +13,8 @@ import unittest
 import unittest.mock
 import xml.etree.ElementTree
 
+import manual_page
 import option_table
-import page
 import result_pages
 import skipping
 from project import ROOT, version
@@ -29,11 +29,11 @@ class Options(unittest.TestCase):
         self.assertEqual(sorted(map(sorted, written)), sorted(map(sorted, option_table.signatures())))
 
     def test_manual_page(self):
-        self.assert_complete(page.options())
+        self.assert_complete(manual_page.options())
 
     def test_synopsis(self):
         """It shows the short way, and may leave the other ways out."""
-        shown = page.words_of_synopsis()
+        shown = manual_page.words_of_synopsis()
         for written in option_table.signatures():
             self.assertIn(written[0], shown)
         self.assertLessEqual(set(shown), set(option_table.words()))
@@ -89,22 +89,23 @@ class Pages(unittest.TestCase):
 
 class ManualPage(unittest.TestCase):
     def test_is_well_formed(self):
-        ended = subprocess.run(["mandoc", "-T", "lint", "-W", "warning", page.path()], capture_output=True, text=True)
+        ended = subprocess.run(["mandoc", "-T", "lint", "-W", "warning", manual_page.path()], capture_output=True,
+                               text=True)
         self.assertEqual(ended.stdout, "")
 
     def test_foot_bears_the_version(self):
-        self.assertEqual(page.foot(), f"Halvik Diagnostic {version()}")
+        self.assertEqual(manual_page.foot(), f"Halvik Diagnostic {version()}")
 
     def test_sections(self):
         for section in ("OPTIONS", "WHAT IS COLLECTED", "WHERE IT GOES", "ENVIRONMENT", "FILES", "EXIT STATUS",
                         "EXAMPLES"):
-            self.assertTrue(page.section(section), section)
+            self.assertTrue(manual_page.section(section), section)
 
     def test_messages_are_those_of_the_program(self):
         sources = "".join(path.read_text() for folder in ("app", "platform", "report")
                           for path in (ROOT / folder).rglob("*.cpp"))
         literals = re.sub(r'"\s*\n\s*"', "", sources)
-        messages = page.items("DIAGNOSTICS")
+        messages = manual_page.items("DIAGNOSTICS")
         self.assertGreater(len(messages), 2)
         for message in messages:
             self.assertIn(f'"{message}', literals)

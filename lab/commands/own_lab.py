@@ -39,6 +39,7 @@ class OwnLab:
                 ["unshare", "--mount", "--net", "--uts", "--ipc", "--pid", "--fork", "--kill-child", "--mount-proc",
                  "/usr/bin/python3", "-B", network.FOLDER / "supervisor.py", *arguments],
                 pass_fds=[theirs.fileno(), listener.fileno()], start_new_session=True, cwd="/",
+                env={**os.environ, "PYTHONPATH": network.LIBRARY},
                 stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=self._stderr)
 
     def wait_until_ready(self):

@@ -5,9 +5,9 @@
 
 import re
 import shutil
-import subprocess
 import unittest
 
+import expected_findings
 import labs
 import office_example
 import reader
@@ -108,7 +108,7 @@ class FirstRunTest(unittest.TestCase):
         problems = {line.split()[0].removesuffix(".txt"): line.split()[1] for line in lines[1:COUNT + 1]}
         expected = {name: "nothing" for name in NAMES}
         for name, scenario in TROUBLES.items():
-            expected[name], = reader.expected(scenario)
+            expected[name], = expected_findings.expected(scenario)
         self.assertEqual(problems, expected)
 
     def test_the_table_of_the_reports(self):

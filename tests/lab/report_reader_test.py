@@ -9,6 +9,7 @@ import unittest
 import labs
 import reader
 import scenarios
+from expected_findings import EXPECTED, PAIRS, expected, shows_in_a_report
 
 # Those that wait longest begin first, so that the others fit beside them.
 SLOW = ["resolver-down", "port-53-blocked", "gateway-silent", "line-down",
@@ -19,7 +20,7 @@ def setUpModule():
     global runs
     if not reader.program().is_file():
         raise unittest.SkipTest(f"{reader.program()} is not built")
-    shown = [*filter(reader.shows_in_a_report, scenarios.SCENARIOS), *reader.PAIRS]
+    shown = [*filter(shows_in_a_report, scenarios.SCENARIOS), *PAIRS]
     observations = {scenario: functools.partial(reader.observe, scenario) for scenario in shown}
     observations |= {name: functools.partial(reader.observe_run, name, "clear", *row)
                      for name, row in reader.CLEAR_RUNS.items()}
@@ -28,20 +29,20 @@ def setUpModule():
 
 class ReaderTest(unittest.TestCase):
     def test_the_table_has_all_scenarios(self):
-        self.assertEqual(list(reader.EXPECTED["scenarios"]), list(scenarios.SCENARIOS))
+        self.assertEqual(list(EXPECTED["scenarios"]), list(scenarios.SCENARIOS))
 
     def test_a_scenario_is_the_one_problem(self):
-        for scenario in filter(reader.shows_in_a_report, scenarios.SCENARIOS):
+        for scenario in filter(shows_in_a_report, scenarios.SCENARIOS):
             with self.subTest(scenario):
                 runs.check(scenario, lambda found: self.assertEqual(
-                    reader.problems(found), reader.expected(scenario), reader.text_of(found)))
+                    reader.problems(found), expected(scenario), reader.text_of(found)))
 
     def test_two_scenarios_are_both_named(self):
-        self.assertEqual(len(reader.PAIRS), 10)
-        for pair in reader.PAIRS:
+        self.assertEqual(len(PAIRS), 10)
+        for pair in PAIRS:
             with self.subTest(pair):
                 runs.check(pair, lambda found: self.assertCountEqual(
-                    reader.problems(found), reader.expected(pair), reader.text_of(found)))
+                    reader.problems(found), expected(pair), reader.text_of(found)))
 
     def test_clear_is_no_problem(self):
         for name in reader.CLEAR_RUNS:

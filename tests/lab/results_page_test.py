@@ -10,6 +10,7 @@ import unittest
 import labs
 import reader
 import skipping
+from expected_findings import expected
 
 skipping.require_tools("chromium")
 
@@ -57,7 +58,7 @@ class ResultsPageTest(unittest.TestCase):
         made = subprocess.run([reader.program(), "--html"], input=upload.report, capture_output=True, check=False)
         self.assertEqual(page, made.stdout)
         found = reader.findings(upload.report)
-        self.assertCountEqual(reader.problems(found), reader.expected(SCENARIO), reader.text_of(found))
+        self.assertCountEqual(reader.problems(found), expected(SCENARIO), reader.text_of(found))
         for finding in found:
             self.assertIn(" ".join(finding["text"].split()), shown)
 

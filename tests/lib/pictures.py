@@ -22,10 +22,6 @@ class Box:
     def __init__(self, left, top, right, bottom):
         self.left, self.top, self.right, self.bottom = left, top, right, bottom
 
-    @property
-    def middle(self):
-        return (self.left + self.right) // 2, (self.top + self.bottom) // 2
-
 
 class Picture:
     """What a window shows at one moment, and where its controls are."""
@@ -48,16 +44,10 @@ class Picture:
         """The smallest box around what has one colour, or None."""
         return _box(self.mask(colour).getbbox())
 
-    def bands(self, first=0):
+    def rows(self):
         """Where rows of controls are: each box reaches from one empty line to the next, over the whole width."""
-        width, height = self.image.size
-        _, rows = self.differs_from(self.background).crop((0, first, width, height)).getprojection()
-        return [Box(0, first + top, width, first + bottom) for top, bottom in _runs(rows)]
-
-    def pieces(self, band):
-        """What stands beside each other in a band, parted by empty columns."""
-        columns, _ = self.differs_from(self.background).crop((0, band.top, band.right, band.bottom + 1)).getprojection()
-        return [Box(left, band.top, right, band.bottom) for left, right in _runs(columns)]
+        _, lines = self.differs_from(self.background).getprojection()
+        return [Box(0, top, self.image.width, bottom) for top, bottom in _runs(lines)]
 
     @property
     def results(self):
@@ -89,17 +79,7 @@ class Picture:
     @property
     def is_painted(self):
         """Whether a purpose, three fields and a button can be seen."""
-        return len(self.bands()) > 4
-
-    @property
-    def start_button(self):
-        """Before the first run only, when nothing stands below."""
-        return self.pieces(self.bands()[-1])[-1]
-
-    @property
-    def link_buttons(self):
-        """The copy and the open button, below the results."""
-        return self.pieces(self.bands(first=self.results.bottom + 3)[0])[-2:]
+        return len(self.rows()) > 4
 
 
 def _box(bounds):

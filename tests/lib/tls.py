@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 Halvik
 # SPDX-License-Identifier: Apache-2.0
 
-"""Certificates, and a real web server with TLS in front of a receiver that takes the uploaded form apart."""
+"""A real web server with TLS in front of a receiver that takes the uploaded form apart, and whom a machine trusts."""
 
 import pathlib
 import shutil
@@ -12,6 +12,7 @@ import threading
 import isolation
 import polling
 import report_receiver
+from authority import openssl
 
 HOST = "diagnostic.halvik.example"
 MACHINE_CERTIFICATES = pathlib.Path("/etc/ssl/certs")
@@ -42,59 +43,16 @@ http {{
 }}
 """
 
-SETTINGS = """
-[ca]
-default_ca = authority
-[authority]
-database = {folder}/issued
-new_certs_dir = {folder}
-rand_serial = yes
-default_md = sha256
-policy = any
-x509_extensions = server
-[any]
-commonName = supplied
-[server]
-subjectAltName = DNS:{host}
-extendedKeyUsage = serverAuth
-"""
 
-
-def openssl(*arguments):
-    subprocess.run(["openssl", *map(str, arguments)], check=True, capture_output=True)
-
-
-class Authority:
-    """A certificate authority in a folder."""
-
-    def __init__(self, folder):
-        self.path = folder / "authority"
-        openssl("req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:prime256v1", "-nodes", "-days", "30",
-                "-subj", f"/CN=Authority in {folder.name}", "-keyout", f"{self.path}.key", "-out", f"{self.path}.pem",
-                "-addext", "keyUsage=critical,keyCertSign")
-
-    def issue(self, path, host=HOST, expired=False):
-        """Writes a server certificate and its key to path.pem and path.key."""
-        folder = path.parent
-        (folder / "issued").write_text("")
-        settings = folder / "settings"
-        settings.write_text(SETTINGS.format(folder=folder, host=host))
-        openssl("req", "-new", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:prime256v1", "-nodes",
-                "-subj", f"/CN={host}", "-keyout", f"{path}.key", "-out", f"{path}.csr")
-        time = ["-startdate", "20200101000000Z", "-enddate", "20210101000000Z"] if expired else ["-days", "30"]
-        openssl("ca", "-batch", "-config", settings, "-cert", f"{self.path}.pem", "-keyfile", f"{self.path}.key",
-                "-in", f"{path}.csr", "-out", f"{path}.pem", "-notext", *time)
-        return path
-
-    def trust(self, folder):
-        """Makes the machine, as this test file sees it, trust the authority, by a copy of its store in the folder."""
-        store = folder / "certs"
-        shutil.copytree(MACHINE_CERTIFICATES, store, symlinks=False, ignore_dangling_symlinks=True)
-        shutil.copy(f"{self.path}.pem", store / "halvik-test-authority.pem")
-        with open(store / "ca-certificates.crt", "ab") as bundle:
-            bundle.write(pathlib.Path(f"{self.path}.pem").read_bytes())
-        openssl("rehash", store)
-        isolation.cover(MACHINE_CERTIFICATES, store)
+def trust(authority, folder):
+    """Makes the machine, as this test file sees it, trust an authority, by a copy of its store in the folder."""
+    store = folder / "certs"
+    shutil.copytree(MACHINE_CERTIFICATES, store, symlinks=False, ignore_dangling_symlinks=True)
+    shutil.copy(f"{authority.path}.pem", store / "halvik-test-authority.pem")
+    with open(store / "ca-certificates.crt", "ab") as bundle:
+        bundle.write(pathlib.Path(f"{authority.path}.pem").read_bytes())
+    openssl("rehash", store)
+    isolation.cover(MACHINE_CERTIFICATES, store)
 
 
 class Receiver:

@@ -132,11 +132,7 @@ class Window:
             self.press("alt+" + field[0])
             self.type(text)
 
-    def click(self, box):
-        place = self.window.get_geometry()
-        self.click_at(place.x + box.middle[0], place.y + box.middle[1])
-
-    def click_at(self, x, y):
+    def click(self, x, y):
         """Clicks at a place of the screen."""
         self.xdotool("mousemove", x, y)
         self.xdotool("click", 1)

@@ -121,10 +121,6 @@ class WindowedTest(program_tests.ProgramTest):
     def wait_until_painted(self):
         return self.window.wait_for(lambda picture: picture.is_painted, "the window is painted")
 
-    def start_button(self):
-        """Where it is. Call this before the first run."""
-        return self.wait_until_painted().start_button
-
     def finish_run(self):
         """Lets the run that has been started end, and waits until its outcome is on the screen."""
         self.window.wait_for(lambda picture: not picture.results, "the results of the run before are gone")

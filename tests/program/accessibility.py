@@ -69,8 +69,7 @@ class Control:
     @property
     def middle(self):
         """Where it is on the screen."""
-        place = Atspi.Component.get_extents(self.accessible, Atspi.CoordType.SCREEN)
-        return place.x + place.width // 2, place.y + place.height // 2
+        return middle(Atspi.Component.get_extents(self.accessible, Atspi.CoordType.SCREEN))
 
     @property
     def labels(self):
@@ -82,9 +81,17 @@ class Control:
     def text(self):
         return Atspi.Text.get_text(self.accessible, 0, Atspi.Text.get_character_count(self.accessible))
 
+    def beginning_of(self, text):
+        """Where the first character of a part of its text is on the screen."""
+        return middle(Atspi.Text.get_character_extents(self.accessible, self.text.index(text), Atspi.CoordType.SCREEN))
+
     def press(self):
         if not Atspi.Action.do_action(self.accessible, 0):
             raise AssertionError(f"{self.name} cannot be pressed")
+
+
+def middle(place):
+    return place.x + place.width // 2, place.y + place.height // 2
 
 
 class Events:
@@ -159,7 +166,7 @@ class AccessibleTest(windows.WindowedTest):
         return self.control(name, role)
 
     def click(self, control):
-        self.window.click_at(*control.middle)
+        self.window.click(*control.middle)
 
     def control(self, name, role):
         found = [control for control in self.controls() if (control.name, control.role) == (name, role)]

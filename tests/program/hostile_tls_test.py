@@ -17,6 +17,7 @@ import isolation
 import program_tests
 import report_text
 import skipping
+from authority import Authority
 
 skipping.require_modules("werkzeug")
 import tls
@@ -38,12 +39,12 @@ def setUpModule():
     unittest.addModuleCleanup(shutil.rmtree, folder, ignore_errors=True)
     for name in ("trusted", "unknown"):
         (folder / name).mkdir()
-    trusted = tls.Authority(folder / "trusted")
-    trusted.trust(folder)
+    trusted = Authority(folder / "trusted")
+    tls.trust(trusted, folder)
     unittest.addModuleCleanup(isolation.uncover, tls.MACHINE_CERTIFICATES)
-    good = trusted.issue(folder / "good")
-    other = trusted.issue(folder / "other", host=OTHER)
-    unknown = tls.Authority(folder / "unknown").issue(folder / "bad")
+    good = trusted.issue(folder / "good", tls.HOST)
+    other = trusted.issue(folder / "other", OTHER)
+    unknown = Authority(folder / "unknown").issue(folder / "bad", tls.HOST)
     (folder / "hosts").write_text(f"127.0.0.1 localhost {tls.HOST} {OTHER}\n")
     isolation.cover("/etc/hosts", folder / "hosts")
     unittest.addModuleCleanup(isolation.uncover, "/etc/hosts")

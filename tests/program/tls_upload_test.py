@@ -15,6 +15,7 @@ import isolation
 import program_tests
 import report_text
 import skipping
+from authority import Authority
 
 skipping.require_modules("werkzeug")
 import tls
@@ -29,8 +30,8 @@ def setUpModule():
     unittest.addModuleCleanup(shutil.rmtree, folder, ignore_errors=True)
     for name in ("trusted", "unknown"):
         (folder / name).mkdir()
-    trusted, unknown = tls.Authority(folder / "trusted"), tls.Authority(folder / "unknown")
-    trusted.trust(folder)
+    trusted, unknown = Authority(folder / "trusted"), Authority(folder / "unknown")
+    tls.trust(trusted, folder)
     unittest.addModuleCleanup(isolation.uncover, tls.MACHINE_CERTIFICATES)
     (folder / "hosts").write_text(f"127.0.0.1 localhost {tls.HOST}\n")
     isolation.cover("/etc/hosts", folder / "hosts")
@@ -44,8 +45,8 @@ class TlsTest(program_tests.ProgramTest):
         web = tls.WebServer(self.folder / "nginx", certificate, self.receiver.port, extra)
         self.addCleanup(web.close)
 
-    def certificate(self, authority=None, **properties):
-        return (authority or trusted).issue(self.folder / "server", **properties)
+    def certificate(self, authority=None, host=tls.HOST, **properties):
+        return (authority or trusted).issue(self.folder / "server", host, **properties)
 
 
 class TrustTest(TlsTest):

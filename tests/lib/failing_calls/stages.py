@@ -9,6 +9,7 @@ import tempfile
 
 import http_server
 import isolation
+from authority import Authority
 from failing_calls.scenarios import SCENARIOS, Upload, Window
 
 
@@ -46,15 +47,15 @@ def _with_upload():
     with tempfile.TemporaryDirectory(prefix="halvik-tls-") as place, contextlib.ExitStack() as stack:
         folder = pathlib.Path(place)
         (folder / "authority").mkdir()
-        authority = tls.Authority(folder / "authority")
-        authority.trust(folder)
+        authority = Authority(folder / "authority")
+        tls.trust(authority, folder)
         stack.callback(isolation.uncover, tls.MACHINE_CERTIFICATES)
         (folder / "hosts").write_text(f"127.0.0.1 localhost {tls.HOST}\n")
         isolation.cover("/etc/hosts", folder / "hosts")
         stack.callback(isolation.uncover, "/etc/hosts")
         receiver = tls.Receiver()
         stack.callback(receiver.close)
-        web = tls.WebServer(folder / "nginx", authority.issue(folder / "server"), receiver.port,
+        web = tls.WebServer(folder / "nginx", authority.issue(folder / "server", tls.HOST), receiver.port,
                             "client_max_body_size 8m;")
         stack.callback(web.close)
         yield Upload(receiver)

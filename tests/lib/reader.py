@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 Halvik
 # SPDX-License-Identifier: Apache-2.0
 
-"""What the tests share that have halvik-report read the report of a run."""
+"""Runs in the lab whose reports halvik-report reads."""
 
 import json
 import os
@@ -11,10 +11,6 @@ import tempfile
 
 import builds
 import labs
-import scenarios
-
-EXPECTED = json.loads(pathlib.Path(__file__).with_name("expected_findings.json").read_text(encoding="utf-8"))
-PAIRS = EXPECTED["pairs"]
 
 # Runs in which nothing is wrong: whether the Skivra is installed, and the options.
 CLEAR_RUNS = {
@@ -28,15 +24,6 @@ CLEAR_RUNS = {
 def program():
     """Beside the program that writes the reports, unless HALVIK_REPORT names another."""
     return pathlib.Path(os.environ.get("HALVIK_REPORT") or pathlib.Path(builds.program()).with_name("halvik-report"))
-
-
-def expected(scenario):
-    """The findings of a scenario, or of several joined by "+", those of the first one first."""
-    return [finding for each in scenario.split("+") for finding in EXPECTED["scenarios"][each]]
-
-
-def shows_in_a_report(scenario):
-    return bool(expected(scenario))
 
 
 def observe(scenario):

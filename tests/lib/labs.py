@@ -21,13 +21,14 @@ import time
 import traceback
 import unittest
 
-FOLDER = pathlib.Path(__file__).resolve().parents[2] / "lab"
-LAB = FOLDER / "lab"
 import builds
 import program_tests
 import reaper
 import scenarios
+from project import ROOT
 
+FOLDER = ROOT / "lab"
+LAB = FOLDER / "lab"
 DOMAIN = "shop.example"  # the one that some scenarios are about
 SKIPPED = 77  # the status by which a test file says that it was skipped whole
 UNABLE = 3  # the lab's, where a machine permits none

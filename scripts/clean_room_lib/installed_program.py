@@ -11,6 +11,7 @@ import tempfile
 import isolation
 import report_text
 import tls
+from authority import Authority
 from clean_room_lib import window
 from clean_room_lib.summary import ROOT, Failure
 from clean_room_lib.tree import USER
@@ -20,11 +21,11 @@ def try_program(summary, tree, with_window):
     isolation.raise_loopback()
     with tempfile.TemporaryDirectory() as name:
         folder = pathlib.Path(name)
-        authority = tls.Authority(folder)
+        authority = Authority(folder)
         shutil.copy(f"{authority.path}.pem", tree.file("/usr/local/share/ca-certificates/clean-room.crt"))
         tree.file("/etc/hosts").write_text(f"127.0.0.1 localhost clean-room {tls.HOST}\n")
         receiver = tls.Receiver()
-        web = tls.WebServer(folder / "nginx", authority.issue(folder / "server"), receiver.port)
+        web = tls.WebServer(folder / "nginx", authority.issue(folder / "server", tls.HOST), receiver.port)
         try:
             if not with_window:
                 try_without_window(summary, tree, receiver)
