@@ -18,10 +18,9 @@ namespace {
 int executeWindow(int& /*argc*/, char** argv, const app::ControllerFactory& /*makeController*/) {
   std::string problem = platform::windowLibraryProblem();
   if (problem.empty()) {
-    const int error = platform::executeHelper("halvik-diagnostic-window", argv);
-    problem = std::string(std::strerror(error)) + "; the option -s runs without one";
+    problem = std::strerror(platform::executeHelper("halvik-diagnostic-window", argv));
   }
-  text::log("cannot open the window: " + problem);
+  text::log("cannot open the window: " + problem + "; the option -s runs without one");
   return EXIT_FAILURE;
 }
 

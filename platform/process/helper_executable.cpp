@@ -3,6 +3,7 @@
 
 #include "platform/process/helper_executable.h"
 
+#include <dlfcn.h>
 #include <unistd.h>
 #include <uv.h>
 
@@ -51,6 +52,12 @@ int executeHelper(const std::string& name, char* const* argv) {
   restoreStartingDescriptorLimit();
   execv(path.c_str(), argv);
   return errno;
+}
+
+std::string windowLibraryProblem() {
+  return dlopen(HALVIK_WINDOW_LIBRARY, RTLD_LAZY) != nullptr
+             ? ""
+             : std::string(dlerror()) + "; install the package " HALVIK_WINDOW_PACKAGE;
 }
 
 }  // namespace platform

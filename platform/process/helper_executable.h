@@ -18,8 +18,8 @@ std::string helperPath(const std::string& name);
 /// be called before an EventLoop exists.
 int executeHelper(const std::string& name, char* const* argv);
 
-/// Why the window's libraries cannot be loaded, and what to install; empty if they can be, or where
-/// the window brings its own.
+/// Why the window's libraries cannot be loaded, and which package to install, which the system's
+/// loader would not say; empty if they can be.
 std::string windowLibraryProblem();
 
 }  // namespace platform

@@ -103,7 +103,7 @@ class HelperExecutableTest(program_tests.ProgramTest):
         ended = self.finish(self.start(builds.program(), []))
         self.assertEqual((ended.status, ended.stdout, len(ended.messages)), (1, b"", 1))
         self.assertRegex(ended.messages[0], "^cannot open the window: .*libQt6Widgets.so.6: file too short; "
-                                            "install the package libqt6widgets6, or use the option -s")
+                                            "install the package libqt6widgets6; the option -s runs without one$")
 
     def test_of_the_upload_that_is_missing_is_a_failed_upload(self):
         """The plan cannot be run here: the copy of the program that has other commands."""
