@@ -18,6 +18,13 @@ class RedirectTest(HostileTest):
         ended = self.submit(http_server.reply(b"", 307, ["Location: /diagnosticsubmit"]))
         self.assert_refused(ended, "the redirect to .* is refused: .*", connections=21)
 
+    def test_long_heads(self):
+        """The heads of all replies count together: sixteen of 4 KiB are as many bytes as they may have."""
+        fields = ["Location: /again", "X: "]
+        fields[1] += "x" * (4096 - len(http_server.head(302, 0, ["Connection: close", *fields])))
+        ended = self.submit(http_server.reply(b"", 302, fields))
+        self.assert_refused(ended, "no usable reply: its head is too long", connections=17)
+
     def test_to_other_protocols(self):
         for target in ("file:///etc/hostname", "data:text/plain,https://a", "ftp://127.0.0.1/a", "javascript:alert(1)",
                        "http://", "mailto:a@halvik.example", "qrc:/a"):
@@ -52,7 +59,7 @@ class RedirectTest(HostileTest):
 
     def test_what_another_server_gets(self):
         """The report only where the same request is asked for again."""
-        for status, method in ((302, "GET"), (303, "GET"), (307, "POST"), (308, "POST")):
+        for status, method in ((301, "GET"), (302, "GET"), (303, "GET"), (307, "POST"), (308, "POST")):
             with self.subTest(status=status):
                 other = self.serve(http_server.reply(RESULTS_URL))
                 ended = self.submit(http_server.reply(b"", status, ["Location: " + other.url("/there")]))

@@ -5,6 +5,7 @@
 
 import gzip
 import os
+import socket
 import zlib
 
 import http_server
@@ -12,6 +13,7 @@ import isolation
 import polling
 import program_tests
 import report_text
+import upload_form
 from hostile_servers import (CHUNKED, CUT, MEMORY_KB_MAX, OK, PATIENCE, RESULTS_URL, STALL, HostileTest, floods, sends,
                              trickles)
 
@@ -169,6 +171,17 @@ class LyingTest(HostileTest):
                 ended = self.run_test_build(["-s"], ["cat filler"], submit=server.url())
                 self.assert_submission_failed(ended, report)
                 self.assertRegex(ended.messages[0], reason + "$")
+
+    def test_an_answer_before_a_small_report_was_read(self):
+        """The system has taken all of it by then; whether the server has read it, a client cannot know."""
+        def script(exchange):
+            polling.wait_until(lambda: exchange.connection.recv(65536, socket.MSG_PEEK).endswith(upload_form.TAIL),
+                               "the system has the report")
+            exchange.send(http_server.head(200, len(RESULTS_URL)) + RESULTS_URL)
+            exchange.wait_until_closed_by_client()
+
+        server = self.serve(script, at_connect=True)
+        self.assert_accepted(self.run_test_build(["-s"], submit=server.url()), RESULTS_URL)
 
 
 isolation.run_tests()
