@@ -54,6 +54,8 @@ void CurlTransfer::setUpPolicy(const std::string& proxy) {
     set(CURLOPT_PROXY, proxy.c_str());
   }
   set(CURLOPT_PROXYAUTH, CURLAUTH_ANY);
+  // Without a name in the proxy's URL, the user's Kerberos ticket counts.
+  set(CURLOPT_PROXYUSERPWD, ":");
   set(CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
   set(CURLOPT_NOSIGNAL, 1L);
   // A thread that still looks up a name does not hold up the end.
