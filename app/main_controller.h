@@ -93,7 +93,7 @@ class MainController : public report::HttpProtocol, public diagnostics::CommandS
   bool submitResults();
   void onHttpDone(const report::Http& client) override;
   void onHttpError(const report::Http& client) override;
-  /// Writes the report to `path`, and tells whether it worked; a failure is logged. In a windowed
+  /// Writes the report to `path`, and returns whether it worked; a failure is logged. In a windowed
   /// run the file is then opened in an editor.
   bool writeToPath(const std::string& path);
   /// Writes the report to where it is kept when it could not be delivered: the Desktop, or else a
@@ -155,8 +155,8 @@ class MainController : public report::HttpProtocol, public diagnostics::CommandS
   /// Whether the report is going to be uploaded.
   bool willUpload() const;
   bool didSaveIn(const std::string& folder);
-  /// Prints on standard output, and tells whether it worked. A failure costs what could not be
-  /// printed, and is the error that the run ends with.
+  /// Prints to standard output, and returns whether it worked. What cannot be printed is lost; the
+  /// run ends with the error.
   bool didPrint(const text::Buffers& text);
   /// Ends the process, with `status` if everything could be printed.
   [[noreturn]] void endSilentRun(int status);

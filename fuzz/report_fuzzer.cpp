@@ -100,9 +100,9 @@ Text typed(std::string_view field) {
   return trimmed;
 }
 
-bool isAmong(const text::Buffers& pieces, const std::string& text) {
-  for (const std::string_view piece : pieces) {
-    if (piece.data() == text.data() && piece.size() == text.size()) {
+bool isAmong(const text::Buffers& buffers, const std::string& text) {
+  for (const std::string_view buffer : buffers) {
+    if (buffer.data() == text.data() && buffer.size() == text.size()) {
       return true;
     }
   }
@@ -118,9 +118,9 @@ void addBlock(text::Buffers& report, const Command& command) {
   fuzz::check(text::join(block) == formatSlowly(command), "a block has its form");
 }
 
-void checkUntilNul(const text::Buffers& pieces, const std::string& whole) {
+void checkUntilNul(const text::Buffers& buffers, const std::string& whole) {
   const std::string beginning = untilNulSlowly(whole);
-  fuzz::check(text::join(text::untilNul(pieces)) == beginning, "pieces end at the first NUL");
+  fuzz::check(text::join(text::untilNul(buffers)) == beginning, "buffers end at the first NUL");
   fuzz::check(text::untilNul(std::string_view(whole)) == beginning, "a text ends at the first NUL");
 }
 

@@ -9,7 +9,7 @@ The files of rules and names are in the folder scenarios.
 import dataclasses
 
 # What the submission endpoint does with a report.
-ANSWERS, FAILS, TWO_PIECES, CLOSES, STALLS = "answers", "fails", "two-pieces", "closes", "stalls"
+ANSWERS, FAILS, TWO_HALVES, CLOSES, STALLS = "answers", "fails", "two-halves", "closes", "stalls"
 
 # Whether the user's machine has an address and a route.
 ATTACHED, NO_ROUTE, NO_ADDRESS = "attached", "no-route", "no-address"
@@ -117,8 +117,8 @@ SCENARIOS = {
     "skivra-bypassed": Scenario("the user's machine asks the home router, not the Skivra's resolver",
                                 nameserver="192.168.1.1", needs=WITH_SKIVRA),
     "submission-500": Scenario("the submission endpoint answers with status 500", submission=FAILS),
-    "submission-two-pieces": Scenario("the endpoint sends its answer in two pieces, a second apart",
-                                      submission=TWO_PIECES),
+    "submission-two-halves": Scenario("the endpoint sends its answer in two halves, a second apart",
+                                      submission=TWO_HALVES),
     "submission-closes": Scenario("the endpoint closes the connection in the middle of its answer", submission=CLOSES),
     "submission-stalls": Scenario("the endpoint takes the report and never answers", submission=STALLS),
     "certificate-expired": Scenario("the endpoint's certificate has expired", certificate="expired"),

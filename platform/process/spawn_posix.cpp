@@ -20,7 +20,7 @@ namespace platform {
 
 namespace {
 
-// More than any system hands out unless told to, and still looked through within a blink.
+// Above every system's default, and few enough to check one by one.
 constexpr long descriptorsMax = 1'000'000;
 
 // Makes every descriptor that is open now one that closes when a command begins.

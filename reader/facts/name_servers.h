@@ -38,7 +38,7 @@ struct Query {
   std::string_view status{};
   std::vector<Answer> answers{};
   std::optional<double> timeMs{};
-  /// Address and port, as "192.0.2.53#53"; empty if not told.
+  /// Address and port, as "192.0.2.53#53"; empty if unknown.
   std::string_view answeredBy{};
   std::string_view when{};
   /// Why there was no answer.

@@ -19,7 +19,7 @@ PLACE = pathlib.Path("/tmp")  # which the unit tests' framework writes to, whate
 START = f'mount -t tmpfs none {PLACE} && cd {PLACE} && ip link set lo up && '
 WRITE_PROTECT = "mount -o remount,bind,ro / && "
 GO = 'ulimit -S -t "$1" && shift && { "$@"; exit $?; }'
-ENDLESS = 128 + signal.SIGXCPU  # the status, as the shell tells it, of what used up its time
+ENDLESS = 128 + signal.SIGXCPU  # the status, as the shell reports it, of what used up its time
 
 
 class NotPermitted(Exception):

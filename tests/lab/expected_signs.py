@@ -182,7 +182,7 @@ SIGNS = {
         sign(STDERR, "server replied: 500 Internal Server Error"),
         in_none(STDERR, r"could not save diagnostic_results\.txt"),
     ],
-    "submission-two-pieces": [
+    "submission-two-halves": [
         sign(STDOUT, r"^url=lvik\.example/results/[0-9]+$"),
     ],
     "submission-closes": [
