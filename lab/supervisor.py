@@ -15,9 +15,9 @@ import subprocess
 import sys
 import threading
 
+import control_socket
 import lab
 import reaper
-import rendezvous
 import servers
 
 FAILURES = (OSError, subprocess.CalledProcessError, servers.ServerFailed)
@@ -37,7 +37,7 @@ class Service:
         self.ended = False
 
     def answer(self, connection):
-        (request, *words), _ = rendezvous.receive(connection)
+        (request, *words), _ = control_socket.receive(connection)
         try:
             if request != "down":
                 self._lab.check()
@@ -45,7 +45,7 @@ class Service:
         except FAILURES as failure:
             reply = {"error": message_of(failure)}
         descriptors = [reply.pop("descriptor")] if "descriptor" in reply else []
-        rendezvous.send(connection, reply, descriptors)
+        control_socket.send(connection, reply, descriptors)
         for descriptor in descriptors:
             os.close(descriptor)
 
@@ -72,7 +72,7 @@ class Service:
 def end_with(starter):
     """Ends the lab as soon as the command that started it does, unless that asks it to stay."""
     while word := starter.recv(16):
-        if word == rendezvous.STAY:
+        if word == control_socket.STAY:
             return
     os._exit(1)
 
@@ -84,14 +84,14 @@ def serve(starter, listener, *settings):
     try:
         the_lab.build()
     except FAILURES as failure:
-        rendezvous.send(starter, {"error": message_of(failure)})
+        control_socket.send(starter, {"error": message_of(failure)})
         sys.exit(1)
-    rendezvous.send(starter, {})
+    control_socket.send(starter, {})
     service = Service(the_lab)
     while not service.ended:
         connection, _ = listener.accept()
         with connection:
-            if rendezvous.is_from_root(connection):
+            if control_socket.is_from_root(connection):
                 try:
                     service.answer(connection)
                 except ConnectionError:

@@ -8,9 +8,9 @@ import re
 import signal
 import subprocess
 
+import control_socket
 import machine
 import namespaces
-import rendezvous
 from commands import executables, running_lab
 
 # The root folder is not that of the mount namespace where the lab was started in a chroot.
@@ -48,8 +48,8 @@ def variables():
 
 
 def run_in_machine(name, words, as_user=True, on=namespaces.MACHINE):
-    answer, (descriptor,) = rendezvous.request(name, "machine", on)
-    target = rendezvous.pid_behind(descriptor)
+    answer, (descriptor,) = control_socket.request(name, "machine", on)
+    target = control_socket.pid_behind(descriptor)
     privileges = ["setpriv", "--pdeathsig", "KILL"]
     if as_user:
         privileges += ["--reuid", str(answer["uid"]), "--regid", str(answer["gid"]), "--clear-groups",

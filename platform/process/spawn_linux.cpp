@@ -58,8 +58,8 @@ struct Start {
   int error = 0;
 };
 
-// Libraries ignore signals behind our back, SIGPIPE for one; a shell pipeline in a command relies
-// on the default. The two signals that the C library keeps for itself refuse, and are never set.
+// Libraries make this process ignore signals such as SIGPIPE, whose default action a pipeline in a
+// command relies on. The two signals of the C library refuse, and are never changed.
 void resetSignals() {
   for (int signal = 1; signal < NSIG; ++signal) {
     if (!staysIgnored(signal)) {

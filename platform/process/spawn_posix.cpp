@@ -36,8 +36,8 @@ bool closeOnExec() {
   return true;
 }
 
-// No signal is blocked, and none ignored but those that staysIgnored() names. Libraries ignore
-// signals, SIGPIPE for one; a shell pipeline in a command relies on the default.
+// Libraries make this process ignore signals such as SIGPIPE, whose default action a pipeline in a
+// command relies on.
 void setSignals(posix_spawnattr_t& attributes) {
   sigset_t set;
   sigemptyset(&set);
