@@ -1,9 +1,8 @@
 // SPDX-FileCopyrightText: 2026 Halvik
 // SPDX-License-Identifier: Apache-2.0
 
-// The one central object of the program: it owns the run, from the options to the delivered report.
-// Its operations are defined in the folder of their subject, in the order in which they are grouped
-// here. Main thread only.
+// The central object of the program, for the main thread only: it owns the run, from the options to
+// the delivered report. Each group of its operations is defined in the folder of its subject.
 
 #pragma once
 

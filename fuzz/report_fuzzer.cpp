@@ -2,9 +2,9 @@
 // SPDX-License-Identifier: Apache-2.0
 
 // Input: fields separated by the byte 31: account and ticket, then name, standard output and
-// standard error of each command. A field that is a single "~" is absent. Properties: the report is
-// what its parts make when they are joined one behind the other, what a command printed is not
-// copied, and account, ticket and the text up to the first NUL are cut as a slow reading cuts them.
+// standard error of each command; a single "~" means absent. Properties: the report is its parts
+// one behind the other, what a command printed is not copied, and account, ticket and the text up
+// to the first NUL are cut as by the slow reference.
 
 #include <optional>
 #include <string>

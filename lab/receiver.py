@@ -3,9 +3,9 @@
 
 """The submission endpoint behind its web server: keeps each upload and answers with the address of its results page.
 
-The arguments: the folder of the uploads, that of the results pages, the file that says how to behave, the service's
-address in front of which a page's number is put, and the program that makes a page of a report, if it is there. An
-upload is a numbered folder with the request's "head" and "body" as they came and, when the body is the form of one
+usage: receiver.py UPLOADS RESULTS BEHAVIOUR ADDRESS READER     two folders, a file, the results' URL, halvik-report
+
+An upload is a numbered folder with the request's "head" and "body" as they came and, when the body is the form of one
 report, the "report" in it.
 """
 

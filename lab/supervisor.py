@@ -3,9 +3,9 @@
 
 """The process that holds a lab: everything lives in its namespaces and ends with it.
 
-It is started in new mount, network, process, host name and IPC namespaces with two sockets: one that leads to the
-command that starts the lab, one on which it listens for requests. It builds the lab, reports that on the first, and
-then serves the second. If the command ends without having asked it to stay, it ends at once.
+It is started in new mount, network, process, host name and IPC namespaces, builds the lab, reports that on a socket to
+the command that starts the lab, and then serves its control socket. If that command ends without having asked it to
+stay, it ends at once.
 """
 
 import os

@@ -13,9 +13,9 @@ namespace text {
 /// before the first line.
 void setProcessName(std::string_view path);
 
-/// Writes `message` to standard error behind date, time with milliseconds, the process's name and
-/// its number, and ends it with a line feed unless it has one. One write for the whole, so that
-/// lines of several programs do not mix. What standard error does not take is lost.
+/// Writes `message` as a line to standard error, behind date, time with milliseconds, process name
+/// and number; what cannot be written is lost. One write for all, so that the lines of several
+/// programs do not mix.
 void log(std::string_view message);
 
 // One line on the terminal that is rewritten in place while a run without a window goes on.

@@ -17,9 +17,9 @@ from commands import executables, running_lab
 ENTER = ["--root", "--wd", "--mount", "--net", "--pid", "--uts", "--ipc", "--"]
 KEPT_VARIABLES = re.compile(r"TERM|LANG|LC_.*|DISPLAY|XAUTHORITY|QT_.*|DBUS_SESSION_BUS_ADDRESS|(A|L|UB)SAN_OPTIONS")
 
-# Runs in a mount namespace of the command's own. Mounts the program and the working directory, so that the lab's user
-# reaches them whatever the permissions of the folders above them, and the machine's X sockets where the lab has none.
-# A folder that exists in the lab is not hidden, unless it is an empty one that an earlier command's mount has left.
+# In a mount namespace of the command's own, mounts the program and the working directory, whatever the permissions of
+# the folders above them, and the machine's X sockets where the lab has none. Of the lab's own folders, it hides only
+# empty ones that an earlier command's mount has left.
 PREPARE = """
 outside=$1 program=$2 folder=$3 screens=/tmp/.X11-unix left=/run/working-directories
 shift 3
@@ -68,7 +68,7 @@ def run_at_place(name, place, words):
 
 
 def run(target, words, environment=None):
-    """Runs a command in namespaces of a process. It ends when this one does. Returns its status as a shell does."""
+    """Runs a command, which ends with this process, in namespaces of a process; returns its status as a shell does."""
     process = subprocess.Popen(["setpriv", "--pdeathsig", "KILL", "nsenter", "--target", str(target), *words],
                                env=environment)
     try:

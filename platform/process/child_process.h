@@ -15,11 +15,9 @@
 
 namespace platform {
 
-/// A command whose standard output and standard error are read through pipes. It inherits standard
-/// input, environment and working directory, starts with no signal ignored or blocked, and has none
-/// of this program's other descriptors. What it prints and how it ends is for the owner to judge:
-/// the exit status is not kept. A signal that ends the program is passed on to it as a request to
-/// end.
+/// A command whose standard output and standard error are read through pipes; its exit status is
+/// not kept. It inherits standard input, environment and working directory, but no other descriptor
+/// of this program, and is ended by a signal that ends the program.
 class ChildProcess {
  public:
   enum class Stream { output, error };

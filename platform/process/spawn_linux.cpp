@@ -17,10 +17,9 @@
 #include "platform/process/spawn.h"
 #include "platform/process/termination_signals.h"
 
-// posix_spawn gives the child a copy of the parent's whole table of descriptors, which it then
-// closes one by one. Every running command has three descriptors here, so that the cost of starting
-// thousands of them grew with the square of their number. This child borrows the table, and takes a
-// copy of its first few entries only.
+// posix_spawn gives the child a copy of the whole descriptor table, with three entries for each
+// running command, so that the time to start thousands grew with the square of their number. This
+// child shares the table, and copies only its first few entries.
 
 namespace platform {
 

@@ -28,7 +28,8 @@ bool hasResult(const Report& report, const PlannedBlock* planned) {
 }
 
 /// Whether the other report has all that the finding of this one rests on.
-bool isComparable(const Finding& finding, const ReportReading& reading, const ReportReading& other) {
+bool isComparable(const Finding& finding, const ReportReading& reading,
+                  const ReportReading& other) {
   return std::ranges::all_of(finding.evidence, [&](const Source& source) {
     return hasResult(other.report, reading.report.blocks[source.block].planned);
   });
@@ -50,7 +51,8 @@ std::string findingsOnlyIn(const ReportReading& one, const ReportReading& other,
   std::string text;
   for (const Finding& finding : one.findings) {
     if (withId(other, finding.id) == nullptr) {
-      text += findingLine(isComparable(finding, one, other) ? labels.absent : labels.unknown, finding);
+      text +=
+          findingLine(isComparable(finding, one, other) ? labels.absent : labels.unknown, finding);
     }
   }
   return text;
@@ -154,10 +156,8 @@ std::string paragraph(const std::string& heading, const std::string& text) {
 
 std::string comparisonOf(const ReportReading& before, const ReportReading& later) {
   std::string text =
-      findingsOnlyIn(later, before,
-                     {"new: ", "found now, unknown in the earlier report: "}) +
-      findingsOnlyIn(before, later,
-                     {"gone: ", "found before, unknown in the later report: "});
+      findingsOnlyIn(later, before, {"new: ", "found now, unknown in the earlier report: "}) +
+      findingsOnlyIn(before, later, {"gone: ", "found before, unknown in the later report: "});
   for (const Finding& finding : later.findings) {
     if (withId(before, finding.id) != nullptr) {
       text += findingLine("still: ", finding);

@@ -3,9 +3,8 @@
 
 """Runs commands where a changed program can do no harm, and ends them.
 
-What was changed by chance may send, write or start anything. So it runs without a network, where nothing can be
-written but an empty folder (by root; others can write little anyway), and with process numbers of its own: when the
-first process ends, all do.
+A changed program may send, write or start anything. So it runs without a network, where root can write nothing
+but an empty folder, and in a process namespace of its own, which ends with its first process.
 """
 
 import os

@@ -4,8 +4,8 @@
 """Makes single system calls of a program fail, and lets all others through.
 
 The kernel stops every call that a filter names and asks us for its result (a "user notification" of seccomp). Unlike
-with a tracer, "the 17th mmap" is one call of all threads, commands are let through once they run a program of their own,
-and the leak checker works.
+with a tracer, "the 17th mmap" is one call of all threads, commands are let through once they run their own program, and
+the leak checker works.
 """
 
 import ctypes
