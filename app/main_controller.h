@@ -145,7 +145,7 @@ class MainController : public report::HttpProtocol, public diagnostics::CommandS
   std::int32_t tailSize = 0;
   std::int32_t maxPostSize = 0;
   std::unique_ptr<report::Http> http;
-  /// How long an upload may stand still.
+  /// How long an upload may make no progress.
   std::chrono::milliseconds stallLimit = report::Http::usualStallLimit;
 
  private:

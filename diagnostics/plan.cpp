@@ -22,7 +22,7 @@ std::string inSkivraFolder(const std::string& name) {
   return std::string(skivraFolder) + '/' + name;
 }
 
-// A domain that was named and is none keeps its tests away.
+// A name without a dot is no domain: its tests are left out.
 bool hasDot(const std::string& domain) {
   return domain.find('.') != std::string::npos;
 }

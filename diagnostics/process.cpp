@@ -92,8 +92,7 @@ void Process::terminatedNotification(const platform::ChildProcess& ended) {
   if (&ended != task.get()) {
     throw std::logic_error("assertion failed in terminatedNotification of Process");
   }
-  // Before the streams are drained: what the loop may still have to say about new data is then
-  // passed over.
+  // First, so that the handlers ignore data that the loop still reports.
   finished = true;
   task->readToEnd(stdOutData, stdErrData);
   stdOutStr = decode(stdOutData);

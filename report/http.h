@@ -35,7 +35,7 @@ class HttpProtocol {
 /// finished, reply data arrived and the status at that moment was below 400.
 class Http final : private platform::HttpConnectionDelegate {
  public:
-  /// How long an upload may stand still before it fails.
+  /// How long an upload may make no progress before it fails.
   static constexpr std::chrono::milliseconds usualStallLimit{60'000};
 
   /// Starts the upload of `data` to `url`; `loop` and `receiver` must outlive the client. With no

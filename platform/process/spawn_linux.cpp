@@ -70,7 +70,7 @@ void resetSignals() {
   sigprocmask(SIG_SETMASK, &none, nullptr);
 }
 
-// Runs in the child, on memory that it shares with the parent, which stands still meanwhile.
+// Runs in the child, on memory that it shares with the parent, which waits meanwhile.
 int runChild(void* context) {
   auto& start = *static_cast<Start*>(context);
   const auto behindLow = static_cast<unsigned>(std::max(start.low.output, start.low.error)) + 1;
