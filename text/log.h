@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 Halvik
 // SPDX-License-Identifier: Apache-2.0
 
-// The program's lines for people.
+// Log lines on standard error, and a progress line on a terminal.
 
 #pragma once
 

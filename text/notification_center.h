@@ -1,8 +1,7 @@
 // SPDX-FileCopyrightText: 2026 Halvik
 // SPDX-License-Identifier: Apache-2.0
 
-// The process-wide place where an object announces something to those who asked to hear it. Main
-// thread only.
+// The process-wide notification center, by which an object calls its observers. Main thread only.
 
 #pragma once
 
@@ -15,8 +14,7 @@
 
 namespace text {
 
-/// Finds the observers of an announcement by its name and its object in constant time, however many
-/// objects there are.
+/// Finds the observers of a notification by its name and its object in constant time.
 class NotificationCenter {
  public:
   using Handler = std::function<void()>;

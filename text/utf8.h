@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 Halvik
 // SPDX-License-Identifier: Apache-2.0
 
-// Text is UTF-8 in std::string; these are the questions about it that the program asks.
+// UTF-8 text in std::string: validation, conversion, lengths.
 
 #pragma once
 

@@ -24,7 +24,7 @@ class Control {
   virtual void setEnabled(bool enabled) = 0;
 };
 
-/// A button; what it does is the window's to say.
+/// A button; the window decides what it does.
 class Button : public Control {};
 
 /// What encloses a text view.
