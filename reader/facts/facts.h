@@ -90,8 +90,8 @@ struct WebCheck {
   std::string_view text{};
   std::string_view page{};
   std::string_view date{};
-  /// It comes from a store on the way, so its date is that of an earlier time.
-  bool isStored = false;
+  /// It comes from a cache, so its date is that of an earlier time.
+  bool isCached = false;
   Kind kind = Kind::unknown;
   std::string_view error{};
   Source source{};

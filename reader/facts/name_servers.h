@@ -43,7 +43,7 @@ struct Query {
   std::string_view when{};
   /// Why there was no answer.
   std::string_view error{};
-  /// The line that tells the outcome.
+  /// The line with the result.
   Source source{};
 
   bool isAnswered() const { return !status.empty(); }

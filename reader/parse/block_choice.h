@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 // Which of the lines that look like the beginning of a block are one. What a command prints may
-// hold such lines, even whole reports; the order of the plan tells the real ones.
+// hold such lines, even whole reports; the order of the plan shows the real ones.
 
 #pragma once
 
