@@ -5,9 +5,9 @@
 
 usage: machine.py CERTIFICATE USER GROUP NAME     the certificate to trust, the numbers, the machine's name
 
-Started in new mount, process, host name and IPC namespaces, it makes a root folder, prints "ready" and then reaps
-processes for ever. The root has the host's folders, but its own /etc, /run, /tmp, /var/tmp, /Library and /var/log, the
-user's disk in /lab, and the host's root folder, for root only, in OUTSIDE.
+Started in new mount, process, host name and IPC namespaces, it makes a root folder of the host's folders, but its own
+/etc, /run, /tmp, /var/tmp, /Library and /var/log, the user's disk in /lab and, for root only, the host's root folder in
+OUTSIDE, prints "ready" and then reaps processes for ever.
 """
 
 import os

@@ -4,8 +4,7 @@
 """The process that holds a lab: everything lives in its namespaces and ends with it.
 
 It is started in new mount, network, process, host name and IPC namespaces, builds the lab, reports that on a socket to
-the command that starts the lab, and then serves its control socket. If that command ends without having asked it to
-stay, it ends at once.
+the command that starts the lab, and then serves its control socket; it ends with that command unless asked to stay.
 """
 
 import os

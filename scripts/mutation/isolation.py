@@ -3,8 +3,8 @@
 
 """Runs commands where a changed program can do no harm, and ends them.
 
-A changed program may send, write or start anything. So it runs without a network, where root can write nothing
-but an empty folder, and in a process namespace of its own, which ends with its first process.
+A changed program may send, write or start anything: it runs without a network, where root can write nothing but an
+empty folder, and in a process namespace of its own, which ends with its first process.
 """
 
 import os

@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 Halvik
 # SPDX-License-Identifier: Apache-2.0
 
-"""The output expected in each scenario, as patterns. Other scenarios do not match all of them, except those of "clear".
+"""The output expected in each scenario, as patterns that no other scenario matches all, except those of "clear".
 
 From "submission-500" on, only what the program prints differs from "clear", as the plan does not test that endpoint.
 """

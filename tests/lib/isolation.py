@@ -3,8 +3,8 @@
 
 """Namespaces for a test file: no packet leaves the machine, and the machine's files can be covered.
 
-Every test file that runs the program runs inside a network namespace, with the loopback interface only, and a mount
-namespace. Where a machine forbids these, the test files and the single tests that need one are skipped.
+Every test file that runs the program runs inside a mount namespace and a network namespace with the loopback interface
+only; where a machine forbids these, the test files and the single tests that need one are skipped.
 """
 
 import fcntl

@@ -1,11 +1,10 @@
 # SPDX-FileCopyrightText: 2026 Halvik
 # SPDX-License-Identifier: Apache-2.0
 
-"""Makes single system calls of a program fail, and lets all others through.
+"""Makes single system calls of a program fail by user notifications of seccomp: the kernel asks us for a call's result.
 
-The kernel stops every call that a filter names and asks us for its result (a "user notification" of seccomp). Unlike
-with a tracer, "the 17th mmap" is one call of all threads, commands are let through once they run their own program, and
-the leak checker works.
+Unlike with a tracer, "the 17th mmap" is one call of all threads, commands are let through once they run their own
+program, and the leak checker works.
 """
 
 import ctypes
@@ -91,10 +90,10 @@ class Call:
 
 
 class Gate:
-    """Stands before the system calls of one program and of its descendants.
+    """Stops the system calls of one program, started with `enter` as its preexec_fn, and of its descendants.
 
-    Pass `enter` as preexec_fn. `decide` runs in a thread of its own: it gets each call of the program, and returns the
-    errno with which it fails, or 0.
+    `decide` runs in a thread of its own: it gets each call of the program, and returns the errno with which it fails,
+    or 0.
     """
 
     def __init__(self, program, decide, stop=(), let_through=None):

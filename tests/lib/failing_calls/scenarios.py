@@ -110,8 +110,8 @@ class Fallback(Scenario):
 class Window(Scenario):
     """A run is started in the window, and the window is closed when the outcome is shown.
 
-    Calls fail only once the start button is pressed: what Qt, its fonts and the X server need before that is not this
-    program's. If the upload fails, calls succeed again, and a second run in the same window has to be delivered.
+    Calls fail once the start button is pressed, as what Qt needs before is not this program's; after a failed upload
+    they succeed again, and a second run in the same window has to be delivered.
     """
 
     name = "window"
