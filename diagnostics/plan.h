@@ -78,8 +78,7 @@ std::vector<std::string> beaconLogFolders();
 std::vector<std::string> orderByCreation(const std::string& folder,
                                          std::vector<platform::FolderEntry> entries);
 
-/// The shell command line that prints the file at `path`. The path stands between double quotes and
-/// is not escaped.
+/// The shell command line that prints the file at `path`, between double quotes, not escaped.
 std::string readerCommandLine(const std::string& path);
 
 }  // namespace diagnostics

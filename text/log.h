@@ -14,8 +14,7 @@ namespace text {
 void setProcessName(std::string_view path);
 
 /// Writes `message` as a line to standard error, behind date, time with milliseconds, process name
-/// and number; what cannot be written is lost. One write for all, so that the lines of several
-/// programs do not mix.
+/// and number. It is one write, so that lines do not mix; what cannot be written is lost.
 void log(std::string_view message);
 
 // One line on the terminal that is rewritten in place while a run without a window goes on.
@@ -27,8 +26,7 @@ bool canShowProgressLine();
 /// ASCII is replaced, so that it holds nothing that a terminal obeys.
 void showProgressLine(std::string_view line);
 
-/// Removes the line if one is shown, so that something else can be printed. It is
-/// async-signal-safe.
+/// Removes the line if one is shown, to print something else; async-signal-safe.
 void eraseProgressLine();
 
 }  // namespace text

@@ -25,8 +25,7 @@ class NotificationCenter {
     return center;
   }
 
-  /// Calls `handler` on every post of `name` by `object`, in the order of registration, until the
-  /// object is forgotten.
+  /// Calls `handler` on every post of `name` by `object`, in order, until forget(`object`).
   void addObserver(std::string_view name, const void* object, Handler handler) {
     observations[object].emplace_back(name, std::move(handler));
   }
@@ -43,8 +42,7 @@ class NotificationCenter {
     }
   }
 
-  /// Ends every observation of `object`; called by its destructor, since a later object may get the
-  /// same address.
+  /// Ends every observation of `object`, before another object may get its address.
   void forget(const void* object) { observations.erase(object); }
 
  private:

@@ -15,8 +15,7 @@ namespace text {
 /// gone away is none: it has seen what it wanted, and the rest of the delivery goes on.
 std::error_code writeStandardOutput(const Buffers& bytes);
 
-/// Writes all of `bytes` to `fd`, waiting where it has to. Returns 0, or the number of the system's
-/// error.
+/// Writes all of `bytes` to `fd`, waiting where it has to; returns 0 or the error number.
 int writeAll(int fd, const Buffers& bytes);
 
 }  // namespace text

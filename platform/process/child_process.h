@@ -39,16 +39,14 @@ class ChildProcess {
   /// data). Throws std::system_error naming the path and the reason when it cannot be started.
   void launch(Handler exited);
 
-  /// Sends the command the termination signal if it still runs, and lets it take notice if it is
-  /// stopped.
+  /// Sends the command, if it still runs, the termination signal, and continues a stopped one.
   void terminate() const;
 
   /// Appends what is there to be read now to `buffer`, with one read. Does not wait.
   void readAvailable(Stream stream, ByteBuffer& buffer);
 
-  /// Reads both streams to their end and closes them. Waits as long as any descendant of the
-  /// command holds one open; the two are read side by side, since a writer that fills the one may
-  /// come to the other only afterwards.
+  /// Reads both streams, side by side, to their end and closes them. Waits as long as any
+  /// descendant of the command holds one open.
   void readToEnd(ByteBuffer& output, ByteBuffer& error);
 
   /// Reaps a command that has ended; readToEnd() does so as well.

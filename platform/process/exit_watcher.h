@@ -9,8 +9,7 @@
 
 namespace platform {
 
-/// Waits for one child process, as spawn() has started it, to exit, and leaves it to its owner to
-/// reap it. It takes no notice of other children.
+/// Waits for one child process of spawn() to exit, and leaves it to its owner to reap it.
 class ExitWatcher {
  public:
   /// `eventLoop` must outlive the watch.

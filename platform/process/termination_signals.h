@@ -10,9 +10,8 @@
 
 namespace platform {
 
-/// From here on a termination signal, unless it was ignored when the program was started, cleans
-/// up, at any moment, and then ends the program by its default action. A second call does nothing
-/// more.
+/// From here on a termination signal, unless it was ignored when the program was started, first
+/// cleans up and then ends the program by its default action. A second call does nothing more.
 void handleTerminationSignals();
 
 /// Whether `signal` is one that a terminal sends, and it was ignored when the program was started,
