@@ -103,7 +103,8 @@ def do_scenario(options, words):
     parser.add_argument("scenario", nargs="?")
     chosen = parser.parse_args(words)
     if chosen.scenario:
-        control_socket.request(options.name, "scenario", arguments.known_scenario(chosen.scenario, chosen.on), chosen.on)
+        scenario = arguments.known_scenario(chosen.scenario, chosen.on)
+        control_socket.request(options.name, "scenario", scenario, chosen.on)
         return
     arguments.expect(chosen.on == namespaces.MACHINE)
     present = []
