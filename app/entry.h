@@ -22,9 +22,8 @@ std::unique_ptr<MainController> makeMainController(platform::EventLoop& loop);
 using WindowedMode =
     std::function<int(int& argc, char** argv, const ControllerFactory& makeController)>;
 
-/// The whole program: decides on the mode and carries it out. Ends the process in the modes without
-/// a window, and returns the status of `runWindowed` otherwise. An uncaught exception is a fatal
-/// error.
+/// Runs the program in the mode that its options choose: without a window it ends the process,
+/// otherwise it returns the status of `runWindowed`. An uncaught exception is a fatal error.
 int runProgram(int argc, char** argv, const ControllerFactory& makeController,
                const WindowedMode& runWindowed);
 

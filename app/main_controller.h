@@ -1,9 +1,8 @@
 // SPDX-FileCopyrightText: 2026 Halvik
 // SPDX-License-Identifier: Apache-2.0
 
-// The one central object of the program: it owns the run, from the options to the delivered report.
-// Its operations are defined in the folder of their subject, in the order in which they are grouped
-// here. Main thread only.
+// The central object of the program, for the main thread only: it owns the run, from the options to
+// the delivered report. Each group of its operations is defined in the folder of its subject.
 
 #pragma once
 
@@ -93,7 +92,7 @@ class MainController : public report::HttpProtocol, public diagnostics::CommandS
   bool submitResults();
   void onHttpDone(const report::Http& client) override;
   void onHttpError(const report::Http& client) override;
-  /// Writes the report to `path`, and tells whether it worked; a failure is logged. In a windowed
+  /// Writes the report to `path`, and returns whether it worked; a failure is logged. In a windowed
   /// run the file is then opened in an editor.
   bool writeToPath(const std::string& path);
   /// Writes the report to where it is kept when it could not be delivered: the Desktop, or else a
@@ -146,7 +145,7 @@ class MainController : public report::HttpProtocol, public diagnostics::CommandS
   std::int32_t tailSize = 0;
   std::int32_t maxPostSize = 0;
   std::unique_ptr<report::Http> http;
-  /// How long an upload may stand still.
+  /// How long an upload may make no progress.
   std::chrono::milliseconds stallLimit = report::Http::usualStallLimit;
 
  private:
@@ -155,8 +154,8 @@ class MainController : public report::HttpProtocol, public diagnostics::CommandS
   /// Whether the report is going to be uploaded.
   bool willUpload() const;
   bool didSaveIn(const std::string& folder);
-  /// Prints on standard output, and tells whether it worked. A failure costs what could not be
-  /// printed, and is the error that the run ends with.
+  /// Prints to standard output, and returns whether it worked. What cannot be printed is lost; the
+  /// run ends with the error.
   bool didPrint(const text::Buffers& text);
   /// Ends the process, with `status` if everything could be printed.
   [[noreturn]] void endSilentRun(int status);

@@ -14,8 +14,7 @@
 
 namespace app {
 
-/// The value of a value option that was not given; distinct from every text, the empty one
-/// included.
+/// The value of a value option that was not given; distinct from every text.
 using NullMarker = std::monostate;
 
 /// The value of a flag, or of an option that takes a text. Texts are bytes as given.
@@ -40,8 +39,7 @@ using ParsedArguments = std::map<std::string, OptionValue>;
 /// null marker.
 using OptionValues = std::map<std::string, OptionValue>;
 
-/// The table of this program's options. `serviceDomain` and `submitHost` are shown in the help
-/// texts.
+/// The program's options. `serviceDomain` and `submitHost` are shown in the help texts.
 OptionTable makeOptionTable(const std::string& serviceDomain, const std::string& submitHost);
 
 /// Reads all of `arguments`, the program's own path included; whatever does not begin with "-" is

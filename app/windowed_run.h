@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 Halvik
 // SPDX-License-Identifier: Apache-2.0
 
-// A controller and its window, tied together.
+// A controller connected to its window.
 
 #pragma once
 

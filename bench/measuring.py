@@ -25,7 +25,7 @@ class Cost:
                                    env=dict(os.environ, **environment))
         os.waitid(os.P_PID, process.pid, os.WEXITED | os.WNOWAIT)
         self.seconds = time.monotonic() - began
-        # Of the process itself, to the nanosecond, as long as it has not been collected.
+        # Of the process itself, to the nanosecond, as long as it has not been reaped.
         self.own = int(pathlib.Path(f"/proc/{process.pid}/schedstat").read_text().split()[0]) / 1e9
         _, status, usage = os.wait4(process.pid, 0)
         process.returncode = os.waitstatus_to_exitcode(status)

@@ -10,6 +10,6 @@ endforeach()
 
 # The counts are written when a process ends, but the program ends in ways that run nothing any more: they are written
 # before.
-target_sources(halvik_platform PRIVATE tests/unit/support/counted_end.cpp)
+target_sources(halvik_platform PRIVATE tests/unit/support/coverage_flush.cpp)
 target_link_options(halvik_platform INTERFACE
   --coverage LINKER:--wrap=_Exit LINKER:--wrap=abort LINKER:--wrap=execv)

@@ -22,8 +22,8 @@ if(HALVIK_SANITIZE)
   target_link_options(halvik_flags INTERFACE -rdynamic)
 endif()
 
-# What users run is hardened, as it reads the output of strangers' servers. Not with the debugger or the sanitizers,
-# whose own checks it would hide. What a compiler, processor or linker does not know is left out.
+# What users run is hardened where the compiler, processor and linker can do it, as it reads the output of strangers'
+# servers. The debugger and the sanitizers go without, as it would hide their own checks.
 set(halvik_optimized "$<CONFIG:Release,RelWithDebInfo,MinSizeRel>")
 check_pie_supported(LANGUAGES CXX)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)

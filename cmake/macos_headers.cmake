@@ -1,8 +1,8 @@
 # SPDX-FileCopyrightText: 2026 Halvik
 # SPDX-License-Identifier: Apache-2.0
 #
-# Included by scripts/macos, which compiles for macOS on Linux. CMake finds only the headers of each library. A folder
-# of links leads to them, because beside them are the headers of Linux.
+# Included by scripts/macos, which compiles for macOS on Linux. CMake finds only the headers of each library, through
+# a folder of links, because beside them are the headers of Linux.
 
 set(halvik_headers "${CMAKE_BINARY_DIR}/headers")
 file(MAKE_DIRECTORY "${halvik_headers}")

@@ -28,10 +28,9 @@ set(CPACK_HALVIK_BINARY_DIR "${PROJECT_BINARY_DIR}")
 # capability; Debian 13's needs linux-sysctl-defaults, or only root may use it.
 string(CONCAT CPACK_DEBIAN_PACKAGE_DEPENDS "bind9-dnsutils, ca-certificates, curl, iputils-ping, "
   "linux-sysctl-defaults | iputils-ping (<< 3:20240905), net-tools, procps, traceroute")
-# The desktop's proxy settings are asked of libproxy-tools. Links are opened by xdg-utils, and the saved report by gio of
-# libglib2.0-bin. The window's icon is found by the folders that hicolor-icon-theme lists, and is sharp in every size by
-# qt6-svg-plugins, which Debian 12 has in libqt6svg6; qt6-wayland opens the window on Wayland without a detour through
-# X11. Everything else works without them.
+# libproxy-tools reads the desktop's proxy settings, xdg-utils opens links, gio of libglib2.0-bin the saved report,
+# hicolor-icon-theme and qt6-svg-plugins (libqt6svg6 on Debian 12) show the icon, and qt6-wayland opens the window
+# on Wayland without X11. Everything else works without them.
 string(CONCAT CPACK_DEBIAN_PACKAGE_RECOMMENDS "hicolor-icon-theme, libglib2.0-bin, libproxy-tools, "
   "qt6-svg-plugins | libqt6svg6 (<< 6.7.2-5~), qt6-wayland, xdg-utils")
 

@@ -22,7 +22,7 @@ std::string inSkivraFolder(const std::string& name) {
   return std::string(skivraFolder) + '/' + name;
 }
 
-// A domain that was named and is none keeps its tests away.
+// A name without a dot is no domain: its tests are left out.
 bool hasDot(const std::string& domain) {
   return domain.find('.') != std::string::npos;
 }
@@ -143,8 +143,7 @@ void startGeneralTests(CommandStarter& starter, const Endpoints& endpoints,
     startDomainTests(starter, endpoints, *domain);
   }
   startRouteTests(starter, endpoints);
-  // Asked for whether the Skivra is installed or not: the complaint about a missing file tells as
-  // much.
+  // Read even without the Skivra: the error about the missing file is a result too.
   starter.named("skivra-state").startTest(cat, {inSkivraFolder("skv_state.plist")});
   startResolverTests(starter, endpoints);
   startServerNameTest(starter.named("server-name-third-party"), endpoints.thirdPartyResolver);

@@ -25,7 +25,7 @@ class CommandStarter {
   /// does not show it.
   virtual CommandStarter& named(std::string_view name);
 
-  /// Starts one command. `comment` tells the reader of the report what the arguments alone do not.
+  /// Starts one command. `comment` stands in the report and says what the arguments do not.
   virtual void startTest(const std::string& launchPath, const std::vector<std::string>& args,
                          const std::optional<std::string>& comment) = 0;
 
@@ -78,8 +78,7 @@ std::vector<std::string> beaconLogFolders();
 std::vector<std::string> orderByCreation(const std::string& folder,
                                          std::vector<platform::FolderEntry> entries);
 
-/// The shell command line that prints the file at `path`. The path stands between double quotes and
-/// is not escaped.
+/// The shell command line that prints the file at `path`, between double quotes, not escaped.
 std::string readerCommandLine(const std::string& path);
 
 }  // namespace diagnostics

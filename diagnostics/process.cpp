@@ -66,8 +66,8 @@ void Process::buildDisplayName(const std::string& launchPath, const std::vector<
 
 void Process::buildBriefName(const std::string& launchPath, const std::vector<std::string>& args) {
   brief = launchPath.substr(launchPath.rfind('/') + 1);
-  // The first one with a dot is a host, an address or a file; what begins with one of
-  // these signs is an option or a server.
+  // The first one with a dot is a host, an address or a file; what begins with one of these
+  // characters is an option or a server.
   const auto subject = std::ranges::find_if(args, [](const std::string& arg) {
     return arg.find('.') != std::string::npos && arg.find_first_of("-+@") != 0;
   });
@@ -92,8 +92,7 @@ void Process::terminatedNotification(const platform::ChildProcess& ended) {
   if (&ended != task.get()) {
     throw std::logic_error("assertion failed in terminatedNotification of Process");
   }
-  // Before the streams are drained: what the loop may still have to say about new data is then
-  // passed over.
+  // First, so that the handlers ignore data that the loop still reports.
   finished = true;
   task->readToEnd(stdOutData, stdErrData);
   stdOutStr = decode(stdOutData);

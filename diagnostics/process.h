@@ -25,9 +25,8 @@ namespace diagnostics {
 /// have been read.
 inline constexpr std::string_view ProcessTerminatedNotification = "ProcessTerminatedNotification";
 
-/// Runs one command and keeps every byte that it writes to standard output and standard error. How
-/// the command ends is not looked at: what it prints is its result. It is started once and never
-/// restarted.
+/// Runs one command, once, and keeps every byte that it writes to standard output and standard
+/// error. Its exit status does not count: what it prints is its result.
 class Process {
  public:
   /// `eventLoop` must outlive the process.
@@ -80,9 +79,8 @@ class Process {
   std::shared_ptr<std::uint32_t> finishedTally;
 };
 
-/// The commands of one run, in launch order. It knows how many of them have finished without asking
-/// each one, since that is asked at every end of a command and a run may have thousands. Copies
-/// share their processes.
+/// The commands of one run, in launch order; copies share their processes. It counts those that
+/// have finished, as it is asked at every end of a command and a run may have thousands.
 class ProcessList {
  public:
   ProcessList() { processes.reserve(20); }

@@ -1,10 +1,9 @@
 // SPDX-FileCopyrightText: 2026 Halvik
 // SPDX-License-Identifier: Apache-2.0
 
-// Input: a text in UTF-8; a byte that is none counts as a unit by itself, so that a text may be any
-// units. Properties: the links are those that the rules, followed one unit at a time, find. They
-// lie within the text, each begins behind the one before and with its prefix, holds white space at
-// its end only, and shares units with another one only if it ends where that one ends.
+// Input: a text in UTF-8; a byte that is none counts as a unit by itself. Properties: the links are
+// those that the rules, followed one unit at a time, find; they are in order, begin with their
+// prefix, hold white space at the end only, and share units only with a link of the same end.
 
 #include <string>
 #include <vector>

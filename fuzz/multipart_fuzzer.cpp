@@ -1,10 +1,9 @@
 // SPDX-FileCopyrightText: 2026 Halvik
 // SPDX-License-Identifier: Apache-2.0
 
-// Input: a boundary, the byte 31, and the data of an upload. A boundary that cannot be one is
-// replaced by the program's own. Properties: the form is its data between a head and a tail, and a
-// library that reads such forms gets one file, with its names and every byte of its data. Data that
-// holds the boundary itself is sent unchanged, and would be read otherwise.
+// Input: a boundary, the byte 31, and the data of an upload; an invalid boundary is replaced by the
+// program's own. Properties: the form is its data between a head and a tail, and a library that
+// reads such forms gets one file with the same names and bytes, unless the data holds the boundary.
 
 #include <gmime/gmime.h>
 

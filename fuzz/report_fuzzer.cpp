@@ -2,9 +2,9 @@
 // SPDX-License-Identifier: Apache-2.0
 
 // Input: fields separated by the byte 31: account and ticket, then name, standard output and
-// standard error of each command. A field that is a single "~" is absent. Properties: the report is
-// what its parts make when they are joined one behind the other, what a command printed is not
-// copied, and account, ticket and the text up to the first NUL are cut as a slow reading cuts them.
+// standard error of each command; a single "~" means absent. Properties: the report is its parts
+// one behind the other, what a command printed is not copied, and account, ticket and the text up
+// to the first NUL are cut as by the slow reference.
 
 #include <optional>
 #include <string>
@@ -100,9 +100,9 @@ Text typed(std::string_view field) {
   return trimmed;
 }
 
-bool isAmong(const text::Buffers& pieces, const std::string& text) {
-  for (const std::string_view piece : pieces) {
-    if (piece.data() == text.data() && piece.size() == text.size()) {
+bool isAmong(const text::Buffers& buffers, const std::string& text) {
+  for (const std::string_view buffer : buffers) {
+    if (buffer.data() == text.data() && buffer.size() == text.size()) {
       return true;
     }
   }
@@ -118,9 +118,9 @@ void addBlock(text::Buffers& report, const Command& command) {
   fuzz::check(text::join(block) == formatSlowly(command), "a block has its form");
 }
 
-void checkUntilNul(const text::Buffers& pieces, const std::string& whole) {
+void checkUntilNul(const text::Buffers& buffers, const std::string& whole) {
   const std::string beginning = untilNulSlowly(whole);
-  fuzz::check(text::join(text::untilNul(pieces)) == beginning, "pieces end at the first NUL");
+  fuzz::check(text::join(text::untilNul(buffers)) == beginning, "buffers end at the first NUL");
   fuzz::check(text::untilNul(std::string_view(whole)) == beginning, "a text ends at the first NUL");
 }
 

@@ -37,10 +37,10 @@ class Fields {
   bool ended = false;
 };
 
-/// `input` with every byte 1 that is followed by a byte N and a character replaced by N copies of
-/// the character: a few bytes make a text longer than any block in which the program looks at
-/// texts. "\1--" is the separator of the report. It ends soon after `bytesMax` bytes: enough for
-/// any such block, and little enough for thousands of inputs a second.
+/// `input` with every byte 1, a byte N and a character replaced by N copies of the character, so
+/// that a few bytes make a text longer than any block in which the program looks at texts; "\1--"
+/// is the separator of the report. It ends soon after `bytesMax` bytes, little enough for thousands
+/// of inputs a second.
 std::string unfold(std::string_view input, std::size_t bytesMax = 32UL * 1024);
 
 /// A copy with nothing behind it, so that a byte read beyond the end is found.

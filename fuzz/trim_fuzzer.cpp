@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 Halvik
 // SPDX-License-Identifier: Apache-2.0
 
-// Input: two bytes that tell by how much a report is too large, and the report, to be unfolded.
+// Input: two bytes for how much a report is too large, and the report, to be unfolded.
 // Property: it is cut as the rules, followed character by character, cut it, and a cut inside a
 // character is the one error.
 

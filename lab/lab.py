@@ -129,9 +129,9 @@ class Lab:
             self._set_line(line, scenario)
 
     def _set_line(self, line, scenario):
-        trouble = scenario.lines.get(line, scenarios.Trouble())
-        delay, jitter = trouble.delay_ms / 2 / 1000, trouble.jitter_ms / 2 / 1000
-        self._carrier.stdin.write(f"{line} {delay} {jitter} {trouble.loss}\n")
+        impairment = scenario.lines.get(line, scenarios.Impairment())
+        delay, jitter = impairment.delay_ms / 2 / 1000, impairment.jitter_ms / 2 / 1000
+        self._carrier.stdin.write(f"{line} {delay} {jitter} {impairment.loss}\n")
         self._carrier.stdin.flush()
         self._carrier.stdout.readline()
 

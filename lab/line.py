@@ -3,10 +3,12 @@
 
 """The lab's long-distance lines: a process that carries packets between pairs of tunnels, with a delay and with losses.
 
-It does for all lines what the kernel's netem does for one device, and also works where the kernel has no netem. The
-arguments are the lines, each as NAME:DESCRIPTOR:DESCRIPTOR:DELAY, the delay one way, in seconds. A line on
-standard input, "NAME DELAY JITTER LOSS", adds to a line's delay, adds up to the jitter at random, drops this share of
-the packets from its first end, and is answered by a line. The end of standard input ends the process.
+It does what the kernel's netem does, and also works where the kernel has none; it ends with its standard input.
+
+usage: line.py NAME:DESCRIPTOR:DESCRIPTOR:DELAY...     the delay is one way, in seconds
+
+"NAME DELAY JITTER LOSS" on standard input adds to a line's delay, adds up to the jitter at random, drops this share of
+the packets from its first end, and is answered by a line.
 """
 
 import heapq

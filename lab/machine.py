@@ -3,11 +3,11 @@
 
 """The first process of the user's machine.
 
-Started in new mount, process, host name and IPC namespaces, it makes a root folder, prints "ready" and then reaps
-processes for ever. The root has the folders of the machine underneath, but its own /etc, /run, /tmp, /var/tmp,
-/Library and /var/log, and in /lab the user's disk. In OUTSIDE, root finds the root folder of the machine underneath.
+usage: machine.py CERTIFICATE USER GROUP NAME     the certificate to trust, the numbers, the machine's name
 
-The arguments: the certificate to trust, the user's and the group's number, and the name of the machine.
+Started in new mount, process, host name and IPC namespaces, it makes a root folder of the host's folders, but its own
+/etc, /run, /tmp, /var/tmp, /Library and /var/log, the user's disk in /lab and, for root only, the host's root folder in
+OUTSIDE, prints "ready" and then reaps processes for ever.
 """
 
 import os

@@ -3,7 +3,7 @@
 
 """The table of the lab's network: every place, its line to the next one, and the names and addresses it answers for.
 
-The network is a tree. Each place is a network namespace, and each but the first has one line towards the exchange.
+It is a tree: each place is a network namespace, and each but the first has one line towards the exchange.
 """
 
 import dataclasses

@@ -32,7 +32,7 @@ halvik_diagnostic_reader=/lab/program/halvik-report
 
 class Office:
     def __init__(self, count, program, uid, gid):
-        """The program is what the machines run, from the folder in which it is on the machine underneath."""
+        """The program is what the machines run, from its folder on the host."""
         self._program = program
         self._has_program = program.is_file()  # asked now, as the servers' /tmp may hide it later
         self._uid, self._gid = uid, gid

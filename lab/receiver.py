@@ -3,9 +3,9 @@
 
 """The submission endpoint behind its web server: keeps each upload and answers with the address of its results page.
 
-The arguments: the folder of the uploads, that of the results pages, the file that says how to behave, the service's
-address in front of which a page's number is put, and the program that makes a page of a report, if it is there. An
-upload is a numbered folder with the request's "head" and "body" as they came and, when the body is the form of one
+usage: receiver.py UPLOADS RESULTS BEHAVIOUR ADDRESS READER     two folders, a file, the results' URL, halvik-report
+
+An upload is a numbered folder with the request's "head" and "body" as they came and, when the body is the form of one
 report, the "report" in it.
 """
 
@@ -16,7 +16,7 @@ import subprocess
 import sys
 
 import report_receiver
-from scenarios import ANSWERS, CLOSES, FAILS, STALLS, TWO_PIECES
+from scenarios import ANSWERS, CLOSES, FAILS, STALLS, TWO_HALVES
 
 PAGE = """<!DOCTYPE html>
 <meta charset="utf-8">
@@ -27,7 +27,7 @@ PAGE = """<!DOCTYPE html>
 
 NOTHING_FOUND, PROBLEM_FOUND = 0, 1  # how the reader ends when it has made a page
 
-PAUSE_SECONDS = 1  # between two pieces, so that no client takes them for one
+PAUSE_SECONDS = 1  # between the halves, so that no client reads them as one
 
 
 class Store:
@@ -83,7 +83,7 @@ def answer(request, store, behaviour, address):
         request.answer(200, line)
     elif behaviour == FAILS:
         request.answer(500, b"internal server error")
-    elif behaviour == TWO_PIECES:
+    elif behaviour == TWO_HALVES:
         request.answer(200, first_half, second_half, pause=PAUSE_SECONDS)
     elif behaviour == CLOSES:
         request.answer(200, first_half, missing=len(second_half))

@@ -9,7 +9,7 @@ The files of rules and names are in the folder scenarios.
 import dataclasses
 
 # What the submission endpoint does with a report.
-ANSWERS, FAILS, TWO_PIECES, CLOSES, STALLS = "answers", "fails", "two-pieces", "closes", "stalls"
+ANSWERS, FAILS, TWO_HALVES, CLOSES, STALLS = "answers", "fails", "two-halves", "closes", "stalls"
 
 # Whether the user's machine has an address and a route.
 ATTACHED, NO_ROUTE, NO_ADDRESS = "attached", "no-route", "no-address"
@@ -27,8 +27,8 @@ class Unknown(Exception):
 
 
 @dataclasses.dataclass(frozen=True)
-class Trouble:
-    """What is wrong with one of the network's lines."""
+class Impairment:
+    """What one of the network's lines does to packets."""
 
     delay_ms: float = 0  # added to every round trip
     jitter_ms: float = 0  # the most that is added at random
@@ -42,7 +42,7 @@ class Scenario:
     dns_rules: str = ""  # a file of the home router's rules for the ports of name servers
     web_rules: str = ""  # one for the ports of web servers
     out_rules: str = ""  # one for its uplink
-    lines: dict = dataclasses.field(default_factory=dict)  # a line's Trouble, by its name
+    lines: dict = dataclasses.field(default_factory=dict)  # a line's Impairment, by its name
     attachment: str = ATTACHED
     mtu: int = 1500  # of the user's machine
     vpn: bool = False  # whether the user's machine sends everything through a tunnel to another operator
@@ -76,15 +76,16 @@ SCENARIOS = {
     "dns-hijacked": Scenario("the provider's resolver answers all queries to port 53, whichever resolver is asked",
                              dns_rules="dns-hijacked.nft"),
     "loss-and-delay": Scenario("30 % of the packets to the customer are lost, and round trips take 300 ms more",
-                               lines={"home": Trouble(delay_ms=300, loss=0.3)}),
+                               lines={"home": Impairment(delay_ms=300, loss=0.3)}),
     "loss-beyond-provider": Scenario("20 % of the packets from the exchange to the provider are lost",
-                                     lines={"isp": Trouble(loss=0.2)}),
-    "high-delay": Scenario("round trips take 600 ms more", lines={"home": Trouble(delay_ms=600)}),
-    "uneven-delay": Scenario("round trips take up to 700 ms more, at random", lines={"home": Trouble(jitter_ms=700)}),
-    "slow-city": Scenario("round trips to Frankfurt take 700 ms more", lines={"fra": Trouble(delay_ms=700)}),
-    "silent-city": Scenario("all packets to Frankfurt are lost", lines={"fra": Trouble(loss=1)}),
+                                     lines={"isp": Impairment(loss=0.2)}),
+    "high-delay": Scenario("round trips take 600 ms more", lines={"home": Impairment(delay_ms=600)}),
+    "uneven-delay": Scenario("round trips take up to 700 ms more, at random",
+                             lines={"home": Impairment(jitter_ms=700)}),
+    "slow-city": Scenario("round trips to Frankfurt take 700 ms more", lines={"fra": Impairment(delay_ms=700)}),
+    "silent-city": Scenario("all packets to Frankfurt are lost", lines={"fra": Impairment(loss=1)}),
     "small-mtu": Scenario("the MTU of the user's machine is 1000 bytes", mtu=1000),
-    "gateway-silent": Scenario("nothing comes back from the home router", lines={"lan": Trouble(loss=1)}),
+    "gateway-silent": Scenario("nothing comes back from the home router", lines={"lan": Impairment(loss=1)}),
     "line-down": Scenario("the home router has no uplink, and rejects what would leave by it",
                           out_rules="line-down.nft"),
     "no-default-route": Scenario("the user's machine has no default route", attachment=NO_ROUTE),
@@ -117,8 +118,8 @@ SCENARIOS = {
     "skivra-bypassed": Scenario("the user's machine asks the home router, not the Skivra's resolver",
                                 nameserver="192.168.1.1", needs=WITH_SKIVRA),
     "submission-500": Scenario("the submission endpoint answers with status 500", submission=FAILS),
-    "submission-two-pieces": Scenario("the endpoint sends its answer in two pieces, a second apart",
-                                      submission=TWO_PIECES),
+    "submission-two-halves": Scenario("the endpoint sends its answer in two halves, a second apart",
+                                      submission=TWO_HALVES),
     "submission-closes": Scenario("the endpoint closes the connection in the middle of its answer", submission=CLOSES),
     "submission-stalls": Scenario("the endpoint takes the report and never answers", submission=STALLS),
     "certificate-expired": Scenario("the endpoint's certificate has expired", certificate="expired"),

@@ -3,9 +3,8 @@
 
 """The process that holds a lab: everything lives in its namespaces and ends with it.
 
-It is started in new mount, network, process, host name and IPC namespaces with two sockets: one that leads to the
-command that starts the lab, one on which it listens for requests. It builds the lab, reports that on the first, and
-then serves the second. If the command ends without having asked it to stay, it ends at once.
+It is started in new mount, network, process, host name and IPC namespaces, builds the lab, reports that on a socket to
+the command that starts the lab, and then serves its control socket; it ends with that command unless asked to stay.
 """
 
 import os
@@ -15,9 +14,9 @@ import subprocess
 import sys
 import threading
 
+import control_socket
 import lab
 import reaper
-import rendezvous
 import servers
 
 FAILURES = (OSError, subprocess.CalledProcessError, servers.ServerFailed)
@@ -37,7 +36,7 @@ class Service:
         self.ended = False
 
     def answer(self, connection):
-        (request, *words), _ = rendezvous.receive(connection)
+        (request, *words), _ = control_socket.receive(connection)
         try:
             if request != "down":
                 self._lab.check()
@@ -45,7 +44,7 @@ class Service:
         except FAILURES as failure:
             reply = {"error": message_of(failure)}
         descriptors = [reply.pop("descriptor")] if "descriptor" in reply else []
-        rendezvous.send(connection, reply, descriptors)
+        control_socket.send(connection, reply, descriptors)
         for descriptor in descriptors:
             os.close(descriptor)
 
@@ -72,7 +71,7 @@ class Service:
 def end_with(starter):
     """Ends the lab as soon as the command that started it does, unless that asks it to stay."""
     while word := starter.recv(16):
-        if word == rendezvous.STAY:
+        if word == control_socket.STAY:
             return
     os._exit(1)
 
@@ -84,14 +83,14 @@ def serve(starter, listener, *settings):
     try:
         the_lab.build()
     except FAILURES as failure:
-        rendezvous.send(starter, {"error": message_of(failure)})
+        control_socket.send(starter, {"error": message_of(failure)})
         sys.exit(1)
-    rendezvous.send(starter, {})
+    control_socket.send(starter, {})
     service = Service(the_lab)
     while not service.ended:
         connection, _ = listener.accept()
         with connection:
-            if rendezvous.is_from_root(connection):
+            if control_socket.is_from_root(connection):
                 try:
                     service.answer(connection)
                 except ConnectionError:

@@ -69,7 +69,7 @@ void Http::connectionDidFailWithError() {
 }
 
 void Http::connectionDidRefuseReply() {
-  // What came of it is as good as nothing, unlike the beginning of a reply that was cut off.
+  // A refused reply counts as none, unlike the beginning of one that was cut off.
   responseDidSucceed = false;
   uploadSucceeded(false);
 }

@@ -19,29 +19,28 @@ namespace report {
 
 class Http;
 
-/// Told how an upload ended, once for each client.
+/// Receives the result of an upload, once for each client.
 class HttpProtocol {
  public:
   /// The upload succeeded; the reply is in the client.
   virtual void onHttpDone(const Http& client) = 0;
-  /// The upload failed; didResponseSucceed and responseCode of the client tell more.
+  /// The upload failed; didResponseSucceed and responseCode of the client have the details.
   virtual void onHttpError(const Http& client) = 0;
 
  protected:
   ~HttpProtocol() = default;
 };
 
-/// Uploads one report as multipart/form-data and collects the reply. It starts in its constructor
-/// and is not reused. An upload has succeeded when the connection finished, at least one piece of
-/// reply data arrived and the status at that moment was below 400.
+/// Uploads one report as multipart/form-data; used once. It has succeeded when the connection
+/// finished, reply data arrived and the status at that moment was below 400.
 class Http final : private platform::HttpConnectionDelegate {
  public:
-  /// How long an upload may stand still before it fails.
+  /// How long an upload may make no progress before it fails.
   static constexpr std::chrono::milliseconds usualStallLimit{60'000};
 
-  /// Starts the upload of `data` to `url`. With no data, or with a URL that nothing can be sent to,
-  /// `receiver` is called before the constructor returns; otherwise later, from `loop`.
-  /// Both must outlive the client.
+  /// Starts the upload of `data` to `url`; `loop` and `receiver` must outlive the client. With no
+  /// data, or with a URL that nothing can be sent to, `receiver` is called before the constructor
+  /// returns, otherwise later, from `loop`.
   Http(platform::EventLoop& loop, std::string url, std::string_view data, HttpProtocol& receiver,
        std::chrono::milliseconds stallLimit = usualStallLimit);
 
@@ -49,11 +48,10 @@ class Http final : private platform::HttpConnectionDelegate {
   /// refused.
   bool didResponseSucceed() const { return responseDidSucceed; }
 
-  /// The HTTP status as of the last piece of reply data; 0 when none arrived.
+  /// The HTTP status as of the last reply data; 0 when none arrived.
   std::int64_t responseCode() const { return rCode; }
 
-  /// The last piece of the reply, as text; absent when none arrived or when it was not valid UTF-8.
-  /// Earlier pieces are dropped.
+  /// The reply data that arrived last; absent when none arrived or when it was not valid UTF-8.
   const std::optional<std::string>& reply() const { return replyText; }
 
  private:

@@ -65,7 +65,7 @@ void MainController::onHttpDone(const report::Http& client) {
   setTextView(textResultsLink, "See results at " + resultsUrl);
   textResultsLinkView.send(&ui::ScrollView::setHidden, false);
   textCopyPaste.send(&ui::Label::setHidden, false);
-  // An address that nobody gets to read delivers the report to nobody.
+  // If the address cannot be printed, nobody finds the report there.
   isReportAtRisk = isSilent && !didPrint({"url=", text::untilNul(resultsUrl), "\n"});
   if (isSilent) {
     endSilentRun(0);

@@ -7,8 +7,8 @@ usage: scripts/inject_failures [options]
   --preset NAME      the build to take (default release)
   --scenario NAME    print, file, upload, fallback or window; may be repeated (default: all)
   --call NAME        only calls of this name; may be repeated
-  --sample N         no more than N runs of each scenario, chosen by chance
-  --seed S           by which chance (default 1)
+  --sample N         no more than N runs of each scenario, chosen at random
+  --seed S           the seed of that choice (default 1)
   --thorough         each call by each of its errors, however often the program makes it
   --jobs N           so many runs side by side (default: one for each processor)
   --show VERDICT     print each run that ends so: bad (default), reported, saved or delivered; may be repeated

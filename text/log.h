@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 Halvik
 // SPDX-License-Identifier: Apache-2.0
 
-// The program's lines for people.
+// Log lines on standard error, and a progress line on a terminal.
 
 #pragma once
 
@@ -13,9 +13,8 @@ namespace text {
 /// before the first line.
 void setProcessName(std::string_view path);
 
-/// Writes `message` to standard error behind date, time with milliseconds, the process's name and
-/// its number, and ends it with a line feed unless it has one. One write for the whole, so that
-/// lines of several programs do not mix. What standard error does not take is lost.
+/// Writes `message` as a line to standard error, behind date, time with milliseconds, process name
+/// and number. It is one write, so that lines do not mix; what cannot be written is lost.
 void log(std::string_view message);
 
 // One line on the terminal that is rewritten in place while a run without a window goes on.
@@ -27,8 +26,7 @@ bool canShowProgressLine();
 /// ASCII is replaced, so that it holds nothing that a terminal obeys.
 void showProgressLine(std::string_view line);
 
-/// Removes the line if one is shown, so that something else can be printed. It is
-/// async-signal-safe.
+/// Removes the line if one is shown, to print something else; async-signal-safe.
 void eraseProgressLine();
 
 }  // namespace text

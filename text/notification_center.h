@@ -1,8 +1,7 @@
 // SPDX-FileCopyrightText: 2026 Halvik
 // SPDX-License-Identifier: Apache-2.0
 
-// The process-wide place where an object announces something to those who asked to hear it. Main
-// thread only.
+// The process-wide notification center, by which an object calls its observers. Main thread only.
 
 #pragma once
 
@@ -15,8 +14,7 @@
 
 namespace text {
 
-/// Finds the observers of an announcement by its name and its object in constant time, however many
-/// objects there are.
+/// Finds the observers of a notification by its name and its object in constant time.
 class NotificationCenter {
  public:
   using Handler = std::function<void()>;
@@ -27,8 +25,7 @@ class NotificationCenter {
     return center;
   }
 
-  /// Calls `handler` on every post of `name` by `object`, in the order of registration, until the
-  /// object is forgotten.
+  /// Calls `handler` on every post of `name` by `object`, in order, until forget(`object`).
   void addObserver(std::string_view name, const void* object, Handler handler) {
     observations[object].emplace_back(name, std::move(handler));
   }
@@ -45,8 +42,7 @@ class NotificationCenter {
     }
   }
 
-  /// Ends every observation of `object`; called by its destructor, since a later object may get the
-  /// same address.
+  /// Ends every observation of `object`, before another object may get its address.
   void forget(const void* object) { observations.erase(object); }
 
  private:

@@ -17,8 +17,8 @@ namespace text {
 
 namespace {
 
-// As many pieces as one call takes; a report has several for each command.
-constexpr std::size_t piecesPerWrite = IOV_MAX;
+// As many buffers as one call takes; a report has several for each command.
+constexpr std::size_t buffersPerWrite = IOV_MAX;
 
 // Takes `count` written bytes off the front of `parts`.
 std::span<iovec> withoutWritten(std::span<iovec> parts, std::size_t count) {
@@ -43,15 +43,15 @@ std::error_code writeStandardOutput(const Buffers& bytes) {
 int writeAll(int fd, const Buffers& bytes) {
   std::vector<iovec> all;
   all.reserve(bytes.size());
-  for (const std::string_view piece : bytes) {
-    if (!piece.empty()) {
-      all.push_back({.iov_base = const_cast<char*>(piece.data()), .iov_len = piece.size()});
+  for (const std::string_view buffer : bytes) {
+    if (!buffer.empty()) {
+      all.push_back({.iov_base = const_cast<char*>(buffer.data()), .iov_len = buffer.size()});
     }
   }
   std::span<iovec> parts(all);
   while (!parts.empty()) {
     const ssize_t count =
-        writev(fd, parts.data(), static_cast<int>(std::min(parts.size(), piecesPerWrite)));
+        writev(fd, parts.data(), static_cast<int>(std::min(parts.size(), buffersPerWrite)));
     if (count >= 0) {
       parts = withoutWritten(parts, static_cast<std::size_t>(count));
     } else if (errno == EAGAIN) {

@@ -11,13 +11,11 @@
 
 namespace text {
 
-/// Writes all of `bytes` to standard output, unbuffered. A reader that has gone away is not an
-/// error: it has seen what it wanted, and the rest of the delivery goes on. Returns the error when
-/// the bytes cannot be written for any other reason.
+/// Writes all of `bytes` to standard output, unbuffered, and returns the error. A reader that has
+/// gone away is none: it has seen what it wanted, and the rest of the delivery goes on.
 std::error_code writeStandardOutput(const Buffers& bytes);
 
-/// Writes all of `bytes` to `fd`, waiting where it has to. Returns 0, or the number of the system's
-/// error.
+/// Writes all of `bytes` to `fd`, waiting where it has to; returns 0 or the error number.
 int writeAll(int fd, const Buffers& bytes);
 
 }  // namespace text

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 Halvik
 // SPDX-License-Identifier: Apache-2.0
 
-// Addresses of the web as texts.
+// Web addresses (URLs) as texts.
 
 #pragma once
 

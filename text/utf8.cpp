@@ -105,9 +105,9 @@ std::string_view untilNul(std::string_view text) {
 
 Buffers untilNul(const Buffers& buffers) {
   Buffers shortened;
-  for (const std::string_view piece : buffers) {
-    shortened.push_back(untilNul(piece));
-    if (shortened.back().size() < piece.size()) {
+  for (const std::string_view buffer : buffers) {
+    shortened.push_back(untilNul(buffer));
+    if (shortened.back().size() < buffer.size()) {
       break;
     }
   }
@@ -116,13 +116,13 @@ Buffers untilNul(const Buffers& buffers) {
 
 std::string join(const Buffers& buffers) {
   std::size_t bytes = 0;
-  for (const std::string_view piece : buffers) {
-    bytes += piece.size();
+  for (const std::string_view buffer : buffers) {
+    bytes += buffer.size();
   }
   std::string joined;
   joined.reserve(bytes);
-  for (const std::string_view piece : buffers) {
-    joined += piece;
+  for (const std::string_view buffer : buffers) {
+    joined += buffer;
   }
   return joined;
 }

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 Halvik
 // SPDX-License-Identifier: Apache-2.0
 
-// Text is UTF-8 in std::string; these are the questions about it that the program asks.
+// UTF-8 text in std::string: validation, conversion, lengths.
 
 #pragma once
 
@@ -12,10 +12,10 @@
 
 namespace text {
 
-/// A text in pieces that are kept elsewhere.
+/// A text as views of buffers that others own.
 using Buffers = std::vector<std::string_view>;
 
-/// The pieces as one text.
+/// The buffers as one text.
 std::string join(const Buffers& buffers);
 
 /// Whether `bytes` are valid UTF-8. NUL and non-characters are valid; surrogates and overlong forms

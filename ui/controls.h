@@ -1,9 +1,8 @@
 // SPDX-FileCopyrightText: 2026 Halvik
 // SPDX-License-Identifier: Apache-2.0
 
-// The kinds of controls that the window is made of, as the controller sees them: plain operations
-// on UTF-8 text. What they are made of is not said here, so that a run without a window needs no
-// widgets. And the outlets by which it reaches them.
+// The window's controls as the controller sees them, plain operations on UTF-8 text, and the
+// outlets by which it reaches them. A run without a window needs no widgets.
 
 #pragma once
 
@@ -25,7 +24,7 @@ class Control {
   virtual void setEnabled(bool enabled) = 0;
 };
 
-/// A button; what it does is the window's to say.
+/// A button; the window decides what it does.
 class Button : public Control {};
 
 /// What encloses a text view.
@@ -69,8 +68,8 @@ class Window : public Control {
   virtual void setTitle(const std::string& title) = 0;
 };
 
-/// Names a control that may be absent. What is sent to an absent control does nothing; what is
-/// asked of it has no answer. The control is not owned.
+/// Names a control that may be absent, and does not own it. What is sent to an absent control does
+/// nothing; what is asked of it has no answer.
 template <class Target>
 class Outlet {
  public:

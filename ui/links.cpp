@@ -24,8 +24,7 @@ std::vector<TextRange> findLinks(std::u16string_view text) {
   std::vector<TextRange> links;
   std::size_t start = 0;
   std::size_t space = 0;
-  // What was looked for in vain, or lies ahead, is not looked for again: the text may be full of
-  // addresses.
+  // What was not found, or lies ahead, is not searched again: there may be many addresses.
   bool isSecureAhead = true;
   while (true) {
     std::size_t position = isSecureAhead ? text.find(secure, start) : nowhere;

@@ -18,10 +18,9 @@ struct TextRange {
   bool operator==(const TextRange&) const = default;
 };
 
-/// The ranges of `text` that are shown as links, in the order in which they are found. A link
-/// begins with "http://" or "https://" and ends with the white space that follows it, that one
-/// character included. An address with "http://" that stands before one with "https://" is passed
-/// over, and an address inside another one is a link of its own.
+/// The ranges of `text` that are shown as links, in the order of the search: each begins with
+/// "http://" or "https://" and ends with the white-space character behind it. An "http://" address
+/// before an "https://" one is passed over, and an address inside another one is a link of its own.
 std::vector<TextRange> findLinks(std::u16string_view text);
 
 }  // namespace ui

@@ -166,7 +166,8 @@ void MainWindow::arrange() {
   resize(width, minimumSizeHint().height());
 }
 
-// Of the controls below the start button. The window grows when they have not yet had one.
+// Of the controls below the start button, so that nothing jumps when a later run hides them. The
+// window grows when they have not yet had one.
 void MainWindow::keepPlaces(bool areKept) {
   for (QWidget* widget : std::initializer_list<QWidget*>{&progressBar, &resultsBrowser,
                                                          &captionLabel, &copyPush, &openPush}) {

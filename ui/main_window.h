@@ -23,11 +23,8 @@ struct WindowActions {
   std::function<void(const std::string& url)> openLink;
 };
 
-/// The one window of the program. It owns its widgets and knows nothing of runs: it offers its
-/// controls and passes on what is pressed. At first it is low, and the controls that belong to a
-/// run are hidden. From the first run on every control keeps its place while it is hidden, so that
-/// nothing jumps. It is a dialog, because only dialogs have a default button, with the frame of an
-/// ordinary window.
+/// The one window of the program: it owns its widgets, offers its controls and passes on what is
+/// pressed, but knows nothing of runs. It is a dialog, because only dialogs have a default button.
 class MainWindow final : public QDialog {
  public:
   /// Needs a windowed application.

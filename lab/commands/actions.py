@@ -9,9 +9,9 @@ import select
 import signal
 import sys
 
+import control_socket
 import namespaces
 import network
-import rendezvous
 import scenarios
 from commands import arguments, executables, execution, own_lab, running_lab
 from commands.failures import Refused
@@ -26,7 +26,7 @@ def say(message):
 def do_up(options, words):
     arguments.expect(not words)
     if running_lab.is_up(options.name):
-        raise rendezvous.LabExists(options.name)
+        raise control_socket.LabExists(options.name)
     lab = own_lab.OwnLab(options.name, options.machines or 0)
     try:
         lab.wait_until_ready()
@@ -82,19 +82,19 @@ def in_lab(options, function):
     prepare(options)
     status = function(options.name)
     try:
-        rendezvous.request(options.name, "state")
-    except rendezvous.NoLab:
+        control_socket.request(options.name, "state")
+    except control_socket.NoLab:
         say("the lab has ended before the command did")
-    except rendezvous.RequestFailed as refusal:
+    except control_socket.RequestFailed as refusal:
         say(f"something of the lab was missing at the end of the command: {refusal}")
     return status
 
 
 def prepare(options):
     if options.skivra:
-        rendezvous.request(options.name, "skivra", True)
+        control_socket.request(options.name, "skivra", True)
     if options.scenario:
-        rendezvous.request(options.name, "scenario", options.scenario, namespaces.MACHINE)
+        control_socket.request(options.name, "scenario", options.scenario, namespaces.MACHINE)
 
 
 def do_scenario(options, words):
@@ -103,24 +103,25 @@ def do_scenario(options, words):
     parser.add_argument("scenario", nargs="?")
     chosen = parser.parse_args(words)
     if chosen.scenario:
-        rendezvous.request(options.name, "scenario", arguments.known_scenario(chosen.scenario, chosen.on), chosen.on)
+        scenario = arguments.known_scenario(chosen.scenario, chosen.on)
+        control_socket.request(options.name, "scenario", scenario, chosen.on)
         return
     arguments.expect(chosen.on == namespaces.MACHINE)
     present = []
     if running_lab.is_up(options.name):
-        present = rendezvous.request(options.name, "state")[0]["scenario"].split("+")
+        present = control_socket.request(options.name, "state")[0]["scenario"].split("+")
     for name, scenario in scenarios.SCENARIOS.items():
         print(f"{'*' if name in present else ' '} {name:24} {scenario.summary}")
 
 
 def do_off(options, words):
     arguments.expect(len(words) == 1)
-    rendezvous.request(options.name, "off", *words)
+    control_socket.request(options.name, "off", *words)
 
 
 def do_skivra(options, words):
     arguments.expect(words in (["on"], ["off"]))
-    rendezvous.request(options.name, "skivra", words == ["on"])
+    control_socket.request(options.name, "skivra", words == ["on"])
 
 
 def do_uploads(options, words):
@@ -131,7 +132,7 @@ def do_uploads(options, words):
 def do_down(options, words):
     arguments.expect(not words)
     ends = [os.pidfd_open(number) for number in running_lab.processes(options.name)]
-    rendezvous.request(options.name, "down")
+    control_socket.request(options.name, "down")
     signal.signal(signal.SIGINT, signal.SIG_IGN)  # it asks for nothing else
     for descriptor in ends:
         select.select([descriptor], [], [])

@@ -8,18 +8,18 @@ import re
 import signal
 import subprocess
 
+import control_socket
 import machine
 import namespaces
-import rendezvous
 from commands import executables, running_lab
 
 # The root folder is not that of the mount namespace where the lab was started in a chroot.
 ENTER = ["--root", "--wd", "--mount", "--net", "--pid", "--uts", "--ipc", "--"]
 KEPT_VARIABLES = re.compile(r"TERM|LANG|LC_.*|DISPLAY|XAUTHORITY|QT_.*|DBUS_SESSION_BUS_ADDRESS|(A|L|UB)SAN_OPTIONS")
 
-# Runs in a mount namespace of the command's own. Mounts the program and the working directory, so that the lab's user
-# reaches them whatever the permissions of the folders above them, and the machine's X sockets where the lab has none.
-# A folder that exists in the lab is not hidden, unless it is an empty one that an earlier command's mount has left.
+# In a mount namespace of the command's own, mounts the program and the working directory, whatever the permissions of
+# the folders above them, and the machine's X sockets where the lab has none. Of the lab's own folders, it hides only
+# empty ones that an earlier command's mount has left.
 PREPARE = """
 outside=$1 program=$2 folder=$3 screens=/tmp/.X11-unix left=/run/working-directories
 shift 3
@@ -48,8 +48,8 @@ def variables():
 
 
 def run_in_machine(name, words, as_user=True, on=namespaces.MACHINE):
-    answer, (descriptor,) = rendezvous.request(name, "machine", on)
-    target = rendezvous.pid_behind(descriptor)
+    answer, (descriptor,) = control_socket.request(name, "machine", on)
+    target = control_socket.pid_behind(descriptor)
     privileges = ["setpriv", "--pdeathsig", "KILL"]
     if as_user:
         privileges += ["--reuid", str(answer["uid"]), "--regid", str(answer["gid"]), "--clear-groups",
@@ -68,7 +68,7 @@ def run_at_place(name, place, words):
 
 
 def run(target, words, environment=None):
-    """Runs a command in namespaces of a process. It ends when this one does. Returns its status as a shell does."""
+    """Runs a command, which ends with this process, in namespaces of a process; returns its status as a shell does."""
     process = subprocess.Popen(["setpriv", "--pdeathsig", "KILL", "nsenter", "--target", str(target), *words],
                                env=environment)
     try:

@@ -10,9 +10,9 @@ import signal
 import socket
 import subprocess
 
+import control_socket
 import network
 import reaper
-import rendezvous
 from commands import executables
 from commands.failures import Refused, Unable
 
@@ -28,7 +28,7 @@ class OwnLab:
     def __init__(self, name, machines):
         require_tools(machines)
         network.check()
-        listener = rendezvous.claim(name)
+        listener = control_socket.claim(name)
         self._starter, theirs = socket.socketpair()
         self._stderr = open(os.memfd_create("stderr"), "w+b")
         uid, gid = user()
@@ -44,7 +44,7 @@ class OwnLab:
 
     def wait_until_ready(self):
         try:
-            answer, _ = rendezvous.receive(self._starter)
+            answer, _ = control_socket.receive(self._starter)
         except ConnectionError:
             self.end()
             self._stderr.seek(0)
@@ -53,7 +53,7 @@ class OwnLab:
             raise Refused(f"the lab did not start: {answer['error']}")
 
     def stay(self):
-        self._starter.sendall(rendezvous.STAY)
+        self._starter.sendall(control_socket.STAY)
 
     def end(self):
         """Returns when nothing of the lab is left."""

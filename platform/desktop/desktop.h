@@ -20,11 +20,10 @@ class Desktop {
   /// Replaces the contents of the general clipboard by `text`.
   virtual void copyToClipboard(const std::string& text) = 0;
 
-  /// Opens `url` in the default browser. What is no URL is not opened; nothing is said about it.
+  /// Opens `url` in the default browser. What is no URL is ignored.
   virtual void openUrl(const std::string& url) = 0;
 
-  /// Opens the file at `path` in the desktop's editor for plain text. Nothing is said when there is
-  /// none.
+  /// Opens the file at `path` in the desktop's editor for plain text, if there is one.
   virtual void openInTextEditor(const std::string& path) = 0;
 };
 

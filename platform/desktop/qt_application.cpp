@@ -118,8 +118,8 @@ std::unique_ptr<QApplication> makeQt(int& argc, char** argv) {
   return qt;
 }
 
-// Qt takes leave of the display without a time limit. The window is gone by then: nobody would see
-// that the process hangs.
+// Qt closes the display's connection without a time limit. No window is left then, so nobody would
+// notice a process that hangs.
 void limitShutdown() {
   std::signal(SIGALRM, [](int /*signal*/) { std::_Exit(EXIT_SUCCESS); });
   alarm(shutdownSecondsMax);

@@ -18,16 +18,15 @@ namespace platform {
 /// Shows windows. A fatal error is also shown in a message box.
 class QtApplication {
  public:
-  /// `eventLoop`, `argc` and `argv` must outlive it. Qt gets the program's name only, as it would
-  /// obey arguments that are not for it: `argc` is set to 1. If Qt cannot open the display, that is
-  /// logged and the process ends with status 1.
+  /// `eventLoop`, `argc` and `argv` must outlive it; `argc` is set to 1, so that Qt obeys no
+  /// argument. If Qt cannot open the display, that is logged and the process ends with status 1.
   QtApplication(EventLoop& eventLoop, int& argc, char** argv);
   ~QtApplication();
   QtApplication(const QtApplication&) = delete;
   QtApplication& operator=(const QtApplication&) = delete;
 
-  /// Turns Qt's loop until the last window has been closed and `shouldTerminate` says so. Returns
-  /// the exit status. The process ends within seconds then, even if the display does not answer.
+  /// Turns Qt's loop until the last window has been closed and `shouldTerminate` says so; returns
+  /// the exit status. The process then ends within seconds, even if the display does not answer.
   int run(std::function<bool()> shouldTerminate);
 
   Desktop& desktop() { return *ownDesktop; }

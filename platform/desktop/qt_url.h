@@ -9,8 +9,8 @@
 
 namespace platform {
 
-/// The address that stands in `text`, without white space around it. What no address may hold, such
-/// as "|", is percent-encoded; what is encoded stays so. Not valid when `text` is no address.
+/// The address in `text`, without white space around it; not valid when there is none. What no
+/// address may hold, such as "|", is percent-encoded; what is encoded stays so.
 inline QUrl urlFromText(const QString& text) {
   return {text.trimmed(), QUrl::TolerantMode};
 }

@@ -28,8 +28,8 @@ class Timer {
   virtual void stop() = 0;
 };
 
-/// Calls handlers when descriptors are ready, timers expire and tasks are due. An exception that a
-/// handler throws is a fatal error. Its functions are virtual so that a module can call them.
+/// Calls handlers when descriptors are ready, timers expire and tasks are due; an exception of a
+/// handler is a fatal error. Its functions are virtual so that a module can call them.
 class EventLoop {
  public:
   using Handler = std::function<void()>;
@@ -45,14 +45,13 @@ class EventLoop {
   EventLoop(const EventLoop&) = delete;
   EventLoop& operator=(const EventLoop&) = delete;
 
-  /// Calls `handler` again and again while `fd` is ready or at its end, in place of an earlier
-  /// handler. The descriptor becomes non-blocking. Throws std::system_error if it cannot be
-  /// watched.
+  /// Calls `handler`, in place of an earlier one, again and again while `fd` is ready or at its
+  /// end; `fd` becomes non-blocking. Throws std::system_error if it cannot be watched.
   virtual void watch(int fd, Interest interest, Handler handler);
   void watch(int fd, Handler handler) { watch(fd, Interest::readable, std::move(handler)); }
 
-  /// From here on the handler is not called, not even for an event that the running turn has
-  /// already received. To be called before `fd` is closed. Does nothing for what is not watched.
+  /// To be called before `fd` is closed; does nothing if it is not watched. From here on the
+  /// handler is not called, not even for an event that the running turn has already received.
   virtual void unwatch(int fd);
 
   /// A timer that has not been started. The loop must outlive it.

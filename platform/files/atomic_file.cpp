@@ -27,8 +27,7 @@ struct Target {
   mode_t mode;
 };
 
-// Where the bytes finally go: behind a link, the file that it names. None when something else than
-// a file is there.
+// Where the bytes go: behind a link, the file that it names. None if something else is there.
 std::optional<Target> findTarget(const std::string& path) {
   std::error_code failed;
   const fs::file_status there = fs::status(path, failed);

@@ -131,7 +131,7 @@ std::string desktopFolder() {
 std::string temporaryFolder() {
   std::error_code ignored;
   const fs::path named = fs::temp_directory_path(ignored);
-  // The places are everybody's: nobody else can have prepared this one.
+  // Everybody may write to these: mkdtemp makes a new folder, which nobody else has prepared.
   std::string folder;
   for (const fs::path& shared : {named, fs::path("/tmp"), fs::path("/var/tmp")}) {
     folder = (shared / "halvik-diagnostic-XXXXXX").string();

@@ -26,13 +26,13 @@ struct FolderEntry {
   std::int64_t createdNs;
 };
 
-/// The entries of `folder`, in no order, without "." and ".."; hidden ones and subfolders count.
+/// The entries of `folder`, in no order, with hidden ones and subfolders, without "." and "..".
 /// Entries that vanish while they are read are left out; a folder that cannot be read has none.
 std::vector<FolderEntry> listFolder(const std::string& folder);
 
-/// Replaces the file at `path` by one that holds `bytes`, at once and whole: on failure the old
-/// file is untouched and nothing else is left behind. A link to a file stays a link. Anything but a
-/// regular file is never replaced. Returns whether it worked.
+/// Replaces the file at `path` by one that holds `bytes`, at once and whole, and returns whether it
+/// worked; on failure nothing has changed. A link to a file stays a link, and anything but a
+/// regular file is never replaced.
 bool writeAtomically(const std::string& path, const text::Buffers& bytes);
 
 /// `path` with a leading "~" or "~user" replaced by that user's home folder; any other path

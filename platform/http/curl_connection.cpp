@@ -78,7 +78,7 @@ class CurlConnection final : public HttpConnection {
     }
   }
 
-  // Lets libcurl go on, then passes on what has come of it, when none of its frames is active.
+  // Lets libcurl act, then passes on the result, when none of its frames is on the stack.
   void act(curl_socket_t socket) {
     int running = 0;
     curl_multi_socket_action(multi, socket, 0, &running);

@@ -36,7 +36,7 @@ void CurlTransfer::setUpRequest(const HttpRequest& sent) {
   set(CURLOPT_POSTFIELDSIZE_LARGE, requestBytes);
   set(CURLOPT_USERAGENT, "halvik-diagnostic");
   headers = curl_slist_append(headers, ("Content-Type: " + sent.contentType).c_str());
-  // The report is sent without asking first whether it may be.
+  // No "Expect: 100-continue": the report is sent at once.
   headers = curl_slist_append(headers, "Expect:");
   // The reply is a line of text, and a compressed one might unfold to any size.
   headers = curl_slist_append(headers, "Accept-Encoding: identity");
@@ -138,7 +138,7 @@ void CurlTransfer::readEndOfHead() {
     const char* target = lastStatus < firstErrorStatus ? header("Location", 0) : nullptr;
     redirect = target == nullptr ? "" : target;
     reasonOfRefusal = problemOfHead();
-    // From here on there is no way back to plain http.
+    // No redirect leads from https to http.
     if (curl_strequal(info<const char*>(CURLINFO_SCHEME), "https") != 0) {
       set(CURLOPT_REDIR_PROTOCOLS_STR, "https");
     }
@@ -147,7 +147,7 @@ void CurlTransfer::readEndOfHead() {
 
 // Why a reply with this head is refused; empty if it is not.
 std::string CurlTransfer::problemOfHead() const {
-  // These two redirects ask for the same request again, before its end if they like.
+  // These two redirects ask for the same request again, perhaps before its end.
   constexpr long temporaryRedirect = 307;
   constexpr long permanentRedirect = 308;
   const bool asksForTheSameAgain =
@@ -155,7 +155,7 @@ std::string CurlTransfer::problemOfHead() const {
   if (isCompressed("Content-Encoding") || isCompressed("Transfer-Encoding")) {
     return "no usable reply: it is compressed, which nobody asked for";
   }
-  // A server that refuses a report need not read it. No other can know what it says yes to.
+  // Only a server that refuses the report need not read all of it.
   if (lastStatus < firstErrorStatus && !asksForTheSameAgain && !isSent()) {
     return "the server answered before it had the whole request";
   }

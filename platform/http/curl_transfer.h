@@ -15,8 +15,8 @@
 
 namespace platform {
 
-/// Owns an easy handle. It is passive: CurlConnection runs it. A reply is refused when its head or
-/// body is too long, when it is compressed, and when it came before the whole report was sent.
+/// Owns an easy handle, which CurlConnection runs. A reply is refused when its head or body is too
+/// long, when it is compressed, and when it came before the whole report was sent.
 class CurlTransfer {
  public:
   static constexpr std::size_t headBytesMax = 64UL * 1024;

@@ -55,15 +55,14 @@ class HttpConnection {
   HttpConnection& operator=(const HttpConnection&) = delete;
 };
 
-/// Loads the module with libcurl, if it is not loaded yet. It takes as long as everything else that
-/// a start does, so a run that uploads calls this while its commands run. Returns the error, or "".
+/// Loads the module with libcurl, if it is not loaded yet, and returns the error, or "". Loading
+/// takes as long as the rest of a start, so a run that uploads calls this while its commands run.
 std::string loadHttpModule();
 
-/// Sends `request` once, over HTTP/1.1, with certificate checks against the system's store, and
-/// through the proxy of the environment or else of the desktop. Redirects are followed, but never
-/// from https to http. A request without progress for `stallLimit` fails, and so does a reply that
-/// takes ten times that. Why it failed is logged. Returns nothing if the module cannot be loaded,
-/// or for a URL that is not one of http or https with a host.
+/// Sends `request` once, over HTTP/1.1, with certificate checks, through the proxy of the
+/// environment or else of the desktop. It fails, and logs why, after `stallLimit` without progress,
+/// when the reply takes ten times that, or when a redirect leads from https to http. Returns
+/// nothing if the module cannot be loaded, or the URL is not one of http or https with a host.
 std::unique_ptr<HttpConnection> sendHttpRequest(EventLoop& loop, HttpRequest request,
                                                 HttpConnectionDelegate& delegate,
                                                 std::chrono::milliseconds stallLimit);

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 Halvik
 // SPDX-License-Identifier: Apache-2.0
 
-// What the program and its module with libcurl agree on.
+// The interface between the program and its module with libcurl.
 
 #pragma once
 

@@ -13,10 +13,8 @@
 
 namespace platform {
 
-/// A growable run of bytes, kept once and in one piece. A short text gets just its own size; a long
-/// one doubles, with realloc and not a vector, since that can move the pages of a large block
-/// without copying them. So a buffer of B bytes costs about B bytes of memory at any moment. Not
-/// copyable.
+/// A growable run of contiguous bytes, not copyable, which costs about its own size of memory: a
+/// long one doubles by realloc, which can move its pages without copying them.
 class ByteBuffer {
  public:
   ByteBuffer() = default;

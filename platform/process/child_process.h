@@ -15,11 +15,9 @@
 
 namespace platform {
 
-/// A command whose standard output and standard error are read through pipes. It inherits standard
-/// input, environment and working directory, starts with no signal ignored or blocked, and has none
-/// of this program's other descriptors. What it prints and how it ends is for the owner to judge:
-/// the exit status is not kept. A signal that ends the program is passed on to it as a request to
-/// end.
+/// A command whose standard output and standard error are read through pipes; its exit status is
+/// not kept. It inherits standard input, environment and working directory, but no other descriptor
+/// of this program, and is ended by a signal that ends the program.
 class ChildProcess {
  public:
   enum class Stream { output, error };
@@ -41,16 +39,14 @@ class ChildProcess {
   /// data). Throws std::system_error naming the path and the reason when it cannot be started.
   void launch(Handler exited);
 
-  /// Sends the command the termination signal if it still runs, and lets it take notice if it is
-  /// stopped.
+  /// Sends the command, if it still runs, the termination signal, and continues a stopped one.
   void terminate() const;
 
   /// Appends what is there to be read now to `buffer`, with one read. Does not wait.
   void readAvailable(Stream stream, ByteBuffer& buffer);
 
-  /// Reads both streams to their end and closes them. Waits as long as any descendant of the
-  /// command holds one open; the two are read side by side, since a writer that fills the one may
-  /// come to the other only afterwards.
+  /// Reads both streams, side by side, to their end and closes them. Waits as long as any
+  /// descendant of the command holds one open.
   void readToEnd(ByteBuffer& output, ByteBuffer& error);
 
   /// Reaps a command that has ended; readToEnd() does so as well.

@@ -9,8 +9,7 @@
 
 namespace platform {
 
-/// Waits for one child process, as spawn() has started it, to exit, and leaves it to its owner to
-/// reap it. It takes no notice of other children.
+/// Waits for one child process of spawn() to exit, and leaves it to its owner to reap it.
 class ExitWatcher {
  public:
   /// `eventLoop` must outlive the watch.
@@ -20,7 +19,7 @@ class ExitWatcher {
   ExitWatcher& operator=(const ExitWatcher&) = delete;
 
   /// Calls `exited`, once at least, in a turn of the loop after the child with Spawned::exitHandle
-  /// `handle` has exited, also if it exited before this call. It must not have been reaped. Throws
+  /// `handle` has exited, even if it did so before this call; it must not have been reaped. Throws
   /// std::system_error if it cannot be watched.
   void watch(int handle, EventLoop::Handler exited);
 

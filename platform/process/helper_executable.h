@@ -13,9 +13,8 @@ namespace platform {
 /// the program is.
 std::string helperPath(const std::string& name);
 
-/// Executes the helper called `name` in place of this program, with the arguments `argv`, the same
-/// environment and the same process number. Returns only if that fails, with the error number. To
-/// be called before an EventLoop exists.
+/// Executes the helper called `name` in place of this program, before there is an EventLoop, with
+/// the arguments `argv`. Returns only if that fails, with the error number.
 int executeHelper(const std::string& name, char* const* argv);
 
 /// Why the window's libraries cannot be loaded, and which package to install, which the system's

@@ -17,10 +17,9 @@
 #include "platform/process/spawn.h"
 #include "platform/process/termination_signals.h"
 
-// posix_spawn gives the child a copy of the parent's whole table of descriptors, which it then
-// closes one by one. Every running command has three descriptors here, so that the cost of starting
-// thousands of them grew with the square of their number. This child borrows the table, and takes a
-// copy of its first few entries only.
+// posix_spawn gives the child a copy of the whole descriptor table, with three entries for each
+// running command, so that the time to start thousands grew with the square of their number. This
+// child shares the table, and copies only its first few entries.
 
 namespace platform {
 
@@ -58,8 +57,8 @@ struct Start {
   int error = 0;
 };
 
-// Libraries ignore signals behind our back, SIGPIPE for one; a shell pipeline in a command relies
-// on the default. The two signals that the C library keeps for itself refuse, and are never set.
+// Libraries make this process ignore signals such as SIGPIPE, whose default action a pipeline in a
+// command relies on. The two signals of the C library refuse, and are never changed.
 void resetSignals() {
   for (int signal = 1; signal < NSIG; ++signal) {
     if (!staysIgnored(signal)) {
@@ -71,7 +70,7 @@ void resetSignals() {
   sigprocmask(SIG_SETMASK, &none, nullptr);
 }
 
-// Runs in the child, on memory that it shares with the parent, which stands still meanwhile.
+// Runs in the child, on memory that it shares with the parent, which waits meanwhile.
 int runChild(void* context) {
   auto& start = *static_cast<Start*>(context);
   const auto behindLow = static_cast<unsigned>(std::max(start.low.output, start.low.error)) + 1;

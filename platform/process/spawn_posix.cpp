@@ -20,7 +20,7 @@ namespace platform {
 
 namespace {
 
-// More than any system hands out unless told to, and still looked through within a blink.
+// Above every system's default, and few enough to check one by one.
 constexpr long descriptorsMax = 1'000'000;
 
 // Makes every descriptor that is open now one that closes when a command begins.
@@ -36,8 +36,8 @@ bool closeOnExec() {
   return true;
 }
 
-// No signal is blocked, and none ignored but those that staysIgnored() names. Libraries ignore
-// signals, SIGPIPE for one; a shell pipeline in a command relies on the default.
+// Libraries make this process ignore signals such as SIGPIPE, whose default action a pipeline in a
+// command relies on.
 void setSignals(posix_spawnattr_t& attributes) {
   sigset_t set;
   sigemptyset(&set);

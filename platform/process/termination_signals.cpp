@@ -13,9 +13,8 @@
 
 #include "text/log.h"
 
-// The signal handler does all of it. The event loop may be blocked when the signal comes, by a slow
-// disk or a full pipe. The handler runs in the main thread only, which is the one that changes the
-// set of children, with signals blocked.
+// The signal handler does all of it, as a slow disk or a full pipe may block the event loop. It
+// runs in the main thread only, which changes the set of children with signals blocked.
 
 namespace platform {
 

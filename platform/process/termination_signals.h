@@ -10,14 +10,12 @@
 
 namespace platform {
 
-/// From here on a termination signal first cleans up, at any moment and whatever the program waits
-/// for, and then ends it by its default action, so that its parent sees which signal it was. One
-/// that was ignored when the program was started stays ignored. A second call does nothing more.
+/// From here on a termination signal, unless it was ignored when the program was started, first
+/// cleans up and then ends the program by its default action. A second call does nothing more.
 void handleTerminationSignals();
 
-/// Whether `signal` is one that a terminal sends to its foreground processes, and it was ignored
-/// when the program was started, by `nohup` for example. The commands then ignore it too: in a run
-/// that outlives its terminal, they have to as well. It is async-signal-safe.
+/// Whether `signal` is one that a terminal sends, and it was ignored when the program was started,
+/// as by `nohup`; async-signal-safe. The commands then ignore it too, to outlive the terminal.
 bool staysIgnored(int signal);
 
 /// While it lives, no signal handler runs in this thread.

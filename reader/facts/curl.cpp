@@ -61,7 +61,7 @@ void readHeader(const BlockToRead& block, const Line& line, std::string_view tex
     const std::vector<std::string_view> words = wordsOf(text);
     check.status = words.size() > 1 ? wholeNumber(words[1]) : std::nullopt;
     check.source = block.at(line);
-    check.isStored = false;
+    check.isCached = false;
     return;
   }
   const std::string lower = lowered(text.substr(0, 10));
@@ -70,7 +70,7 @@ void readHeader(const BlockToRead& block, const Line& line, std::string_view tex
   } else if (lower.starts_with("date: ")) {
     check.date = trimmed(text.substr(6));
   } else if (lower.starts_with("age: ")) {
-    check.isStored = true;
+    check.isCached = true;
   }
   if (!check.proxy && speaksOfProxy(text)) {
     check.proxy = block.at(line);
@@ -150,7 +150,7 @@ bool isOfOurTime(std::string_view date) {
 /// Only of the service's own servers: other servers may have any clock.
 void noteServerClock(const WebCheck& check, const BlockToRead& block, Facts& facts) {
   const bool isService = check.kind == Kind::expected || check.kind == Kind::blockPage;
-  if (!isService || check.isStored || !isOfOurTime(check.date) ||
+  if (!isService || check.isCached || !isOfOurTime(check.date) ||
       !facts.system.serverClock.empty()) {
     return;
   }
@@ -164,8 +164,8 @@ void noteServerClock(const WebCheck& check, const BlockToRead& block, Facts& fac
   }
 }
 
-/// What stands in place of curl is a shell's word that there is none, or the like. Of its own, it
-/// prints nothing, what it does, or an error with a number.
+/// Whether something else printed this, such as a shell without a curl. To standard error, curl
+/// itself prints nothing, what it does, or an error with a number.
 bool isAnotherTool(const BlockToRead& block) {
   const std::string_view error = trimmed(block.block.error());
   return trimmed(block.block.output()).empty() && !error.empty() && !error.starts_with("* ") &&

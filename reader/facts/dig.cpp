@@ -41,7 +41,7 @@ void readAnswer(const BlockToRead& block, const Line& line, Query& query) {
                            .source = block.at(line)});
 }
 
-/// Why there was no answer, if this line tells.
+/// Why there was no answer, if this line says so.
 std::string_view errorIn(std::string_view text) {
   for (const std::string_view error :
        {"timed out", "connection refused", "network unreachable", "host unreachable",
@@ -144,7 +144,7 @@ Reading readDig(const BlockToRead& block, Facts& facts) {
   if (query.isAnswered()) {
     query.error = {};
   } else if (query.error.empty()) {
-    // An empty block tells nothing: what was in it may not have been text.
+    // An empty block proves nothing: what was in it may not have been text.
     return block.block.standardOutput || block.block.standardError ? Reading::notUnderstood
                                                                    : Reading::read;
   }

@@ -31,7 +31,7 @@ struct BlockToRead {
   Source firstError() const;
 };
 
-/// All facts of a report. `report` must outlive them. `endpoints` are those of the plan.
+/// All facts of `report`, which must outlive them; `endpoints` are those of the plan.
 Facts extractFacts(const Report& report, const diagnostics::Endpoints& endpoints);
 
 /// What has been read of a block.

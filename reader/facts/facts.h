@@ -90,8 +90,8 @@ struct WebCheck {
   std::string_view text{};
   std::string_view page{};
   std::string_view date{};
-  /// It comes from a store on the way, so its date is that of an earlier time.
-  bool isStored = false;
+  /// It comes from a cache, so its date is that of an earlier time.
+  bool isCached = false;
   Kind kind = Kind::unknown;
   std::string_view error{};
   Source source{};
@@ -150,7 +150,7 @@ struct SkivraLogs {
 struct Skivra {
   enum class File { unknown, present, missing };
 
-  /// Whether its folder is there; nothing if the report does not tell.
+  /// Whether its folder is there; nothing if the report does not say.
   std::optional<bool> isInstalled{};
   File stateFile = File::unknown;
   std::string_view state{};
@@ -196,7 +196,7 @@ struct Facts {
   const Ping* ping(std::string_view key) const;
   const WebCheck* webCheck(std::string_view key) const;
   const Resolver* resolver(std::string_view key) const;
-  /// Whether the machine asks a name server on itself; nothing if the report does not tell.
+  /// Whether the machine asks a name server on itself; nothing if the report does not say.
   std::optional<bool> usesSkivra() const;
 };
 

@@ -38,12 +38,12 @@ struct Query {
   std::string_view status{};
   std::vector<Answer> answers{};
   std::optional<double> timeMs{};
-  /// Address and port, as "192.0.2.53#53"; empty if not told.
+  /// Address and port, as "192.0.2.53#53"; empty if unknown.
   std::string_view answeredBy{};
   std::string_view when{};
   /// Why there was no answer.
   std::string_view error{};
-  /// The line that tells the outcome.
+  /// The line with the result.
   Source source{};
 
   bool isAnswered() const { return !status.empty(); }

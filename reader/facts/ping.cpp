@@ -55,7 +55,7 @@ void readLine(const BlockToRead& block, const Line& line, Ping& ping) {
   } else if (readCounts(line.text, ping)) {
     ping.source = block.at(line);
   } else if (isComplaint(line.text)) {
-    // macOS tells it as so many bytes from a router.
+    // macOS prints it as so many bytes from a router.
     ping.error = ping.error.empty() ? trimmed(line.text) : ping.error;
   } else if (contains(line.text, " bytes from ") && !contains(line.text, "DUP!")) {
     readTime(line.text, ping);

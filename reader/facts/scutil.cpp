@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 Halvik
 // SPDX-License-Identifier: Apache-2.0
 
-// What `scutil --dns` prints, on macOS and by the script that stands in for it on Linux.
+// What `scutil --dns` prints, on macOS and by the script that replaces it on Linux.
 
 #include "reader/facts/extract.h"
 

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 Halvik
 // SPDX-License-Identifier: Apache-2.0
 
-// What `system_profiler SPSoftwareDataType` prints, on macOS and by the script that stands in for
-// it on Linux.
+// What `system_profiler SPSoftwareDataType` prints, on macOS and by the script that replaces it on
+// Linux.
 
 #include <array>
 #include <utility>

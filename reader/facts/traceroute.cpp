@@ -26,7 +26,7 @@ struct HopLine {
 };
 
 std::optional<HopLine> hopLine(std::string_view text) {
-  // What could not be sent is told within the line, after its number or an asterisk.
+  // The error of a probe is within the line, after its number or an asterisk.
   text = text.substr(0, text.find("traceroute: "));
   HopLine line{.number = std::nullopt, .words = wordsOf(text)};
   if (line.words.empty() || !(text[0] == ' ' || (text[0] >= '0' && text[0] <= '9'))) {

@@ -18,9 +18,9 @@ const Finding* withId(const ReportReading& reading, std::string_view id) {
   return found == reading.findings.end() ? nullptr : &*found;
 }
 
-/// Whether the report has such a block, and it says something: as a whole, and not by silence,
-/// which means something of `curl` only.
-bool tells(const Report& report, const PlannedBlock* planned) {
+/// Whether the report has such a block, whole and not empty. An empty one has a meaning with `curl`
+/// only.
+bool hasResult(const Report& report, const PlannedBlock* planned) {
   return std::ranges::any_of(report.blocks, [&](const Block& block) {
     return planned != nullptr && block.planned == planned && block.isComplete() &&
            (block.standardOutput || block.standardError || planned->kind == "curl");
@@ -28,9 +28,10 @@ bool tells(const Report& report, const PlannedBlock* planned) {
 }
 
 /// Whether the other report has all that the finding of this one rests on.
-bool canBeTold(const Finding& finding, const ReportReading& reading, const ReportReading& other) {
+bool isComparable(const Finding& finding, const ReportReading& reading,
+                  const ReportReading& other) {
   return std::ranges::all_of(finding.evidence, [&](const Source& source) {
-    return tells(other.report, reading.report.blocks[source.block].planned);
+    return hasResult(other.report, reading.report.blocks[source.block].planned);
   });
 }
 
@@ -50,14 +51,15 @@ std::string findingsOnlyIn(const ReportReading& one, const ReportReading& other,
   std::string text;
   for (const Finding& finding : one.findings) {
     if (withId(other, finding.id) == nullptr) {
-      text += findingLine(canBeTold(finding, one, other) ? labels.absent : labels.unknown, finding);
+      text +=
+          findingLine(isComparable(finding, one, other) ? labels.absent : labels.unknown, finding);
     }
   }
   return text;
 }
 
 std::string shownOrNothing(const std::string& text) {
-  return text.empty() ? "(not told)" : printable(text, 500);
+  return text.empty() ? "(unknown)" : printable(text, 500);
 }
 
 std::string changedLine(const std::string& label, const std::string& before,
@@ -154,10 +156,8 @@ std::string paragraph(const std::string& heading, const std::string& text) {
 
 std::string comparisonOf(const ReportReading& before, const ReportReading& later) {
   std::string text =
-      findingsOnlyIn(later, before,
-                     {"new: ", "found now, cannot be told in the earlier report: "}) +
-      findingsOnlyIn(before, later,
-                     {"gone: ", "found before, cannot be told in the later report: "});
+      findingsOnlyIn(later, before, {"new: ", "found now, unknown in the earlier report: "}) +
+      findingsOnlyIn(before, later, {"gone: ", "found before, unknown in the later report: "});
   for (const Finding& finding : later.findings) {
     if (withId(before, finding.id) != nullptr) {
       text += findingLine("still: ", finding);

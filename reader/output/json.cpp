@@ -46,7 +46,7 @@ class Writer {
     writeText(text);
   }
 
-  /// A text of any length, of which only a piece is in memory once more.
+  /// A text of any length, of which only a chunk is copied at a time.
   void writeText(std::optional<std::string_view> text) {
     if (!text) {
       write("null");
@@ -54,28 +54,28 @@ class Writer {
     }
     write("\"");
     while (!text->empty()) {
-      const std::size_t size = pieceSize(*text);
-      const std::string piece = dumped(Json(std::string(text->substr(0, size))));
-      write(std::string_view(piece).substr(1, piece.size() - 2));
+      const std::size_t size = chunkSize(*text);
+      const std::string chunk = dumped(Json(std::string(text->substr(0, size))));
+      write(std::string_view(chunk).substr(1, chunk.size() - 2));
       text->remove_prefix(size);
     }
     write("\"");
   }
 
  private:
-  /// A piece that does not end inside a character.
-  static std::size_t pieceSize(std::string_view text) {
-    constexpr std::size_t pieceMax = 65536;
-    if (text.size() <= pieceMax) {
+  /// The size of a chunk that does not end inside a character.
+  static std::size_t chunkSize(std::string_view text) {
+    constexpr std::size_t chunkMax = 65536;
+    if (text.size() <= chunkMax) {
       return text.size();
     }
     constexpr std::size_t characterMax = 4;
-    for (std::size_t size = pieceMax; size > pieceMax - characterMax; --size) {
+    for (std::size_t size = chunkMax; size > chunkMax - characterMax; --size) {
       if ((static_cast<unsigned char>(text[size]) & 0xC0U) != 0x80) {
         return size;
       }
     }
-    return pieceMax;
+    return chunkMax;
   }
 
   Output& output;

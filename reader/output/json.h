@@ -15,7 +15,7 @@ namespace reader {
 /// Whether the text is to stand inside a page: then no character of it can be taken for markup.
 enum class JsonUse { alone, inPage };
 
-/// Writes all of a reading as one line of ASCII. Texts are written piece by piece: a report may be
+/// Writes all of a reading as one line of ASCII. Texts are written in chunks: a report may be
 /// as long as memory.
 void writeJson(Output& output, const ReportReading& reading, JsonUse use);
 

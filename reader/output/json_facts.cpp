@@ -28,7 +28,7 @@ using Json = nlohmann::ordered_json;
 
 constexpr std::size_t textMax = 500;
 
-/// Facts that a report does not tell are null.
+/// Unknown facts are null.
 Json text(std::string_view value) {
   return value.empty() ? Json(nullptr) : Json(std::string(value.substr(0, textMax)));
 }

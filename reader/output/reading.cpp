@@ -42,7 +42,7 @@ std::string skivraState(const Skivra& skivra) {
       (!skivra.isInstalled && skivra.stateFile == Skivra::File::missing)) {
     return "not installed";
   }
-  // That its folder is there is less than a state that the report does not tell.
+  // That its folder is there does not say in which state it is.
   if (skivra.stateFile == Skivra::File::unknown) {
     return {};
   }

@@ -28,9 +28,9 @@ struct Step {
   Index before = none;
 };
 
-// A row has as many commands of every run as can be. Of several such rows, the one that leaves out
-// the fewest titles where they should not be, then the one that leaves out titles at the fewest
-// places, then the one with the most other blocks.
+// Of several rows with the most commands of every run, the best one leaves out the fewest titles
+// outside foreign text, then titles at the fewest places, and then has the most other blocks. Of
+// equal ones it is the latest: a forged report in a page comes before the real blocks behind it.
 constexpr std::int64_t scoreOfBlock = std::int64_t{1} << 40;
 constexpr std::int64_t scoreOfStrangeGap = -4 * scoreOfBlock;
 constexpr std::int64_t scoreOfGap = -(std::int64_t{1} << 24);

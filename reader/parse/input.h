@@ -13,7 +13,7 @@
 
 namespace reader {
 
-/// The bytes of a file, once.
+/// The bytes of a file.
 class Input {
  public:
   /// Reads the file at `path`, or standard input for "-". Throws std::system_error if that fails.

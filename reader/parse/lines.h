@@ -20,9 +20,8 @@ struct Line {
   std::size_t number = 0;
 };
 
-/// The lines of `text`, the first of which has the number `first`. A carriage return before a line
-/// feed belongs to the end of the line. What follows the last line feed is a line if it is not
-/// empty.
+/// The lines of `text`, numbered from `first`; what follows the last line feed is one if it is not
+/// empty. A carriage return before a line feed belongs to the end of the line.
 std::vector<Line> linesOf(std::string_view text, std::size_t first);
 
 /// What stands between blanks and tabs.

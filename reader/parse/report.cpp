@@ -48,7 +48,7 @@ bool endsLikeAReport(std::string_view text) {
   return text.ends_with("\n\n") || text.ends_with("\n\r\n");
 }
 
-/// What the program prints after a report: an empty line, and what became of the report.
+/// What the program prints after a report: an empty line, and where the report went.
 std::string_view printedAfter(std::string_view text) {
   constexpr std::string_view file = "outputFile=";
   constexpr std::string_view address = "url=";

@@ -1,9 +1,8 @@
 // SPDX-FileCopyrightText: 2026 Halvik
 // SPDX-License-Identifier: Apache-2.0
 
-// A report taken apart: its head, its blocks, and what is neither. Nothing is copied: all texts are
-// views into the report, which must outlive them. Every byte of it is in the head, in a block or in
-// what was not read.
+// A report taken apart: its head, its blocks, and what is in neither, without losing a byte. All
+// texts are views into the report, which must outlive them.
 
 #pragma once
 

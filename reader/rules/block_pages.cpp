@@ -67,7 +67,7 @@ std::optional<Finding> findBlockPage(const Facts& facts) {
   return finding;
 }
 
-/// Whether some other page came. An error is none: of that, another finding tells.
+/// Whether some other page came. An error is none: another finding reports it.
 bool isOpen(const WebCheck& check) {
   return check.kind == Kind::expected || (check.kind == Kind::otherPage && !isErrorPage(check));
 }

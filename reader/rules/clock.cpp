@@ -19,8 +19,7 @@ using Minutes = std::chrono::sys_time<std::chrono::minutes>;
 
 struct Moment {
   Minutes time;
-  /// Whether its time zone is known to be UTC. Otherwise it may be off by as much as the earth is
-  /// round.
+  /// Whether its time zone is known to be UTC. Otherwise it may be off by any time zone.
   bool isUtc = false;
 };
 

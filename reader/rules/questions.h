@@ -40,7 +40,7 @@ bool isResolverASilent(const Facts& facts);
 /// The service's resolver A was asked on this port and did not answer; nothing if it was not asked.
 std::optional<bool> isSilentOnPort(const Facts& facts, int port);
 
-/// Whether the Skivra is on the machine, as far as the report tells.
+/// Whether the Skivra is on the machine, as far as the report shows.
 bool hasSkivra(const Facts& facts);
 
 /// Echo requests that got lost, of all that were sent to hosts that answer at all.

@@ -52,7 +52,7 @@ std::optional<Finding> findBypass(const Facts& facts) {
                       "See which program or person changed the resolvers in the network "
                       "settings, and restart the Skivra."};
   for (const NameServer& server : facts.nameServers) {
-    // Who answers for one domain is not asked about anything else.
+    // A server for one domain is asked about nothing else.
     if (!server.domain.empty()) {
       continue;
     }

@@ -14,7 +14,7 @@ namespace {
 
 using Kind = WebCheck::Kind;
 
-/// Another finding tells why nothing came.
+/// Another finding says why nothing came.
 bool isExplained(const Facts& facts, const WebCheck& check) {
   const std::string host = hostOf(check.url);
   if (!isIpv4Address(host) && isResolutionBroken(facts)) {

@@ -17,11 +17,11 @@ def say(text):
 
 
 class Failed(Exception):
-    """A step did not succeed; its log tells why."""
+    """A step failed; its log has the reason."""
 
 
 class Skipped(Exception):
-    """A step lacks what it needs; its log tells what."""
+    """A step lacks what it needs; its log names it."""
 
 
 class Step:

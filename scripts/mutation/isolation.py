@@ -3,9 +3,8 @@
 
 """Runs commands where a changed program can do no harm, and ends them.
 
-What was changed by chance may send, write or start anything. So it runs without a network, where nothing can be
-written but an empty folder (by root; others can write little anyway), and with process numbers of its own: when the
-first process ends, all do.
+A changed program may send, write or start anything: it runs without a network, where root can write nothing but an
+empty folder, and in a process namespace of its own, which ends with its first process.
 """
 
 import os
@@ -19,7 +18,7 @@ PLACE = pathlib.Path("/tmp")  # which the unit tests' framework writes to, whate
 START = f'mount -t tmpfs none {PLACE} && cd {PLACE} && ip link set lo up && '
 WRITE_PROTECT = "mount -o remount,bind,ro / && "
 GO = 'ulimit -S -t "$1" && shift && { "$@"; exit $?; }'
-ENDLESS = 128 + signal.SIGXCPU  # the status, as the shell tells it, of what used up its time
+ENDLESS = 128 + signal.SIGXCPU  # the status, as the shell reports it, of what used up its time
 
 
 class NotPermitted(Exception):

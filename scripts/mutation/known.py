@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 Halvik
 # SPDX-License-Identifier: Apache-2.0
 
-"""The list of the changes that no test can see, each with the reason."""
+"""The list of equivalent mutants: changes that no test can see, each with the reason."""
 
 import pathlib
 import tomllib

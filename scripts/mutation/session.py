@@ -87,7 +87,7 @@ class Session:
                 if mutant not in self.unseen:
                     outcome = worker.attempt(mutant, self.sources[mutant.file])
                 self.outcomes.append((mutant, outcome))
-                self.tell(mutant, outcome)
+                self.report(mutant, outcome)
         except queue.Empty:
             pass
         except InterruptedError:
@@ -95,7 +95,7 @@ class Session:
         except Exception as error:
             self.failure = error
 
-    def tell(self, mutant, outcome):
+    def report(self, mutant, outcome):
         with open(self.tree.changed / "outcomes", "a") as log:
             print(outcome.verdict, outcome.by, *mutant.name, sep=" | ", file=log)
         if outcome.verdict == trial.SURVIVED:

@@ -20,7 +20,7 @@ COMPILE_SECONDS = 300
 @dataclasses.dataclass(frozen=True)
 class Outcome:
     verdict: str
-    by: str = ""  # the step that told
+    by: str = ""  # the step that decided it
 
 
 class KnownCode:

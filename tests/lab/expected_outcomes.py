@@ -53,7 +53,7 @@ OUTCOMES = {
     "skivra-no-state": DELIVERED,
     "skivra-bypassed": DELIVERED,
     "submission-500": NOT_CONFIRMED,
-    "submission-two-pieces": DELIVERED,
+    "submission-two-halves": DELIVERED,
     "submission-closes": NOT_CONFIRMED,
     "submission-stalls": NOT_CONFIRMED,
     "certificate-expired": NOT_SENT,

@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 Halvik
 # SPDX-License-Identifier: Apache-2.0
 
-"""The example of docs/many-machines.md: an office of twenty machines, five of which have a trouble of their own."""
+"""The example of docs/many-machines.md: an office of twenty machines, five of which have a fault."""
 
 import pathlib
 import re

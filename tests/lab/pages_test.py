@@ -8,7 +8,7 @@ import unittest
 
 import labs
 import expected_outcomes
-import expected_signs
+import expected_patterns
 import office_example
 import scenarios
 
@@ -41,7 +41,7 @@ class ScenariosTest(unittest.TestCase):
 
     def test_what_is_expected_of_each_scenario(self):
         self.assertEqual(list(expected_outcomes.OUTCOMES), list(scenarios.SCENARIOS))
-        self.assertEqual(list(expected_signs.SIGNS), list(scenarios.SCENARIOS))
+        self.assertEqual(list(expected_patterns.PATTERNS), list(scenarios.SCENARIOS))
 
     def test_the_table_of_the_readme(self):
         expected = []

@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 Halvik
 # SPDX-License-Identifier: Apache-2.0
 
-"""The reader of reports names the trouble of each scenario from the report of a run in it, and nothing else."""
+"""The reader of reports names the fault of each scenario from the report of a run in it, and nothing else."""
 
 import functools
 import unittest

@@ -13,7 +13,7 @@ import unittest
 
 import endpoints
 import labs
-import outside
+import packet_capture
 import plan
 import program_tests
 import report_text
@@ -21,8 +21,8 @@ import scenarios
 import skivra
 import upload_form
 from expected_outcomes import OUTCOMES
-from expected_signs import SIGNS
-from signs import STDERR, STDOUT
+from expected_patterns import PATTERNS
+from output_patterns import STDERR, STDOUT
 
 # Those that wait longest begin first, so that the others fit beside them.
 SLOW = ["submission-stalls", "resolver-down", "port-53-blocked", "gateway-silent", "line-down",
@@ -43,9 +43,9 @@ class Run:
     files: dict
     uploads: list
 
-    def shows(self, sign):
+    def matches(self, pattern):
         streams = {STDOUT: self.ended.stdout.decode(), STDERR: "\n".join(self.ended.messages)}
-        return sign.is_seen(streams, [(name.decode(), content.decode()) for name, content in self.blocks])
+        return pattern.matches(streams, [(name.decode(), content.decode()) for name, content in self.blocks])
 
     @property
     def blocks(self):
@@ -61,9 +61,9 @@ def observe(scenario):
 
 
 def setUpModule():
-    global around, runs
-    around = outside.Outside()
-    unittest.addModuleCleanup(around.close)
+    global capture, runs
+    capture = packet_capture.PacketCapture()
+    unittest.addModuleCleanup(capture.close)
     names = sorted(scenarios.SCENARIOS, key=lambda name: name not in SLOW)
     runs = labs.SideBySide({name: functools.partial(observe, name) for name in names})
 
@@ -133,32 +133,32 @@ class OutcomeTest(unittest.TestCase):
 
     def test_nothing_left_a_lab(self):
         runs.wait()
-        self.assertEqual(around.received(), [])
+        self.assertEqual(capture.packets(), [])
         with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as from_here:
             from_here.sendto(b"a query", (endpoints.roles()["serviceResolverA"], 53))
-        self.assertEqual(len(around.received()), 1, "what leaves would be seen")
+        self.assertEqual(len(capture.packets()), 1, "what leaves would be seen")
 
 
-class SignsTest(unittest.TestCase):
-    """The report and what the program prints show the signs of the scenario, and not all those of any other."""
-
-    @in_each_scenario
-    def test_a_scenario_shows_its_signs(self, scenario, run):
-        for sign in SIGNS[scenario]:
-            self.assertTrue(run.shows(sign), sign)
+class OutputTest(unittest.TestCase):
+    """The report and what the program prints match the patterns of the scenario, and not all those of any other."""
 
     @in_each_scenario
-    def test_no_other_scenario_shows_all_of_them(self, scenario, run):
+    def test_a_scenario_matches_its_patterns(self, scenario, run):
+        for pattern in PATTERNS[scenario]:
+            self.assertTrue(run.matches(pattern), pattern)
+
+    @in_each_scenario
+    def test_no_other_scenario_matches_all_of_them(self, scenario, run):
         for other in scenarios.SCENARIOS:
             if other not in (scenario, "clear"):
-                self.assertFalse(all(run.shows(sign) for sign in SIGNS[other]), f"this could be {other}")
+                self.assertFalse(all(run.matches(pattern) for pattern in PATTERNS[other]), f"this could be {other}")
 
     @in_each_scenario
     def test_trouble_with_the_submission_alone_leaves_the_report_as_in_clear(self, scenario, run):
         usual = {field: getattr(scenarios.SCENARIOS["clear"], field) for field in ABOUT_SUBMISSION}
         if dataclasses.replace(scenarios.SCENARIOS[scenario], **usual) == scenarios.SCENARIOS["clear"]:
-            for sign in SIGNS["clear"]:
-                self.assertTrue(sign.place in (STDOUT, STDERR) or run.shows(sign), sign)
+            for pattern in PATTERNS["clear"]:
+                self.assertTrue(pattern.place in (STDOUT, STDERR) or run.matches(pattern), pattern)
 
 
 def is_disk_full(scenario):

@@ -104,8 +104,8 @@ class Exchange:
 class Server:
     """An HTTP server that reads each request whole and answers it by the next of its scripts, the last one for ever.
 
-    A script takes the exchange. With at_connect, the scripts run as soon as a client connects, before anything is read.
-    With a context, which a test may change later, it speaks TLS; a client that ends the handshake is no error.
+    A script takes the exchange, with at_connect before anything is read. With a context, which a test may change later,
+    it speaks TLS; a client that ends the handshake is no error.
     """
 
     def __init__(self, *scripts, at_connect=False, receive_buffer=None, family=socket.AF_INET, context=None, port=0):

@@ -3,10 +3,8 @@
 
 """Namespaces for a test file: no packet leaves the machine, and the machine's files can be covered.
 
-Every test file that runs the program runs inside a network and a mount namespace of its own, with the loopback
-interface as the only way to anywhere: no packet leaves the machine whatever a test does, ports cannot clash with other
-jobs, and a test may put other files in the place of the machine's own. Where a machine forbids such namespaces, the
-files that cannot do without are skipped whole, and of the others the single tests that need one.
+Every test file that runs the program runs inside a mount namespace and a network namespace with the loopback interface
+only; where a machine forbids these, the test files and the single tests that need one are skipped.
 """
 
 import fcntl

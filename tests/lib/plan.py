@@ -3,8 +3,8 @@
 
 """The plan that a run is expected to launch, as plan.json has it: a second time, apart from the program.
 
-Each command there is a path, the arguments and, if it has one, a comment. Braces hold the name of a role of the
-endpoints, or the domain to test.
+A command there is a path, the arguments and, if it has one, a comment; braces hold the name of a role of the endpoints,
+or the domain to test.
 """
 
 import json

@@ -30,8 +30,8 @@ def block(name, stdout=b"", stderr=b""):
 def report(outputs=()):
     """The report of a run of the test build.
 
-    outputs holds, for each of the first commands, its line and what it prints: (line, stdout) or (line, stdout,
-    stderr). The test build runs other commands than the plan, but under the plan's comments.
+    outputs holds, for each of the first commands, its line and what it prints, as (line, stdout) or (line, stdout,
+    stderr); the comments are the plan's.
     """
     comments = plan.comments(endpoints.roles())
     outputs = list(outputs) + [(":",)] * (PLAN_LENGTH - len(outputs))

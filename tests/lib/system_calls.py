@@ -1,12 +1,10 @@
 # SPDX-FileCopyrightText: 2026 Halvik
 # SPDX-License-Identifier: Apache-2.0
 
-"""Makes single system calls of a program fail, and lets all others through.
+"""Makes single system calls of a program fail by user notifications of seccomp: the kernel asks us for a call's result.
 
-The kernel stops every call that a filter names and asks us what is to become of it (a "user notification" of seccomp).
-Unlike a tracer, we see the calls of all threads in one row, so that "the 17th mmap" is exactly one call; the commands
-that the program starts are let alone as soon as they run a program of their own; and the leak checker, which refuses to
-run under a tracer, still does.
+Unlike with a tracer, "the 17th mmap" is one call of all threads, commands are let through once they run their own
+program, and the leak checker works.
 """
 
 import ctypes
@@ -22,9 +20,8 @@ import time
 
 import seccomp
 
-# The binding receives notifications only in the process that has loaded the filter, and cannot set WAIT_KILLABLE. So
-# the system call installs the filter, and libseccomp itself receives the notifications. Without WAIT_KILLABLE, a call
-# that a signal interrupts would be stopped, and counted, twice.
+# Python's binding receives notifications only in the process that has loaded the filter, and cannot set WAIT_KILLABLE.
+# Without that, a call that a signal interrupts would be stopped, and counted, twice.
 _libseccomp = ctypes.CDLL("libseccomp.so.2", use_errno=True)
 _libc = ctypes.CDLL(None, use_errno=True)
 
@@ -93,10 +90,10 @@ class Call:
 
 
 class Gate:
-    """Stands before the system calls of one program and of its descendants.
+    """Stops the system calls of one program, started with `enter` as its preexec_fn, and of its descendants.
 
-    Pass `enter` as preexec_fn. `decide` is given each call that the program makes, and answers with an errno for one
-    that is to fail, or with 0. It runs in a thread of its own.
+    `decide` runs in a thread of its own: it gets each call of the program, and returns the errno with which it fails,
+    or 0.
     """
 
     def __init__(self, program, decide, stop=(), let_through=None):

@@ -95,7 +95,7 @@ def middle(place):
 
 
 class Events:
-    """What a screen reader is told, in order: a kind, the name of the control, and a number or text that comes with it."""
+    """The events that a screen reader gets, in order: a kind, the name of the control, and the event's number or text."""
 
     KINDS = {"object:state-changed:showing": "showing", "object:text-changed:insert": "inserted",
              "object:property-change:accessible-name": "named", "object:property-change:accessible-value": "value",
@@ -108,14 +108,14 @@ class Events:
             self._listener.register(kind)
             test.addCleanup(self._listener.deregister, kind)
 
-    def wait_until_told(self, window, keys, name, process):
-        """Presses keys that move the focus to a control of this name until that is seen: until the program knows of the
-        last one of the kinds, it tells nobody."""
-        def is_told():
+    def wait_until_reported(self, window, keys, name, process):
+        """Presses keys that move the focus to a control of this name until that is reported: before the program knows of
+        the last one of the kinds, it reports nothing."""
+        def is_reported():
             window.press(*keys)
             return ("focused", name, 1) in self.seen()
 
-        polling.wait_until(is_told, "the program tells what has the focus", process)
+        polling.wait_until(is_reported, "the program reports what has the focus", process)
 
     def _note(self, event):
         kind = self.KINDS[":".join(event.type.split(":")[:3]).rstrip(":")]

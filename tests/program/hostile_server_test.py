@@ -103,7 +103,7 @@ class EndlessTest(HostileTest):
                 self.assertEqual(self.server.requests[0].headers["accept-encoding"], "identity")
 
 
-class LyingTest(HostileTest):
+class MalformedReplyTest(HostileTest):
     def test_a_body_that_is_not_what_the_head_says(self):
         for name, data, reason in [
             ("shorter than its length", OK + b"Content-Length: 9\r\n\r\nurl",

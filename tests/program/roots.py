@@ -1,11 +1,9 @@
 # SPDX-FileCopyrightText: 2026 Halvik
 # SPDX-License-Identifier: Apache-2.0
 
-"""A /Library of a test's own, for the program alone.
+"""A /Library of a test's own, below a root folder for the program alone, which also shows the machine's files.
 
-The program is started below a root folder that shows the machine's files and, beside them, that /Library. The root is
-put together in a mount namespace that ends with the program: no test ever has the machine's files below a folder that
-it removes.
+That folder exists only in a mount namespace that ends with the program, so that no test can remove the machine's files.
 """
 
 # The arguments: a folder for the root, the folder that is to be /Library, the working directory, and the program's.

@@ -113,7 +113,7 @@ class EndTest(SignalTest):
 
     @isolation.needs_namespaces
     def test_while_the_name_of_the_server_is_looked_up(self):
-        """That is done by a thread of Qt's, which the system may choose to hand the signal to."""
+        """A thread of libcurl does that, and the system may deliver the signal to it."""
         self.look_up_names_at_port_53()
         for number in ENDING:
             with self.subTest(number.name), socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as mute:

@@ -62,7 +62,7 @@ class SuspendTest(SignalTest):
         self.assertEqual(report_text.blocks(ended.stdout)[0][1], b"stdout:\nbefore\nafter\n\n")
 
     def test_a_reply_that_came_during_a_suspension_counts(self):
-        """It arrived in time; that nobody looked for longer than an upload may stand still is not the line's fault."""
+        """It arrived in time; that nobody looked for longer than the stall limit is not the network's fault."""
         url = b"http://results.halvik.example/1"
         replied = []
 

@@ -111,13 +111,13 @@ class PhaseTest(PhaseCase):
 
 
 class OrderTest(PhaseCase):
-    def test_what_is_told_from_the_start_button_to_the_results(self):
+    def test_what_is_reported_from_the_start_button_to_the_results(self):
         server = self.serve()
         gate = windows.Gate(self)
         self.open_window(commands=[":"] + [gate.line] * (report_text.PLAN_LENGTH - 1), submit=server.url())
         self.wait_for_phase([])
         events = accessibility.Events(self)
-        events.wait_until_told(self.window, ["alt+a", "alt+t"], FIELDS[1], self.process)
+        events.wait_until_reported(self.window, ["alt+a", "alt+t"], FIELDS[1], self.process)
         self.window.press("alt+d", "Tab", "space")
         events.wait_for(("named", status(1), 0), self.process)
         gate.open()
@@ -142,7 +142,7 @@ class OrderTest(PhaseCase):
         if self.qt_version() < (6, 8):
             self.skipTest("Qt before 6.8 announces nothing")
         events = accessibility.Events(self)
-        events.wait_until_told(self.window, ["alt+a", "alt+t"], FIELDS[1], self.process)
+        events.wait_until_reported(self.window, ["alt+a", "alt+t"], FIELDS[1], self.process)
         self.window.press("alt+s")
         self.may_reply.release()
         events.wait_for(("announced", "Results", "See results at " + URL), self.process)

@@ -8,7 +8,7 @@
 //   line, or nothing at all
 //                        where there is no such line
 //   TEST_BUILD_SUBMIT_URL  where the report is uploaded to
-//   TEST_BUILD_STALL_MS    how long an upload may stand still, in milliseconds
+//   TEST_BUILD_STALL_MS    how long an upload may make no progress, in milliseconds
 
 #include <cstdlib>
 #include <fstream>

@@ -2,20 +2,20 @@
 // SPDX-License-Identifier: Apache-2.0
 
 // A block's text may be megabytes in one line or in many, so it is drawn a portion at a time.
-const PIECE_CHARACTERS = 8000;
+const SEGMENT_CHARACTERS = 8000;
 const PORTION_CHARACTERS = 400000;
 const PORTION_LINES = 4000;
 const CHUNK_LINES = 100;
 
-/** The lines of a text; one that is very long in pieces, of which the first has the number. */
-function* pieces(text, firstLine) {
+/** The lines of a text; a very long one in segments, of which the first has the number. */
+function* segments(text, firstLine) {
   let number = firstLine;
   for (let start = 0; start < text.length; number++) {
     const found = text.indexOf("\n", start);
     const end = found < 0 ? text.length : found;
     let from = start;
     do {
-      const to = Math.min(end, from + PIECE_CHARACTERS);
+      const to = Math.min(end, from + SEGMENT_CHARACTERS);
       yield { number, text: text.slice(from, to), follows: from > start };
       from = to;
     } while (from < end);
@@ -48,7 +48,7 @@ class BlockText {
 
   restart(pattern) {
     this.pattern = pattern;
-    this.left = pieces(this.text, this.firstLine);
+    this.left = segments(this.text, this.firstLine);
     this.next = this.left.next();
     this.chunk = null;
     this.pre.replaceChildren();
@@ -71,16 +71,16 @@ class BlockText {
     this.more.hidden = this.complete;
   }
 
-  draw(piece) {
+  draw(segment) {
     if (!this.chunk || this.chunk.childElementCount >= CHUNK_LINES) {
       this.chunk = element("span", { class: "chunk" });
       this.pre.append(this.chunk);
     }
-    const line = piece.follows ? element("span", { class: "line" })
-      : element("span", { class: "line", id: `L${piece.number}`, "data-number": piece.number });
-    appendMarked(line, piece.text, this.pattern);
+    const line = segment.follows ? element("span", { class: "line" })
+      : element("span", { class: "line", id: `L${segment.number}`, "data-number": segment.number });
+    appendMarked(line, segment.text, this.pattern);
     this.chunk.append(line, "\n");
-    this.shown = piece.number;
+    this.shown = segment.number;
   }
 
   fillTo(line) {

@@ -25,7 +25,7 @@ class Block {
 
   markTitle() {
     this.title.replaceChildren();
-    appendMarked(this.title, this.name.slice(0, PIECE_CHARACTERS), this.pattern);
+    appendMarked(this.title, this.name.slice(0, SEGMENT_CHARACTERS), this.pattern);
   }
 
   draw() {

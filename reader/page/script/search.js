@@ -48,10 +48,10 @@ class Search {
     tools.wrap.addEventListener("change", () => document.body.classList.toggle("wrapped", tools.wrap.checked));
     document.addEventListener("keydown", (event) => this.shortcut(event));
     document.addEventListener("line-hidden", () => this.clear());
-    this.tell(`${count(blocks.length, "block")}.`);
+    this.showStatus(`${count(blocks.length, "block")}.`);
   }
 
-  tell(text) {
+  showStatus(text) {
     this.tools.status.textContent = text;
     this.tools.next.disabled = this.tools.previous.disabled = !this.total;
   }
@@ -97,7 +97,7 @@ class Search {
       until = performance.now() + SLICE_MS;
     }
     document.getElementById("blocks").removeAttribute("aria-busy");
-    this.tell(pattern ? this.summary() : `${count(this.blocks.length, "block")}.`);
+    this.showStatus(pattern ? this.summary() : `${count(this.blocks.length, "block")}.`);
   }
 
   summary() {
@@ -114,7 +114,7 @@ class Search {
     mark?.classList.add("current");
     (mark ?? place.block.node).scrollIntoView({ block: "center" });
     const [at, total] = [this.at + 1, this.total].map((number) => number.toLocaleString("en"));
-    this.tell(`Match ${at} of ${total}, in ${shortened(place.block.name, 100)}.`);
+    this.showStatus(`Match ${at} of ${total}, in ${shortened(place.block.name, 100)}.`);
   }
 
   openAll() {
@@ -122,7 +122,7 @@ class Search {
     for (const block of this.blocks.filter(({ node }) => !node.hidden)) {
       characters += block.outputs.reduce((sum, { text }) => sum + Math.min(text.length, PORTION_CHARACTERS), 0);
       if (characters > 10 * PORTION_CHARACTERS) {
-        this.tell("Too much to open all of it; the first blocks are open.");
+        this.showStatus("Too much to open all of it; the first blocks are open.");
         return;
       }
       block.open();

@@ -2,8 +2,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /**
- * A table with a caption. A column is {head, cell(row), kind}; the first one heads its rows. Kind "number" is aligned at
- * the right, kind "wide" may break.
+ * A table with a caption, whose first column heads the rows. A column is {head, cell(row), kind}: kind "number" is aligned
+ * at the right, kind "wide" may break.
  */
 function table(caption, columns, rows, attributes = {}) {
   const head = columns.map((column) => element("th", { scope: "col", class: column.kind }, column.head));

@@ -110,9 +110,8 @@ class Fallback(Scenario):
 class Window(Scenario):
     """A run is started in the window, and the window is closed when the outcome is shown.
 
-    What Qt, its fonts and the X server need before the window stands is none of this program's doing: calls
-    fail from the moment on at which the start button is pressed. If the window then shows that the upload has failed,
-    trouble is over, and a second run in the same window has to be delivered.
+    Calls fail once the start button is pressed, as what Qt needs before is not this program's; after a failed upload
+    they succeed again, and a second run in the same window has to be delivered.
     """
 
     name = "window"

@@ -43,8 +43,8 @@ def count(kind):
 def failures(kind, calls, is_thorough=False):
     """Every failure to try, and the phase that it belongs to, by the calls that an undisturbed run makes.
 
-    Each call fails by each of its errors. Of those that a run makes again and again, once for each command, the errors
-    take turns, unless it is to be thorough.
+    Each call fails by each of its errors; of calls that a run makes for each command, the errors take turns, unless it
+    is to be thorough.
     """
     seen = collections.Counter()
     for name, by_child, phase in calls:

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 Halvik
 // SPDX-License-Identifier: Apache-2.0
 
-// A real HTTP server on the loopback interface that does to its clients what a test tells it to.
+// A real HTTP server on the loopback interface that does to its clients what a test asks for.
 
 #pragma once
 

@@ -31,8 +31,8 @@ std::string shortened(const ReportText& report) {
 }
 
 const std::string finding = "The MTU is below 1280 on eth0 (1000). [small-mtu]\n";
-const std::string unknownBefore = "found now, cannot be told in the earlier report: ";
-const std::string unknownLater = "found before, cannot be told in the later report: ";
+const std::string unknownBefore = "found now, unknown in the earlier report: ";
+const std::string unknownLater = "found before, unknown in the later report: ";
 
 TEST(Comparison, SaysWhatIsNewGoneAndStillThere) {
   const std::string with = smallMtu().text();
@@ -76,7 +76,7 @@ TEST(Comparison, DoesNotTakeAnUnknownStateForAnother) {
   const std::size_t end = cut.find(separator, cut.find("<key>state</key>"));
   cut.replace(end - 30, 30, trimmingMarker);
   EXPECT_THAT(compared(ReportText::clear().text(), cut),
-              HasSubstr("\nSkivra: protected -> (not told)\n"));
+              HasSubstr("\nSkivra: protected -> (unknown)\n"));
 }
 
 TEST(Comparison, SeesAnotherWay) {

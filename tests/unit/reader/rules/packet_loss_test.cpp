@@ -69,7 +69,7 @@ TEST(PacketLoss, IsNamedWithTheHopWhereItBegins) {
   const std::string counts = ": 5 packets transmitted, 3 received, 40% packet loss, time 4006ms";
   EXPECT_THAT(firstEvidence(report), ElementsAre("ping-seattle" + counts, "ping-london" + counts,
                                                  "path-api: 2  host (198.18.7.1)  9.1 ms * *"));
-  // Two probes that one hop does not answer tell nothing.
+  // Two probes that one hop does not answer prove nothing.
   report.set("path-monitor",
              path("203.0.113.12", hop(1, "192.168.1.1", false) + hop(2, "198.18.7.1", false) +
                                       hop(3, "203.0.113.12", false)));

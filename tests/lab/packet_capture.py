@@ -1,17 +1,17 @@
 # SPDX-FileCopyrightText: 2026 Halvik
 # SPDX-License-Identifier: Apache-2.0
 
-"""The network around the labs of a test file."""
+"""Captures the packets that leave the labs of a test file."""
 
 import os
 
 import namespaces
 
-DEVICE = "outside"
+DEVICE = "capture"
 NO_IPV6 = "/proc/sys/net/ipv6/conf/default/disable_ipv6"
 
 
-class Outside:
+class PacketCapture:
     """A default route to a tunnel, which receives all packets that leave a lab."""
 
     def __init__(self):
@@ -22,8 +22,8 @@ class Outside:
         namespaces.ip(["link set lo up", f"link set {DEVICE} up", f"address add 10.0.0.1/32 dev {DEVICE}",
                        f"route add default dev {DEVICE}"])
 
-    def received(self):
-        """The packets that have come since the last call."""
+    def packets(self):
+        """Those that were received since the last call."""
         packets = []
         while True:
             try:

@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 Halvik
 # SPDX-License-Identifier: Apache-2.0
 
-"""What a scenario shows: a pattern in the blocks of the report, or in what the program prints."""
+"""Patterns in the blocks of a report, or in what the program prints."""
 
 import dataclasses
 import re
@@ -11,7 +11,7 @@ ONE, EVERY, SOME, NO = "", "every ", "some ", "no "
 
 
 @dataclasses.dataclass(frozen=True)
-class Sign:
+class OutputPattern:
     """Make one by the functions below."""
 
     quantity: str
@@ -21,8 +21,8 @@ class Sign:
     def __str__(self):
         return f"in {self.quantity}{self.place}: {self.pattern}"
 
-    def is_seen(self, streams, blocks):
-        """Whether a run shows it that printed this on its streams, and had these blocks in its report."""
+    def matches(self, streams, blocks):
+        """Whether it matches a run that printed this on its streams, and had these blocks in its report."""
         if self.place in streams:
             texts = [streams[self.place]]
         elif self.quantity == ONE:
@@ -37,17 +37,17 @@ class Sign:
         return {ONE: all, EVERY: all, SOME: any, NO: lambda each: not any(each)}[self.quantity](found)
 
 
-def sign(place, pattern):
-    return Sign(ONE, place, pattern)
+def in_one(place, pattern):
+    return OutputPattern(ONE, place, pattern)
 
 
 def in_every(place, pattern):
-    return Sign(EVERY, place, pattern)
+    return OutputPattern(EVERY, place, pattern)
 
 
 def in_some(place, pattern):
-    return Sign(SOME, place, pattern)
+    return OutputPattern(SOME, place, pattern)
 
 
 def in_none(place, pattern):
-    return Sign(NO, place, pattern)
+    return OutputPattern(NO, place, pattern)

@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 Halvik
 # SPDX-License-Identifier: Apache-2.0
 
-"""How commands find a lab and talk to it: an abstract Unix socket, which vanishes with the lab.
+"""The control socket of a lab, by which commands find it: an abstract Unix socket, which vanishes with the lab.
 
 A request is a line of JSON, a list of words, and so is its answer, an object with "error" where it could not be met.
 """
