@@ -41,7 +41,7 @@ function networkCard(facts) {
 }
 
 function skivraCard({ skivra }) {
-  const state = { present: "present", missing: "missing", unknown: "cannot be told" }[skivra.stateFile];
+  const state = { present: "present", missing: "missing", unknown: "unknown" }[skivra.stateFile];
   const text = (value) => (value === null ? null : reported(value));
   return card("Skivra", definitions([
     ["Installed", yesOrNo(skivra.installed)], ["State file", state], ["State", text(skivra.state)],

@@ -43,7 +43,7 @@ function middleOf(numbers) {
 
 function pathText(path) {
   const ending = { true: "reaches its end", false: path.end === null ? "nobody answers" : `ends at hop ${path.end}` }[path.reached]
-    ?? "whether it reaches its end cannot be told";
+    ?? "whether it reaches its end is unknown";
   const slowest = path.slowestStep ? `; slowest step at hop ${path.slowestStep.hop}, ${milliseconds(path.slowestStep.ms)} more` : "";
   return `${count(path.end ?? path.hops.length, "hop")}, ${ending}${slowest}.`;
 }

@@ -39,7 +39,7 @@ function orDash(text, make = reported) {
 }
 
 function yesOrNo(value) {
-  return value === null ? "cannot be told" : value ? "yes" : "no";
+  return value === null ? "unknown" : value ? "yes" : "no";
 }
 
 /** Pairs of a word and what it stands for; those without anything are left out. */
