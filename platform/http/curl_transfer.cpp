@@ -88,11 +88,10 @@ void CurlTransfer::setUpCallbacks() {
   set(CURLOPT_ERRORBUFFER, curlError.data());
 }
 
-// The header `name` of the last head, the one that stands behind `before` others; null if there are
-// no more.
-const char* CurlTransfer::header(const char* name, std::size_t before) const {
+// The value of the header `name` at `index`, of all so called in the last head; null behind them.
+const char* CurlTransfer::header(const char* name, std::size_t index) const {
   curl_header* found = nullptr;
-  const CURLHcode result = curl_easy_header(easy, name, before, CURLH_HEADER, -1, &found);
+  const CURLHcode result = curl_easy_header(easy, name, index, CURLH_HEADER, -1, &found);
   return result == CURLHE_OK ? found->value : nullptr;
 }
 

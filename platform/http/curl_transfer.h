@@ -57,7 +57,7 @@ class CurlTransfer {
   std::string problemOfHead() const;
   bool limitBody(curl_off_t size);
   bool isCompressed(const char* name) const;
-  const char* header(const char* name, std::size_t before) const;
+  const char* header(const char* name, std::size_t index) const;
 
   template <class Value>
   void set(CURLoption option, Value value) {
