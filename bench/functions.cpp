@@ -91,7 +91,7 @@ void assembleReport(benchmark::State& state) {
     for (const report::ResultBlock& block : blocks) {
       report::addBlock(results, block);
     }
-    benchmark::DoNotOptimize(text::join(text::untilNul(results)).data());
+    benchmark::DoNotOptimize(text::join(results, text::Until::firstNul).data());
   }
   countBytes(state, text.size());
 }

@@ -121,6 +121,8 @@ void addBlock(text::Buffers& report, const Command& command) {
 void checkUntilNul(const text::Buffers& buffers, const std::string& whole) {
   const std::string beginning = untilNulSlowly(whole);
   fuzz::check(text::join(text::untilNul(buffers)) == beginning, "buffers end at the first NUL");
+  fuzz::check(text::join(buffers, text::Until::firstNul) == beginning,
+              "joined, they end there too");
   fuzz::check(text::untilNul(std::string_view(whole)) == beginning, "a text ends at the first NUL");
 }
 

@@ -48,7 +48,7 @@ void MainController::buildResults() {
 }
 
 bool MainController::submitResults() {
-  std::string body = text::join(text::untilNul(results));
+  std::string body = text::join(results, text::Until::firstNul);
   if (body.size() > static_cast<std::size_t>(maxPostSize)) {
     body = report::trimTailData(body, maxPostSize);
   }

@@ -114,7 +114,7 @@ Buffers untilNul(const Buffers& buffers) {
   return shortened;
 }
 
-std::string join(const Buffers& buffers) {
+std::string join(const Buffers& buffers, Until limit) {
   std::size_t bytes = 0;
   for (const std::string_view buffer : buffers) {
     bytes += buffer.size();
@@ -122,7 +122,12 @@ std::string join(const Buffers& buffers) {
   std::string joined;
   joined.reserve(bytes);
   for (const std::string_view buffer : buffers) {
-    joined += buffer;
+    // Searched just before it is copied, while it is in the processor's cache.
+    const std::string_view text = limit == Until::firstNul ? untilNul(buffer) : buffer;
+    joined += text;
+    if (text.size() < buffer.size()) {
+      break;
+    }
   }
   return joined;
 }

@@ -15,8 +15,10 @@ namespace text {
 /// A text as views of buffers that others own.
 using Buffers = std::vector<std::string_view>;
 
-/// The buffers as one text.
-std::string join(const Buffers& buffers);
+enum class Until { end, firstNul };
+
+/// The buffers as one text, all of it or up to, not including, its first NUL byte.
+std::string join(const Buffers& buffers, Until limit = Until::end);
 
 /// Whether `bytes` are valid UTF-8. NUL and non-characters are valid; surrogates and overlong forms
 /// are not.

@@ -117,9 +117,14 @@ TEST(Text, IsJoinedFromBuffers) {
 
 TEST(Text, InBuffersEndsAtTheFirstNul) {
   const std::string_view withNul("b\0c", 3);
+  const std::string_view onlyNul("\0", 1);
   EXPECT_EQ(join(untilNul(Buffers{"a", withNul, "d", withNul})), "ab");
   EXPECT_EQ(join(untilNul(Buffers{"a", "d"})), "ad");
-  EXPECT_EQ(join(untilNul(Buffers{std::string_view("\0", 1), "d"})), "");
+  EXPECT_EQ(join(untilNul(Buffers{onlyNul, "d"})), "");
+  EXPECT_EQ(join({"a", withNul, "d", withNul}, Until::firstNul), "ab");
+  EXPECT_EQ(join({"a", "d"}, Until::firstNul), "ad");
+  EXPECT_EQ(join({onlyNul, "d"}, Until::firstNul), "");
+  EXPECT_EQ(join({"a", onlyNul}), std::string("a\0", 2));
 }
 
 TEST(Text, EndsAtTheFirstNul) {
