@@ -30,8 +30,8 @@ void Process::start(const std::string& launchPath, const std::vector<std::string
   buildDisplayName(launchPath, args, comment);
   buildBriefName(launchPath, args);
   task = std::make_unique<platform::ChildProcess>(loop, launchPath, args);
-  task->waitForData(Stream::output, [this] { stdOutNotification(); });
-  task->waitForData(Stream::error, [this] { stdErrNotification(); });
+  task->waitForData(Stream::output, [this](std::string_view data) { stdOutNotification(data); });
+  task->waitForData(Stream::error, [this](std::string_view data) { stdErrNotification(data); });
   task->launch([this] { terminatedNotification(*task); });
 }
 
@@ -76,15 +76,15 @@ void Process::buildBriefName(const std::string& launchPath, const std::vector<st
   }
 }
 
-void Process::stdOutNotification() {
+void Process::stdOutNotification(std::string_view data) {
   if (!finished) {
-    task->readAvailable(Stream::output, stdOutData);
+    stdOutData.append(data);
   }
 }
 
-void Process::stdErrNotification() {
+void Process::stdErrNotification(std::string_view data) {
   if (!finished) {
-    task->readAvailable(Stream::error, stdErrData);
+    stdErrData.append(data);
   }
 }
 

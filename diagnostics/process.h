@@ -61,8 +61,8 @@ class Process {
   void buildDisplayName(const std::string& launchPath, const std::vector<std::string>& args,
                         const std::optional<std::string>& comment);
   void buildBriefName(const std::string& launchPath, const std::vector<std::string>& args);
-  void stdOutNotification();
-  void stdErrNotification();
+  void stdOutNotification(std::string_view data);
+  void stdErrNotification(std::string_view data);
 
   std::unique_ptr<platform::ChildProcess> task;
   platform::ByteBuffer stdOutData;

@@ -48,7 +48,6 @@ class EventLoop {
   /// Calls `handler`, in place of an earlier one, again and again while `fd` is ready or at its
   /// end; `fd` becomes non-blocking. Throws std::system_error if it cannot be watched.
   virtual void watch(int fd, Interest interest, Handler handler);
-  void watch(int fd, Handler handler) { watch(fd, Interest::readable, std::move(handler)); }
 
   /// To be called before `fd` is closed; does nothing if it is not watched. From here on the
   /// handler is not called, not even for an event that the running turn has already received.
@@ -70,7 +69,7 @@ class EventLoop {
   /// since the last turn.
   void turnWithoutWaiting() { uv_run(&loop, UV_RUN_NOWAIT); }
 
-  /// libuv's loop, for a kind of event that only one system needs.
+  /// libuv's loop, for child processes and their pipes.
   uv_loop_t* handle() { return &loop; }
 
   /// Readable when a turn is due; for the loop of Qt to watch.

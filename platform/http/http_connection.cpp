@@ -54,12 +54,12 @@ class ProxiedConnection final : public HttpConnection {
 
  private:
   bool canAsk() try {
-    const auto read = [this] { command->readAvailable(ChildProcess::Stream::output, output); };
+    constexpr auto stream = ChildProcess::Stream::output;
     command = std::make_unique<ChildProcess>(context.loop, proxyCommand,
                                              std::vector{context.request.url});
-    command->waitForData(ChildProcess::Stream::output, read);
-    command->launch([this, read] {
-      read();
+    command->waitForData(stream, [this](std::string_view data) { output.append(data); });
+    command->launch([this] {
+      command->readAvailable(stream, output);
       command->reap();
       send(firstProxy(output.view()));
     });

@@ -12,6 +12,7 @@
 #include <system_error>
 #include <utility>
 
+#include "platform/event_loop/fatal_error.h"
 #include "platform/process/spawn.h"
 #include "platform/process/termination_signals.h"
 #include "platform/process/tools.h"
@@ -20,7 +21,10 @@ namespace platform {
 
 namespace {
 
-constexpr std::size_t defaultPipeBytes = 64UL * 1024;
+constexpr ssize_t defaultPipeBytes = 64L * 1024;
+
+// Small enough to stay in the processor's cache until its bytes have been copied and looked at.
+std::array<char, 256UL * 1024> block;
 
 }  // namespace
 
@@ -45,8 +49,26 @@ ChildProcess::~ChildProcess() {
   }
 }
 
-void ChildProcess::waitForData(Stream stream, Handler handler) {
-  loop.watch(pipeOf(stream).readEnd, std::move(handler));
+void ChildProcess::waitForData(Stream stream, DataHandler handler) {
+  Pipe& pipe = pipeOf(stream);
+  pipe.handler = [this, &pipe, handler = std::move(handler)](ssize_t count) {
+    handler(received(pipe, count));
+  };
+  pipe.reader = new uv_pipe_t;
+  uv_pipe_init(loop.handle(), pipe.reader, 0);
+  pipe.reader->data = &pipe;
+  check(uv_pipe_open(pipe.reader, pipe.readEnd));
+  uv_read_start(
+      reinterpret_cast<uv_stream_t*>(pipe.reader),
+      [](uv_handle_t* /*reader*/, std::size_t /*suggested*/, uv_buf_t* buffer) {
+        *buffer = uv_buf_init(block.data(), block.size());
+      },
+      [](uv_stream_t* reader, ssize_t count, const uv_buf_t* /*buffer*/) {
+        // libuv has 0 for nothing yet.
+        if (count != 0) {
+          guarded([&] { static_cast<Pipe*>(reader->data)->handler(count == UV_EOF ? 0 : count); });
+        }
+      });
 }
 
 void ChildProcess::launch(Handler exited) {
@@ -62,13 +84,11 @@ void ChildProcess::launch(Handler exited) {
   {
     const SignalsBlocked untilItIsAdded;
     child = platform::spawn(command.path.c_str(), argv.data(), output.writeEnd, error.writeEnd);
-    if (child.error != 0) {
-      fail(child.error);
-    }
+    check(-child.error);
     pid = child.pid;
     addChild(pid);
   }
-  exitWatcher.watch(child.exitHandle, std::move(exited));
+  exitWatcher.watch(pid, std::move(exited));
   for (Pipe* pipe : {&output, &error}) {
     ::close(std::exchange(pipe->writeEnd, -1));
   }
@@ -80,30 +100,28 @@ void ChildProcess::terminate() const {
   }
 }
 
-// The block is small enough to stay in the processor's cache until its bytes have been copied and
-// looked at.
 void ChildProcess::readAvailable(Stream stream, ByteBuffer& buffer) {
-  static std::array<char, 256UL * 1024> block;
   Pipe& pipe = pipeOf(stream);
   if (pipe.readEnd < 0) {
     return;
   }
   const ssize_t count = ::read(pipe.readEnd, block.data(), block.size());
-  if (count < 0) {
-    if (errno != EAGAIN && errno != EINTR) {
-      fail(errno);
-    }
-    return;
+  if (count >= 0 || (errno != EAGAIN && errno != EINTR)) {
+    buffer.append(received(pipe, count < 0 ? -errno : count));
   }
-  const auto bytes = static_cast<std::size_t>(count);
-  buffer.append({block.data(), bytes});
-  if (bytes >= defaultPipeBytes && !pipe.enlarged) {
+}
+
+// What has been read into the block: `count` bytes, 0 at the end, an error number below that.
+std::string_view ChildProcess::received(Pipe& pipe, ssize_t count) const {
+  check(count);
+  if (count >= defaultPipeBytes && !pipe.enlarged) {
     // A command that fills its pipe prints a lot: let it run on while others are read.
     pipe.enlarged = true;
     enlargePipe(pipe.readEnd);
-  } else if (bytes == 0) {
+  } else if (count == 0) {
     close(pipe);
   }
+  return {block.data(), static_cast<std::size_t>(count)};
 }
 
 void ChildProcess::readToEnd(ByteBuffer& outputBytes, ByteBuffer& errorBytes) {
@@ -125,9 +143,7 @@ void ChildProcess::readToEnd(ByteBuffer& outputBytes, ByteBuffer& errorBytes) {
 void ChildProcess::open(Pipe& pipe) const {
   std::array<int, 2> ends;
   // No command inherits them.
-  if (const int result = uv_pipe(ends.data(), 0, 0); result < 0) {
-    fail(-result);
-  }
+  check(uv_pipe(ends.data(), 0, 0));
   pipe.readEnd = ends[0];
   pipe.writeEnd = ends[1];
 }
@@ -141,14 +157,20 @@ void ChildProcess::reap() {
 }
 
 void ChildProcess::close(Pipe& pipe) {
-  if (pipe.readEnd >= 0) {
-    loop.unwatch(pipe.readEnd);
-    ::close(std::exchange(pipe.readEnd, -1));
+  const int fd = std::exchange(pipe.readEnd, -1);
+  if (pipe.reader != nullptr) {
+    uv_close(reinterpret_cast<uv_handle_t*>(std::exchange(pipe.reader, nullptr)),
+             [](uv_handle_t* reader) { delete reinterpret_cast<uv_pipe_t*>(reader); });
+  } else if (fd >= 0) {
+    ::close(fd);
   }
 }
 
-void ChildProcess::fail(int errorNumber) const {
-  throw std::system_error(errorNumber, std::generic_category(), "cannot run " + launchPath);
+void ChildProcess::check(ssize_t result) const {
+  if (result < 0) {
+    throw std::system_error(static_cast<int>(-result), std::generic_category(),
+                            "cannot run " + launchPath);
+  }
 }
 
 }  // namespace platform

@@ -6,7 +6,9 @@
 
 #pragma once
 
+#include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "platform/event_loop/event_loop.h"
@@ -22,6 +24,7 @@ class ChildProcess {
  public:
   enum class Stream { output, error };
   using Handler = EventLoop::Handler;
+  using DataHandler = std::function<void(std::string_view data)>;
 
   /// `eventLoop` must outlive the child. Throws std::system_error, which names `path`, when the
   /// system refuses a pipe.
@@ -32,8 +35,8 @@ class ChildProcess {
   ChildProcess(const ChildProcess&) = delete;
   ChildProcess& operator=(const ChildProcess&) = delete;
 
-  /// Calls `handler` whenever there is something to read, until the stream's end has been read.
-  void waitForData(Stream stream, Handler handler);
+  /// Calls `handler`, once for a stream, with what it has delivered, and with nothing at its end.
+  void waitForData(Stream stream, DataHandler handler);
 
   /// Starts the command, and calls `exited` once, when it has ended (its pipes may still hold
   /// data). Throws std::system_error naming the path and the reason when it cannot be started.
@@ -57,12 +60,17 @@ class ChildProcess {
     int readEnd = -1;
     int writeEnd = -1;
     bool enlarged = false;
+    // Owns the read end once the loop waits for data.
+    uv_pipe_t* reader = nullptr;
+    std::function<void(ssize_t count)> handler;
   };
 
   Pipe& pipeOf(Stream stream) { return stream == Stream::output ? output : error; }
   void open(Pipe& pipe) const;
-  void close(Pipe& pipe);
-  [[noreturn]] void fail(int errorNumber) const;
+  static void close(Pipe& pipe);
+  std::string_view received(Pipe& pipe, ssize_t count) const;
+  // Throws if a result is negative: an error number below zero.
+  void check(ssize_t result) const;
 
   EventLoop& loop;
   std::string launchPath;

@@ -18,10 +18,9 @@ class ExitWatcher {
   ExitWatcher(const ExitWatcher&) = delete;
   ExitWatcher& operator=(const ExitWatcher&) = delete;
 
-  /// Calls `exited`, once at least, in a turn of the loop after the child with Spawned::exitHandle
-  /// `handle` has exited, even if it did so before this call; it must not have been reaped. Throws
-  /// std::system_error if it cannot be watched.
-  void watch(int handle, EventLoop::Handler exited);
+  /// Calls `exited`, once at least, in a turn of the loop after the child `pid` has exited, even if
+  /// it did so before this call; it must not have been reaped.
+  void watch(int pid, EventLoop::Handler exited);
 
   /// From here on the handler is not called.
   void unwatch();

@@ -12,8 +12,6 @@ struct Spawned {
   /// 0, or the error number of the step that failed.
   int error = 0;
   int pid = -1;
-  /// What ExitWatcher::watch takes.
-  int exitHandle = -1;
 };
 
 /// Starts the program file `path` with `argv`, whose last element is null, and with the two given

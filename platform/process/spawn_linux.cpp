@@ -99,13 +99,11 @@ Spawned spawn(const char* path, char* const* argv, int standardOutput, int stand
   const SignalsBlocked duringTheStart;
   if (low.lend(standardOutput, standardError)) {
     child.pid = clone(runChild, stack.data() + stack.size(),
-                      CLONE_VM | CLONE_VFORK | CLONE_FILES | CLONE_PIDFD | SIGCHLD, &start,
-                      &child.exitHandle);
+                      CLONE_VM | CLONE_VFORK | CLONE_FILES | SIGCHLD, &start);
   }
   child.error = child.pid < 0 ? errno : start.error;
   low.takeBack();
   if (child.pid > 0 && child.error != 0) {
-    close(child.exitHandle);
     waitpid(child.pid, nullptr, 0);
   }
   return child;

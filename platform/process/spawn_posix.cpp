@@ -74,7 +74,6 @@ Spawned spawn(const char* path, char* const* argv, int standardOutput, int stand
   }
   Spawned child;
   child.error = posix_spawn(&child.pid, path, &actions, &attributes, argv, environ);
-  child.exitHandle = child.pid;
   if (isLimitKnown) {
     setrlimit(RLIMIT_NOFILE, &ours);
   }

@@ -9,7 +9,7 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
-#include <set>
+#include <unordered_set>
 
 #include "text/log.h"
 
@@ -24,7 +24,7 @@ namespace {
 constexpr std::array terminationSignals{SIGABRT, SIGHUP, SIGINT, SIGTERM};
 
 // Never destroyed, as a signal may come while the program exits.
-std::set<int>& children = *new std::set<int>;
+std::unordered_set<int>& children = *new std::unordered_set<int>;
 std::atomic<const char*> halfWrittenFile = nullptr;
 pthread_t mainThread;
 

@@ -84,8 +84,9 @@ def _install(instructions):
 class Call:
     """A call that has been stopped. By whom: the program, or a child of it that runs no program of its own yet."""
 
-    def __init__(self, name, by_child):
+    def __init__(self, name, arguments, by_child):
         self.name = name
+        self.arguments = arguments
         self.by_child = by_child
 
 
@@ -179,18 +180,19 @@ class Gate:
                 return  # the caller has been killed
             raise OSError(ctypes.get_errno(), "no notification of a system call")
         request, response = self._request.contents, self._response.contents
-        failure = self._judge(request.thread, name_of(request.call))
+        failure = self._judge(request)
         response.id, response.value, response.error = request.id, 0, -failure
         response.flags = 0 if failure else CONTINUE
         _libseccomp.seccomp_notify_respond(self._listener, self._response)  # in vain if the caller has been killed
 
-    def _judge(self, thread, name):
+    def _judge(self, request):
         try:
-            if os.readlink(f"/proc/{thread}/exe") != self._program:
+            if os.readlink(f"/proc/{request.thread}/exe") != self._program:
                 return 0
         except (FileNotFoundError, ProcessLookupError):
             return 0  # it has just ended
-        return self._decide(Call(name, not os.path.exists(f"/proc/{self._process}/task/{thread}")))
+        by_child = not os.path.exists(f"/proc/{self._process}/task/{request.thread}")
+        return self._decide(Call(name_of(request.call), list(request.arguments), by_child))
 
 
 def is_permitted():

@@ -3,8 +3,6 @@
 
 """The errors by which each system call can fail, and those that are never made to fail."""
 
-import builds
-
 # The errors that fit a call: a machine that has run out of something, a disk or a line that is broken, a signal.
 ERRORS = {
     "EMFILE ENFILE": "dup eventfd2 epoll_create1 pidfd_open pipe pipe2 socketpair",
@@ -22,17 +20,13 @@ ERRORS = {
     "EIO ENOMEM EACCES": "access faccessat2 fstat getcwd lstat newfstatat readlink readlinkat stat statx",
     "EIO": "fcntl fstatfs getdents64 ioctl lseek statfs",
     "EPERM": "prlimit64",
-    "ECHILD EINTR": "wait4 waitid",
+    "ECHILD EINTR": "wait4",
     "ENOBUFS ECONNREFUSED EINTR": "bind connect getpeername getsockname getsockopt setsockopt",
     "ECONNRESET ENOBUFS EAGAIN EINTR": "sendmmsg sendmsg sendto",
     "ECONNRESET ENOMEM EAGAIN EINTR": "recvfrom recvmsg",
     "EAGAIN EINTR": "getrandom",
 }
 ERRORS_OF = {name: errors.split() for errors, names in ERRORS.items() for name in names.split()}
-if builds.PLATFORM == "posix":
-    # libuv's handler of SIGCHLD takes a lock and wakes the loop by pipes of its own, and loses the signal when one of these
-    # calls fails. Such pipes have what it asks for: only a signal can come in between.
-    ERRORS_OF["read"] = ERRORS_OF["write"] = ["EINTR"]
 OTHER_ERRORS = ["EIO", "ENOMEM"]  # of a call that another library or system brings
 
 # What is never made to fail.
@@ -46,12 +40,22 @@ NOT_FALLIBLE = {
         " getresgid getresuid gettid getuid gettimeofday kill prctl restart_syscall rseq rt_sigaction rt_sigprocmask"
         " rt_sigreturn sched_getaffinity sched_getparam sched_getscheduler sched_yield set_robust_list"
         " set_tid_address shutdown sigaltstack sysinfo tgkill umask uname",
+    "the program asks about children that it has":
+        "waitid",
     "the C library ends the program at once, by its own message, when one of these does":
         "futex",
 }
 EXEMPT = {name for names in NOT_FALLIBLE.values() for name in names.split()}
-if builds.PLATFORM == "posix":
-    EXEMPT.add("waitid")  # which the program asks about children that it has: docs/testing.md
+
+# libuv's handler of SIGCHLD takes a lock and wakes the loop by pipes of its own, which have what it asks for. It loses the
+# signal when one of these calls fails. By these numbers of bytes, its calls are told from the program's.
+_BYTES_OF_SIGNALS = {"read": [1, 512], "write": [1, 16]}
+
+
+def is_fallible(call):
+    """Whether a machine can make this stopped call fail."""
+    return call.name not in EXEMPT and call.arguments[2] not in _BYTES_OF_SIGNALS.get(call.name, [])
+
 
 # What passes by definition, and whose callers try again until it has.
 PASSING = ["EINTR", "EAGAIN"]

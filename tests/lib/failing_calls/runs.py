@@ -12,6 +12,7 @@ import tempfile
 
 import builds
 import system_calls
+from failing_calls.errors import is_fallible
 from failing_calls.scenarios import BIG, GUARD_SECONDS, OUTPUTS, REPORT, BadOutcome
 
 LEAVE_SECONDS = 20  # what the program has asked to end needs no time at all
@@ -50,7 +51,8 @@ class Run:
                    XDG_RUNTIME_DIR=str(self.folder / "runtime"), TEST_BUILD_COMMANDS="commands",
                    TEST_BUILD_SUBMIT_URL=self.scenario.submit, TEST_BUILD_STALL_MS=str(STALL_MS))
         env.update(self.scenario.environment)
-        calls = system_calls.Gate(builds.test_build(), lambda call: decide(call) if self.is_watched else 0, **gate)
+        calls = system_calls.Gate(builds.test_build(),
+                                  lambda call: decide(call) if self.is_watched and is_fallible(call) else 0, **gate)
 
         def enter():
             resource.setrlimit(resource.RLIMIT_NOFILE, DESCRIPTORS)

@@ -25,7 +25,7 @@ struct PipeWatcher {
   PipeWatcher& operator=(const PipeWatcher&) = delete;
 
   void watch(platform::EventLoop& loop) {
-    loop.watch(fd(), [this] {
+    loop.watch(fd(), platform::EventLoop::Interest::readable, [this] {
       ++calls;
       then();
     });

@@ -87,7 +87,7 @@ TEST_F(EventLoopTest, WatchesForWritingAsWell) {
 TEST_F(EventLoopTest, TakesAnotherHandlerInThePlaceOfTheOneThatRuns) {
   PipeWatcher pipe;
   std::string order;
-  loop.watch(pipe.fd(), [&] {
+  loop.watch(pipe.fd(), EventLoop::Interest::readable, [&] {
     order += 'a';
     loop.watch(pipe.fd(), EventLoop::Interest::both, [&] {
       order += 'b';
@@ -124,7 +124,7 @@ TEST_F(EventLoopTest, WatchesAnotherFileUnderANumberThatWasWatchedBefore) {
   dup2(after.ends[0], before.fd());
   after.makeReady();
   int calls = 0;
-  loop.watch(before.fd(), [&] { ++calls; });
+  loop.watch(before.fd(), EventLoop::Interest::readable, [&] { ++calls; });
   loop.turn();
   EXPECT_GT(calls, 0);
   EXPECT_EQ(before.calls, 0);
@@ -149,10 +149,10 @@ TEST_F(EventLoopTest, GivesEachOfManyItsTurnAndTasksTheirs) {
 }
 
 TEST_F(EventLoopTest, RefusesWhatCannotBeWatched) {
-  EXPECT_THROW(loop.watch(-1, [] {}), std::system_error);
+  EXPECT_THROW(loop.watch(-1, EventLoop::Interest::readable, [] {}), std::system_error);
   const int file = open("/proc/self/stat", O_RDONLY | O_CLOEXEC);
   const int folder = open("/", O_RDONLY | O_CLOEXEC);
-  EXPECT_THROW(loop.watch(folder, [] {}), std::system_error);
+  EXPECT_THROW(loop.watch(folder, EventLoop::Interest::readable, [] {}), std::system_error);
   close(folder);
   close(file);
   loop.unwatch(-1);

@@ -36,11 +36,11 @@ class Started {
  public:
   Started(const std::string& path, const std::vector<std::string>& args)
       : child(support::eventLoop(), path, args) {
-    child.waitForData(Stream::output, [this] {
+    child.waitForData(Stream::output, [this](std::string_view data) {
       ++dataEvents;
-      child.readAvailable(Stream::output, output);
+      output.append(data);
     });
-    child.waitForData(Stream::error, [this] { child.readAvailable(Stream::error, error); });
+    child.waitForData(Stream::error, [this](std::string_view data) { error.append(data); });
   }
 
   void launch() {

@@ -72,7 +72,7 @@ class Gate {
 // A watch of one child.
 struct Watch {
   explicit Watch(const Spawned& child) : pid(child.pid) {
-    end.watch(child.exitHandle, [this] { ++calls; });
+    end.watch(child.pid, [this] { ++calls; });
   }
   void await() const {
     support::turnUntil([&] { return calls > 0; });
@@ -147,6 +147,18 @@ TEST(ExitWatcher, ReportsEachOfManyThatExitAtOnce) {
   }
 }
 
+// More of them than libuv's own pipe holds.
+TEST(ExitWatcher, ReportsAnExitHoweverManySignalsCameBefore) {
+  Gate gate;
+  const Watch watch(gate.start());
+  for (int i = 0; i < 100'000; ++i) {
+    kill(getpid(), SIGCHLD);
+  }
+  gate.open();
+  watch.await();
+  reap(watch.pid);
+}
+
 TEST(ExitWatcher, LetsTheLoopSleepUntilTheNext) {
   Gate gate;
   gate.open();
@@ -213,8 +225,8 @@ TEST(ExitWatcher, CallsNothingAfterUnwatch) {
     second.unwatch();
   };
   const std::array<Spawned, 2> children{gate.start(), gate.start()};
-  first.watch(children[0].exitHandle, leave);
-  second.watch(children[1].exitHandle, leave);
+  first.watch(children[0].pid, leave);
+  second.watch(children[1].pid, leave);
   gate.open();
   waitWithoutReaping(children[0].pid);
   waitWithoutReaping(children[1].pid);

@@ -36,7 +36,6 @@ TEST(Spawn, PassesOnNoDescriptorThatWasOpenedToBePassedOn) {
     int status = 0;
     ASSERT_EQ(waitpid(child.pid, &status, 0), child.pid);
     EXPECT_EQ(status, 0);
-    close(child.exitHandle);
   }
   close(inheritable[0]);
   close(inheritable[1]);
@@ -59,7 +58,6 @@ TEST(Spawn, WorksAgainOnceThereAreDescriptors) {
   int status = 1;
   ASSERT_EQ(waitpid(child.pid, &status, 0), child.pid);
   EXPECT_EQ(status, 0);
-  close(child.exitHandle);
 }
 
 Spawned startTrue(int standardOutput, int standardError) {
