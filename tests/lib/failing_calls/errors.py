@@ -47,14 +47,15 @@ NOT_FALLIBLE = {
 }
 EXEMPT = {name for names in NOT_FALLIBLE.values() for name in names.split()}
 
-# libuv's handler of SIGCHLD takes a lock and wakes the loop by pipes of its own, which have what it asks for. It loses the
-# signal when one of these calls fails. By these numbers of bytes, its calls are told from the program's.
-_BYTES_OF_SIGNALS = {"read": [1, 512], "write": [1, 16]}
+# libuv's handler of SIGCHLD takes a lock and wakes the loop by pipes of its own, and GLib wakes its loop by an eventfd. These
+# have what is asked of them; where such a call failed, libuv would lose the signal, and GLib try again and again. By these
+# numbers of bytes, their calls are told from the program's.
+_BYTES_OF_WAKE_UPS = {"read": [1, 16, 512], "write": [1, 16]}
 
 
 def is_fallible(call):
     """Whether a machine can make this stopped call fail."""
-    return call.name not in EXEMPT and call.arguments[2] not in _BYTES_OF_SIGNALS.get(call.name, [])
+    return call.name not in EXEMPT and call.arguments[2] not in _BYTES_OF_WAKE_UPS.get(call.name, [])
 
 
 # What passes by definition, and whose callers try again until it has.
