@@ -134,4 +134,18 @@ BENCHMARK(trim)
     ->Args({100'000, 100'000'000, 1'000'000})
     ->Args({200'000, 200'000'000, 1'000'000});
 
+// A report whose excess is one long log, which may be trimmed or not.
+void trimLongLog(benchmark::State& state, std::string_view title) {
+  std::string body = reportOf(70, 900'000);
+  body += report::separator;
+  body += title;
+  body += repeated("a line of output\n", reportBytes - body.size());
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(report::trimTailData(body, 1'000'000).data());
+  }
+  countBytes(state, body.size());
+}
+BENCHMARK_CAPTURE(trimLongLog, cut, "Results for: /usr/bin/tail -n 15000 log\n");
+BENCHMARK_CAPTURE(trimLongLog, whole, "Results for: /bin/sh -c cat \"a log\"\n");
+
 }  // namespace

@@ -12,20 +12,20 @@ namespace report {
 
 namespace {
 
-// Written so that the compiler compares many places at a time: a report is mostly sections in which
-// the word never comes.
+// Written so that the compiler compares many places at a time, by two letters that few other words
+// have: a report is mostly sections in which the word never comes.
 bool holdsTail(std::string_view section) {
-  constexpr std::size_t blockBytes = 128;
+  constexpr std::size_t blockBytes = 512;
   constexpr std::string_view word = "tail";
   while (section.size() >= blockBytes + word.size()) {
     std::uint8_t found = 0;
     for (std::size_t i = 0; i < blockBytes; ++i) {
       const char* at = section.data() + i;
-      const unsigned equal = (at[0] == 't' ? 1U : 0U) & (at[1] == 'a' ? 1U : 0U) &
-                             (at[2] == 'i' ? 1U : 0U) & (at[3] == 'l' ? 1U : 0U);
+      const unsigned equal = (at[0] == 't' ? 1U : 0U) & (at[3] == 'l' ? 1U : 0U);
       found = static_cast<std::uint8_t>(found | equal);
     }
-    if (found != 0) {
+    if (found != 0 &&
+        section.substr(0, blockBytes + word.size()).find(word) != std::string_view::npos) {
       return true;
     }
     section.remove_prefix(blockBytes);

@@ -79,18 +79,18 @@ std::string toUtf8(std::string_view bytes) {
 }
 
 std::size_t utf16Length(std::string_view text) {
-  // In blocks whose count fits into a byte, so that the compiler counts sixteen bytes at a time.
-  constexpr std::size_t blockBytes = 64;
+  constexpr std::size_t blockBytes = 256;
   std::size_t units = 0;
   for (std::size_t begin = 0; begin < text.size(); begin += blockBytes) {
-    std::uint8_t inBlock = 0;
-    for (const char byte : text.substr(begin, blockBytes)) {
-      // A character takes one unit, and a second one if it has four bytes.
-      const int ofByte =
-          (isContinuation(byte) ? 0 : 1) + (static_cast<unsigned char>(byte) >= 0xF0U ? 1 : 0);
-      inBlock = static_cast<std::uint8_t>(inBlock + ofByte);
+    const std::string_view block = text.substr(begin, blockBytes);
+    if (isAscii(block)) {
+      units += block.size();
+      continue;
     }
-    units += inBlock;
+    for (const char byte : block) {
+      // A character takes one unit, and a second one if it has four bytes.
+      units += isContinuation(byte) ? 0 : static_cast<unsigned char>(byte) >= 0xF0U ? 2 : 1;
+    }
   }
   return units;
 }
