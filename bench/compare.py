@@ -96,14 +96,16 @@ def nothing(folder, rounds):
 def sleep(folder, rounds):
     slowest = 2.0
     naps = [slowest * number / (COMMANDS - 1) for number in range(COMMANDS)]
-    for order, ordered in (("the slowest first", naps[::-1]), ("the slowest last", naps)):
+    alone = "the slowest command alone"
+    # Before the last of them, the machine has to start all the others, whoever runs them.
+    for order, ordered, base in (("the slowest first", naps[::-1], alone), ("the slowest last", naps, MINIMUM)):
         ways = ways_to_run(folder, "sleep", [f"sleep {nap:.3f}" for nap in ordered])
-        ways["the slowest command alone"] = (["/bin/sh", "-c", f"sleep {slowest}"], {})
+        ways[alone] = (["/bin/sh", "-c", f"sleep {slowest}"], {})
         results = compare(rounds, ways)
-        alone = results["the slowest command alone"].median()
+        least = results[base].median()
         table(f"{COMMANDS} commands that sleep for up to {slowest} s, {order}",
-              ("what", "seconds", "ratio to the slowest alone (goal: ours at most 1.01)"),
-              [(name, runs.cell(), f"{runs.median() / alone:.3f}") for name, runs in results.items()])
+              ("what", "seconds", f"ratio to {base} (goal: ours at most 1.01)"),
+              [(name, runs.cell(), f"{runs.median() / least:.3f}") for name, runs in results.items()])
 
 
 def logs(folder, rounds):

@@ -35,7 +35,7 @@ class ChildProcess {
   ChildProcess(const ChildProcess&) = delete;
   ChildProcess& operator=(const ChildProcess&) = delete;
 
-  /// Calls `handler`, once for a stream, with what it has delivered, and with nothing at its end.
+  /// From here on calls `handler` with what the stream delivers, and with nothing at its end.
   void waitForData(Stream stream, DataHandler handler);
 
   /// Starts the command, and calls `exited` once, when it has ended (its pipes may still hold

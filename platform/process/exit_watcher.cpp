@@ -27,7 +27,7 @@ pid_t exitedChild(idtype_t type, pid_t pid) {
 }
 
 // SIGCHLD says that some child has exited, and one signal may stand for several. Asking for any of
-// them takes as long for thousands of children as for a few.
+// them is one call, however many are running.
 void reportExits() {
   pid_t exited = exitedChild(P_ALL, 0);
   for (pid_t last = 0; exited != last && handlers.contains(exited);) {
