@@ -97,15 +97,15 @@ def sleep(folder, rounds):
     slowest = 2.0
     naps = [slowest * number / (COMMANDS - 1) for number in range(COMMANDS)]
     alone = "the slowest command alone"
-    # Before the last of them, the machine has to start all the others, whoever runs them.
+    # Before the last of them, any program has to start all the others.
     for order, ordered, base in (("the slowest first", naps[::-1], alone), ("the slowest last", naps, MINIMUM)):
         ways = ways_to_run(folder, "sleep", [f"sleep {nap:.3f}" for nap in ordered])
         ways[alone] = (["/bin/sh", "-c", f"sleep {slowest}"], {})
         results = compare(rounds, ways)
-        least = results[base].median()
+        base_median = results[base].median()
         table(f"{COMMANDS} commands that sleep for up to {slowest} s, {order}",
               ("what", "seconds", f"ratio to {base} (goal: ours at most 1.01)"),
-              [(name, runs.cell(), f"{runs.median() / least:.3f}") for name, runs in results.items()])
+              [(name, runs.cell(), f"{runs.median() / base_median:.3f}") for name, runs in results.items()])
 
 
 def logs(folder, rounds):

@@ -155,6 +155,7 @@ TEST(ExitWatcher, ReportsAnExitHoweverManySignalsCameBefore) {
     kill(getpid(), SIGCHLD);
   }
   gate.open();
+  waitWithoutReaping(watch.pid);
   watch.await();
   reap(watch.pid);
 }
